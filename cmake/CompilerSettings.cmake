@@ -1,0 +1,31 @@
+# Interface target `fringix_settings`: the warnings, hardening and sanitizers that every target of the project uses.
+include(CheckPIESupported)
+check_pie_supported()
+
+add_library(fringix_settings INTERFACE)
+
+target_compile_options(fringix_settings INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wundef -Wcast-align -Wnull-dereference -Wimplicit-fallthrough -Werror
+  $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wextra-semi>
+  -fstack-protector-strong)
+
+# The fortified functions need optimisation; a sanitizer brings checks of its own and does not mix with them.
+if(NOT FRINGIX_SANITIZE)
+  target_compile_options(fringix_settings INTERFACE $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+endif()
+
+if(WIN32)
+  target_compile_definitions(fringix_settings INTERFACE WIN32_LEAN_AND_MEAN NOMINMAX UNICODE _UNICODE _WIN32_WINNT=0x0601 _WINSOCK_DEPRECATED_NO_WARNINGS)
+  # The runtime goes in statically: no file but the DLL itself has to be shipped.
+  target_link_options(fringix_settings INTERFACE -static -fstack-protector-strong -Wl,--high-entropy-va -Wl,--dynamicbase -Wl,--nxcompat)
+else()
+  target_link_options(fringix_settings INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,--as-needed)
+  target_compile_options(fringix_settings INTERFACE -fstack-clash-protection)
+endif()
+
+if(FRINGIX_SANITIZE)
+  target_compile_options(fringix_settings INTERFACE -fsanitize=${FRINGIX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(fringix_settings INTERFACE -fsanitize=${FRINGIX_SANITIZE})
+endif()
+
+find_package(Threads REQUIRED)

@@ -1,0 +1,75 @@
+// The frame around every export: entry trace, handle look-up, the call, exit trace; nothing that is thrown gets past it.
+//
+//   int32_t SLGetGain(int32_t handle, int32_t* gain) {
+//     return ExportCall("SLGetGain", "%s, Parameter: %i, %p", handle, gain).device(handle, &ICameraDevice::GetGain, gain);
+//   }
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <type_traits>
+
+#include "api/device_registry.h"
+#include "api/status.h"
+#include "api/trace.h"
+
+namespace fringix {
+
+class ExportCall {
+ public:
+  // The entry line: `format` gets the export's name and then the parameters.
+  template <class... Parameters>
+  ExportCall(const char* name, const char* format, Parameters... parameters) {
+    trace(format, name, printable(parameters)...);
+    nameFromNowOn(name);
+  }
+
+  // An export without an entry line.
+  explicit ExportCall(const char* name) { nameFromNowOn(name); }
+
+  ~ExportCall() { trace("Function %s finished", name_); }
+
+  ExportCall(const ExportCall&) = delete;
+  ExportCall& operator=(const ExportCall&) = delete;
+
+  // Calls `operation`, a member function of ICameraDevice or anything that takes one, on the session of `handle`.
+  template <class Operation, class... Arguments>
+  std::int32_t device(std::int32_t handle, Operation&& operation, Arguments... arguments) const {
+    return guarded([&] {
+      ICameraDevice* session = DeviceRegistry::instance().entry(handle);
+      return session == nullptr ? SLUNKNOWN_DEVICE_ID : std::invoke(operation, *session, arguments...);
+    });
+  }
+
+  // Calls `body` and turns whatever it throws into a status code.
+  template <class Body>
+  std::int32_t guarded(Body&& body) const noexcept {
+    try {
+      return body();
+    } catch (...) {
+      return SLSYSTEM_ERROR;
+    }
+  }
+
+ private:
+  // The exit line bears the name only if tracing was on when the call began; kept on purpose.
+  void nameFromNowOn(const char* name) noexcept { name_ = tracing() ? name : ""; }
+
+  template <class Parameter>
+  static auto printable(Parameter parameter) noexcept {
+    if constexpr (std::is_same_v<Parameter, const char*>) {
+      return parameter != nullptr ? parameter : "(null)";
+    } else {
+      return parameter;
+    }
+  }
+
+  const char* name_ = "";
+};
+
+// A pointer as "%i" prints it, where a trace format asks for that: the low 32 bits.
+inline std::int32_t printedAsInteger(const void* pointer) noexcept {
+  return static_cast<std::int32_t>(reinterpret_cast<std::uintptr_t>(pointer));
+}
+
+}  // namespace fringix

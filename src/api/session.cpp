@@ -1,0 +1,45 @@
+// Opening and closing sessions.
+#include <memory>
+
+#include "api/export_call.h"
+#include "device/camera_device.h"
+
+using namespace fringix;
+
+namespace {
+
+constexpr std::uint32_t receiveTimeout = 30;  // seconds
+
+int openSession(const char* address, int32_t* handle) {
+  auto channel = std::make_unique<CommandChannel>();
+  if (channel->Connect(address) != 0) return SLCONNECTION_ERROR;
+  channel->socket()->setReceiveTimeout(receiveTimeout);
+  auto session = std::make_unique<CameraDevice>();
+  const int result = session->Init(std::move(channel));
+  if (result == SLALL_OKAY) *handle = DeviceRegistry::instance().add(std::move(session));
+  return result;
+}
+
+}  // namespace
+
+int32_t SLDevAlloc(const char* address, int32_t* handle) {
+  const ExportCall call("SLDevAlloc");  // no entry line; kept on purpose
+  if (handle == nullptr) return SLBAD_PARAMETER;
+  *handle = -1;
+  if (address == nullptr) return SLBAD_PARAMETER;
+  return call.guarded([&] { return openSession(address, handle); });
+}
+
+int32_t SLDevFree(int32_t handle) {
+  return ExportCall("SLDevFree", "%s, Parameter: %i", handle).device(handle, [&](ICameraDevice& device) {
+    const int result = device.Close();
+    DeviceRegistry::instance().remove(handle);
+    return result;
+  });
+}
+
+int32_t SLGetDevKey(int32_t handle, DeviceKeyEntry* key) {
+  return ExportCall("SLGetDevKey", "%s, Parameter: %i, %p", handle, key).device(handle, [&](ICameraDevice& device) {
+    return key == nullptr ? SLBAD_PARAMETER : device.GetDevKey(&key->ipAddress, &key->serial, &key->info1);
+  });
+}
