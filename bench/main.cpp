@@ -1,0 +1,91 @@
+// fringix-bench: what the library costs on top of the wire.
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include "comparisons.h"
+#include "machine.h"
+#include "measurement.h"
+#include "private_network.h"
+#include "report.h"
+
+namespace {
+
+using namespace fringix::bench;
+
+struct Options {
+  Plan plan;
+  bool quick = false;
+  bool check = false;
+  std::string only;
+  std::string json;
+};
+
+void declare(CLI::App& app, Options& options) {
+  app.add_option("--rounds", options.plan.rounds, "Rounds, each a batch of either client")
+      ->check(CLI::Range(1, 1000))
+      ->capture_default_str();
+  app.add_option("--only", options.only, "Only the comparisons whose name contains this text");
+  app.add_option("--json", options.json, "Also write the findings to this file")->type_name("FILE");
+  app.add_flag("--quick", options.quick, "A smoke test of a few seconds; its numbers mean little");
+  app.add_flag("--check", options.check, "Exit with 1 when a bound is missed");
+  app.add_flag("--against-itself", options.plan.againstItself,
+               "Measure the minimal client in place of the library: the method's own scatter");
+}
+
+Plan settled(const Options& options) {
+  Plan plan = options.plan;
+  const std::vector<std::size_t> cores = allowedCores();
+  plan.clientCore = cores.front();
+  plan.serverCore = cores.back();
+  if (options.quick) {
+    plan.rounds = 3;
+    plan.batchSeconds = 0.02;
+  }
+  return plan;
+}
+
+std::vector<Finding> runAll(const Plan& plan, const std::string& only) {
+  std::vector<Finding> all;
+  for (const Comparison& comparison : comparisons()) {
+    if (comparison.name.find(only) == std::string::npos) continue;
+    const std::vector<Finding> findings = findingsOf(measure(comparison, plan));
+    printFindings(findings);
+    std::fflush(stdout);
+    all.insert(all.end(), findings.begin(), findings.end());
+  }
+  return all;
+}
+
+int run(const Options& options) {
+  if (!enterPrivateNetwork()) std::puts("Note: no network of the benchmark's own here; connections differ by chance, expect scatter.");
+  const Plan plan = settled(options);
+  const MachineFacts machine = machineFacts();
+  printHeading(machine, plan);
+  const std::vector<Finding> findings = runAll(plan, options.only);
+  if (!options.json.empty()) writeJson(options.json, machine, plan, findings);
+  const auto missed = std::count_if(findings.begin(), findings.end(), [](const Finding& finding) { return !finding.met; });
+  if (missed > 0) std::printf("\nNote: %td bounds missed.\n", missed);
+  return options.check && missed > 0 ? 1 : 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("Compares the library with a hand-written client on loopback.");
+  Options options;
+  declare(app, options);
+  try {
+    app.parse(argc, argv);
+    return run(options);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : 2;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "fringix-bench: %s\n", error.what());
+    return 2;
+  }
+}
