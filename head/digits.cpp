@@ -1,0 +1,52 @@
+#include "head/digits.h"
+
+#include <algorithm>
+#include <array>
+
+namespace fringix::head {
+
+namespace {
+
+constexpr std::int32_t glyphWidth = 5;
+
+using Glyph = std::array<std::uint8_t, digitHeight>;  // one row a byte, the leftmost column in bit 4
+
+constexpr std::array<Glyph, 10> glyphs{{
+    {0x0E, 0x11, 0x13, 0x15, 0x19, 0x11, 0x0E},
+    {0x04, 0x0C, 0x04, 0x04, 0x04, 0x04, 0x0E},
+    {0x0E, 0x11, 0x01, 0x06, 0x08, 0x10, 0x1F},
+    {0x1F, 0x02, 0x04, 0x06, 0x01, 0x11, 0x0E},
+    {0x02, 0x06, 0x0A, 0x12, 0x1F, 0x02, 0x02},
+    {0x1F, 0x10, 0x1E, 0x01, 0x01, 0x11, 0x0E},
+    {0x06, 0x08, 0x10, 0x1E, 0x11, 0x11, 0x0E},
+    {0x1F, 0x01, 0x02, 0x04, 0x08, 0x08, 0x08},
+    {0x0E, 0x11, 0x11, 0x0E, 0x11, 0x11, 0x0E},
+    {0x0E, 0x11, 0x11, 0x0F, 0x01, 0x02, 0x0C},
+}};
+
+void fillSquare(Picture& picture, std::int32_t left, std::int32_t top, std::int32_t side, std::uint8_t shade) {
+  const std::int32_t right = std::min(left + side, picture.size.width);
+  const std::int32_t bottom = std::min(top + side, picture.size.height);
+  left = std::max(left, 0);
+  for (std::int32_t y = std::max(top, 0); y < bottom && left < right; ++y) std::fill(picture.row(y) + left, picture.row(y) + right, shade);
+}
+
+void drawGlyph(Picture& picture, std::int32_t x, std::int32_t y, std::int32_t scale, const Glyph& glyph, std::uint8_t shade) {
+  for (std::int32_t row = 0; row < digitHeight; ++row) {
+    for (std::int32_t column = 0; column < glyphWidth; ++column) {
+      const bool inked = (glyph[static_cast<std::size_t>(row)] >> (glyphWidth - 1 - column) & 1) != 0;
+      if (inked) fillSquare(picture, x + column * scale, y + row * scale, scale, shade);
+    }
+  }
+}
+
+}  // namespace
+
+void drawDigits(Picture& picture, std::int32_t x, std::int32_t y, std::int32_t scale, std::string_view text, std::uint8_t shade) {
+  for (const char character : text) {
+    if (character >= '0' && character <= '9') drawGlyph(picture, x, y, scale, glyphs[static_cast<std::size_t>(character - '0')], shade);
+    x += digitPitch * scale;
+  }
+}
+
+}  // namespace fringix::head

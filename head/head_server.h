@@ -1,0 +1,46 @@
+// A head on the network: a model, the port that it listens on, a thread for each client.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <list>
+#include <thread>
+
+#include "head/head_model.h"
+#include "head/head_settings.h"
+#include "head/session.h"
+#include "platform/socket.h"
+
+namespace fringix::head {
+
+inline constexpr std::uint16_t commandPort = 44330;
+
+class HeadServer {
+ public:
+  // `observer` may be empty.
+  explicit HeadServer(HeadSettings settings, Observer observer = {});
+  ~HeadServer() { stop(); }
+  HeadServer(const HeadServer&) = delete;
+  HeadServer& operator=(const HeadServer&) = delete;
+
+  // Returns once clients can connect; throws std::runtime_error with a text for people when the address cannot be listened on.
+  void start();
+  // Ends all connections and returns when every thread has ended. start() may follow.
+  void stop() noexcept;
+
+  HeadModel& model() noexcept { return model_; }
+
+ private:
+  void acceptClients() noexcept;
+  void acceptClient();
+
+  const platform::SocketLibrary library_;
+  HeadModel model_;
+  const Observer observer_;
+  std::atomic<bool> stopping_ = false;
+  platform::Socket listener_;
+  std::list<Session> sessions_;  // touched by the accepting thread only, while it runs
+  std::thread acceptor_;
+};
+
+}  // namespace fringix::head

@@ -1,0 +1,45 @@
+// One client's connection: greets, then serves commands until the client goes, says something unknown, or the head is stopped.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <thread>
+
+#include "head/head_model.h"
+#include "head/wire.h"
+#include "platform/socket.h"
+
+namespace fringix::head {
+
+enum class Happening { connected, command, trouble, disconnected };
+
+// Told what happens, with the client's address; called on the sessions' threads.
+using Observer = std::function<void(Happening happening, const std::string& client, const std::string& text)>;
+
+class Session {
+ public:
+  // Starts the session's thread; the model and the observer outlive it.
+  Session(platform::Socket socket, std::string client, HeadModel& model, const Observer& observer);
+  ~Session();  // ends the connection and waits for the thread
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  void requestStop() noexcept;
+  bool finished() const noexcept { return finished_; }
+
+ private:
+  void run() noexcept;
+  void serve();
+  void tell(Happening happening, const std::string& text) const;
+
+  platform::Socket socket_;
+  const std::string client_;
+  HeadModel& model_;
+  const Observer& observer_;
+  std::atomic<bool> stopping_ = false;
+  std::atomic<bool> finished_ = false;
+  std::thread thread_;
+};
+
+}  // namespace fringix::head

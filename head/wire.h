@@ -1,0 +1,52 @@
+// The head's end of the wire: integers (4 bytes, least significant first), texts (6 characters of length, then the bytes), blocks.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/socket.h"
+
+namespace fringix::head {
+
+// The client has gone, or the head is being stopped: the session ends without a word.
+struct Disconnected {};
+
+// The client said something that no client says: the session cannot go on, because nobody knows where the next command begins.
+struct ProtocolError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// Both directions of one connection; throws Disconnected when it has ended or `stopping` is set. What is written is collected and
+// leaves before the next read has to wait, so that a short reply is one send.
+class Wire {
+ public:
+  Wire(platform::Socket& socket, const std::atomic<bool>& stopping);
+
+  std::int32_t readInt();
+  std::string readText(std::size_t limit);  // throws ProtocolError when the length is no number or above `limit`
+  void readBytes(std::uint8_t* bytes, std::size_t count);
+
+  void writeInt(std::int32_t value);
+  void writeBytes(const std::uint8_t* bytes, std::size_t count);
+  void flush();
+
+ private:
+  std::size_t takeBuffered(std::uint8_t* bytes, std::size_t count);
+  std::size_t receive(std::uint8_t* bytes, std::size_t size);  // at least one byte
+  void send(const std::uint8_t* bytes, std::size_t count);
+  void waitUntil(platform::Readiness (platform::Socket::*ready)(std::chrono::milliseconds) const noexcept) const;
+
+  platform::Socket& socket_;
+  const std::atomic<bool>& stopping_;
+  std::vector<std::uint8_t> received_;
+  std::size_t taken_ = 0;
+  std::vector<std::uint8_t> unsent_;
+};
+
+}  // namespace fringix::head
