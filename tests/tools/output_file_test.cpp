@@ -1,0 +1,70 @@
+#include "output_file.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "program.h"
+
+namespace fringix::tool {
+namespace {
+
+std::string complaint(const std::string& path) {
+  try {
+    requireWritable(path);
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
+  return "writable";
+}
+
+TEST(NumberedPath, SingleFileKeepsItsName) { EXPECT_EQ(numberedPath("live.png", 1, 1), "live.png"); }
+
+TEST(NumberedPath, NumbersHaveTheDigitsOfTheLastOne) {
+  EXPECT_EQ(numberedPath("live.png", 7, 9), "live-7.png");
+  EXPECT_EQ(numberedPath("live.png", 7, 10), "live-07.png");
+  EXPECT_EQ(numberedPath("live.png", 100, 100), "live-100.png");
+}
+
+TEST(NumberedPath, OnlyTheFileNameHasAnExtension) {
+  EXPECT_EQ(numberedPath("run.1/live", 2, 3), "run.1/live-2");
+  EXPECT_EQ(numberedPath("run.1\\live", 2, 3), "run.1\\live-2");
+  EXPECT_EQ(numberedPath("run.1/live.a.png", 2, 3), "run.1/live.a-2.png");
+  EXPECT_EQ(numberedPath(".live", 2, 3), ".live-2");
+}
+
+TEST(RequireWritable, LeavesNoFileBehind) {
+  const test::ScratchFolder scratch;
+  EXPECT_EQ(complaint((scratch / "new.png").string()), "writable");
+  EXPECT_FALSE(std::filesystem::exists(scratch / "new.png"));
+}
+
+TEST(RequireWritable, LeavesAnExistingFileAsItIs) {
+  const test::ScratchFolder scratch;
+  writeFile((scratch / "old.png").string(), {'o', 'l', 'd'});
+  EXPECT_EQ(complaint((scratch / "old.png").string()), "writable");
+  EXPECT_EQ(test::readBytes(scratch / "old.png"), "old");
+}
+
+TEST(RequireWritable, NamesFileAndReason) {
+  const test::ScratchFolder scratch;
+  const std::string path = (scratch / "missing" / "live.png").string();
+  EXPECT_EQ(complaint(path), "cannot write \"" + path + "\": No such file or directory");
+}
+
+TEST(RequireWritable, FolderIsNoFile) {
+  const test::ScratchFolder scratch;
+  const std::string folder = (scratch / "").string();
+  EXPECT_EQ(complaint(folder).find("cannot write \"" + folder + "\": "), 0U);
+}
+
+TEST(WriteFile, ReplacesWhatWasThere) {
+  const test::ScratchFolder scratch;
+  const std::string path = (scratch / "file").string();
+  writeFile(path, {'l', 'o', 'n', 'g'});
+  writeFile(path, {'\r', '\n'});
+  EXPECT_EQ(test::readBytes(path), "\r\n");
+}
+
+}  // namespace
+}  // namespace fringix::tool

@@ -1,0 +1,91 @@
+#include "application.h"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <exception>
+
+#include "explain.h"
+#include "progress_bar.h"
+#include "subcommand.h"
+#include "terminal.h"
+
+namespace fringix::tool {
+namespace {
+
+struct Subcommand {
+  const char* name;
+  const char* summary;
+  void (*define)(CLI::App& app, const Context& context);
+};
+
+constexpr Subcommand subcommands[] = {
+    {"info", "Show what a head says of itself", defineInfo},
+    {"live", "Fetch the camera's current picture as PNG", defineLive},
+};
+
+constexpr const char* blockingNote =
+    "Connecting blocks until the operating system gives up: where nothing answers,\nthat takes from some seconds to minutes.";
+
+std::string checkAddress(std::string text) {
+  return CLI::ValidIPV4(text).empty() ? "" : fmt::format("\"{}\" is no IPv4 address such as 192.168.0.10", text);
+}
+
+std::string usageFailure(const CLI::App* app, const CLI::Error& error) {
+  const std::vector<std::string> unexpected = app->remaining();
+  const bool unknownSubcommand = app->get_subcommands().empty() && !unexpected.empty();
+  const std::string what = unknownSubcommand ? fmt::format("\"{}\" is no subcommand", unexpected.front()) : error.what();
+  return fmt::format("fringix: {}\n  \"fringix --help\" lists the subcommands, \"fringix SUBCOMMAND --help\" the options of one.\n", what);
+}
+
+void defineGlobalOptions(CLI::App& app) {
+  app.failure_message(usageFailure);
+  app.set_version_flag("--version", fmt::format("fringix, library version {}", libraryVersion()));
+  app.add_flag_callback(
+      "--trace", [] { setTracing(true); }, "Show every library call (on standard error; on Windows in the debugger's output)");
+  app.require_subcommand(1);
+  app.fallthrough();
+  app.footer("\"fringix SUBCOMMAND --help\" tells the options of one.\nExit code: 0 success, 1 failure, 2 wrong usage.");
+}
+
+void defineSubcommand(CLI::App& app, const Subcommand& subcommand, Context& context) {
+  CLI::App* child = app.add_subcommand(subcommand.name, subcommand.summary);
+  child->add_option("ADDRESS", context.address, "IPv4 address of the head, such as 192.168.0.10")
+      ->required()
+      ->check(CLI::Validator(checkAddress, ""))
+      ->type_name("");
+  child->footer(blockingNote);
+  subcommand.define(*child, context);
+}
+
+int fail(const Explanation& explanation) {
+  fmt::print(stderr, "fringix: {}\n", explanation.what);
+  if (!explanation.next.empty()) fmt::print(stderr, "  {}\n", explanation.next);
+  return 1;
+}
+
+}  // namespace
+
+Device openHead(const Context& context) {
+  const TransientLine line(stderr, isTerminal(stderr), fmt::format("connecting to {}:{} ...", context.address, commandPort));
+  return Device(context.address);
+}
+
+int run(int argc, const char* const* argv) {
+  Context context;
+  CLI::App app("Talks to network-attached structured-light 3D sensor heads.", "fringix");
+  defineGlobalOptions(app);
+  for (const Subcommand& subcommand : subcommands) defineSubcommand(app, subcommand, context);
+  try {
+    app.parse(argc, argv);
+    return 0;
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : 2;
+  } catch (const Error& error) {
+    return fail(explain(error, context.address));
+  } catch (const std::exception& error) {
+    return fail({error.what(), ""});
+  }
+}
+
+}  // namespace fringix::tool

@@ -1,0 +1,56 @@
+#include "output_file.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+
+namespace fringix::tool {
+namespace {
+
+struct CloseFile {
+  void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+[[noreturn]] void refuse(const std::string& path, int reason) {
+  throw std::runtime_error(fmt::format("cannot write \"{}\": {}", path, std::strerror(reason)));
+}
+
+File openFile(const std::string& path, const char* mode) {
+  File file(std::fopen(path.c_str(), mode));
+  if (!file) refuse(path, errno);
+  return file;
+}
+
+}  // namespace
+
+void requireWritable(const std::string& path) {
+  std::error_code unknown;
+  const bool existed = std::filesystem::exists(path, unknown);
+  openFile(path, "ab");
+  if (!existed) std::remove(path.c_str());
+}
+
+void writeFile(const std::string& path, const std::vector<std::uint8_t>& bytes) {
+  File file = openFile(path, "wb");
+  errno = 0;
+  const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
+  const bool closed = std::fclose(file.release()) == 0;
+  if (!written || !closed) refuse(path, errno);
+}
+
+std::string numberedPath(const std::string& path, std::size_t index, std::size_t count) {
+  if (count <= 1) return path;
+  const std::string number = fmt::format("-{:0{}}", index, fmt::formatted_size("{}", count));
+  const std::size_t name = path.find_last_of("/\\") + 1;  // npos + 1 is 0: the whole path is the name
+  const std::size_t dot = path.rfind('.');
+  const bool hasExtension = dot != std::string::npos && dot > name;
+  return hasExtension ? path.substr(0, dot) + number + path.substr(dot) : path + number;
+}
+
+}  // namespace fringix::tool

@@ -1,0 +1,20 @@
+// Files that the tool writes. Every failure is a std::runtime_error that names the file and the system's reason.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace fringix::tool {
+
+// Throws unless the file can be written, and leaves everything as it was: asked before the head is, so that no picture is lost.
+void requireWritable(const std::string& path);
+
+void writeFile(const std::string& path, const std::vector<std::uint8_t>& bytes);
+
+// The name of the `index`th of `count` files, counted from 1: "live.png" becomes "live-07.png" where there are 10 to 99 of them.
+// A single file keeps its name.
+std::string numberedPath(const std::string& path, std::size_t index, std::size_t count);
+
+}  // namespace fringix::tool

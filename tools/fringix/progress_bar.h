@@ -1,0 +1,45 @@
+// Progress for people: drawn over itself on one line of a terminal, never drawn elsewhere.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdio>
+#include <string>
+
+namespace fringix::tool {
+
+// A line that is gone when the object is.
+class TransientLine {
+ public:
+  TransientLine(std::FILE* stream, bool visible, const std::string& text = {});
+  ~TransientLine();
+  TransientLine(const TransientLine&) = delete;
+  TransientLine& operator=(const TransientLine&) = delete;
+
+  void show(const std::string& text);
+
+ private:
+  std::FILE* stream_;
+  bool visible_;
+  std::size_t shown_ = 0;
+};
+
+// "[==========          ]  10/20  52.3/s": one line, no line end. The rate is left out until there is one.
+std::string progressText(std::size_t done, std::size_t total, std::chrono::duration<double> elapsed);
+
+class ProgressBar {
+ public:
+  ProgressBar(std::FILE* stream, bool visible, std::size_t total);
+  void advance();  // one step is done; redraws at most ten times a second
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  TransientLine line_;
+  std::size_t done_ = 0;
+  std::size_t total_;
+  Clock::time_point start_ = Clock::now();
+  Clock::time_point drawn_ = start_;
+};
+
+}  // namespace fringix::tool

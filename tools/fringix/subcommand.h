@@ -1,0 +1,21 @@
+// What a subcommand is: its options are defined on a CLI::App, and its work is that app's callback. One source file for each.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <fringix/fringix.hpp>
+#include <string>
+
+namespace fringix::tool {
+
+// What all subcommands share; filled by the time a callback runs.
+struct Context {
+  std::string address;
+};
+
+// Opens the session with the head named on the command line. On a terminal a line says so while it blocks.
+Device openHead(const Context& context);
+
+void defineInfo(CLI::App& app, const Context& context);
+void defineLive(CLI::App& app, const Context& context);
+
+}  // namespace fringix::tool
