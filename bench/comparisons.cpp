@@ -2,6 +2,8 @@
 
 #include <fringix/fringix.h>
 
+#include <cstring>
+
 namespace fringix::bench {
 
 namespace {
@@ -23,6 +25,20 @@ void livePictureByHand(MinimalClient& client, const Head& head, std::uint8_t* bu
   client.receive(buffer, head.pixels());
 }
 
+// A caller's buffer smaller than the camera's picture: the whole picture still crosses the network.
+constexpr std::uint32_t croppedWidth = 1024;
+constexpr std::uint32_t croppedHeight = 768;
+
+std::int32_t croppedPicture(std::int32_t handle, const Head&, std::uint8_t* buffer) {
+  return SLGetLiveImage(handle, buffer, croppedWidth, croppedHeight);
+}
+
+void croppedPictureByHand(MinimalClient& client, const Head& head, std::uint8_t* buffer) {
+  std::uint8_t* frame = client.scratchFrame(head.pixels());
+  livePictureByHand(client, head, frame);
+  for (std::size_t row = 0; row < croppedHeight; ++row) std::memcpy(buffer + row * croppedWidth, frame + row * head.width, croppedWidth);
+}
+
 }  // namespace
 
 const std::vector<Comparison>& comparisons() {
@@ -30,6 +46,7 @@ const std::vector<Comparison>& comparisons() {
       {"live picture 16x16", thumbnail, Cores::one, thumbnail.pixels(), livePicture, livePictureByHand, smallCommand},
       {"live picture 1280x1024", megapixel, Cores::two, megapixel.pixels(), livePicture, livePictureByHand, transfer},
       {"live picture 4096x3000", twelveMegapixels, Cores::two, twelveMegapixels.pixels(), livePicture, livePictureByHand, transfer},
+      {"live picture, cropped", megapixel, Cores::two, megapixel.pixels(), croppedPicture, croppedPictureByHand, transfer},
   };
   return table;
 }

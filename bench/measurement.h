@@ -13,8 +13,8 @@ namespace fringix::bench {
 struct Plan {
   std::size_t clientCore = 0;
   std::size_t serverCore = 0;  // for comparisons on two cores
-  std::size_t rounds = 21;     // a batch of each client per round
-  double batchSeconds = 0.08;
+  std::size_t rounds = 41;     // a batch of each client per round
+  double batchSeconds = 0.04;
   bool againstItself = false;  // a second minimal client stands in for the library: shows how much the method itself scatters
 };
 

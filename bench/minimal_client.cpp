@@ -82,4 +82,9 @@ void MinimalClient::requireGoodStatus() {
   if (receiveInteger() != 0) throw std::runtime_error("minimal client: the head reports a failure");
 }
 
+std::uint8_t* MinimalClient::scratchFrame(std::size_t size) {
+  if (scratchFrame_.empty()) scratchFrame_.resize(size);
+  return scratchFrame_.data();
+}
+
 }  // namespace fringix::bench

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include "descriptor.h"
 
@@ -25,6 +26,7 @@ class MinimalClient {
   void receive(void* buffer, std::size_t size);  // at most 8096 bytes at a time, each wait limited to 30 seconds
   std::int32_t receiveInteger();
   void requireGoodStatus();
+  std::uint8_t* scratchFrame(std::size_t size);  // kept for the next call, of the same size
 
   // A run of integers in one send.
   template <class... Integers>
@@ -35,6 +37,7 @@ class MinimalClient {
 
  private:
   Descriptor socket_;
+  std::vector<std::uint8_t> scratchFrame_;
 };
 
 }  // namespace fringix::bench
