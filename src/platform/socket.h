@@ -33,7 +33,7 @@ enum class Readiness { ready, timedOut, failed };
 inline constexpr std::chrono::milliseconds waitForever{-1};
 
 // Owns one socket handle, or none. Movable, closed on destruction, never inherited by child processes.
-// Calls on one object from two threads at once are not safe, except shutdown(), which wakes a blocked peer call.
+// Calls on one object from two threads at once are not safe, except shutdown().
 // Interrupted system calls are taken up again with the time that remains; sends raise no signal.
 class Socket {
  public:
@@ -70,7 +70,7 @@ class Socket {
   bool setKeepAlive(bool on) noexcept;
   bool setReuseAddress(bool on) noexcept;
   bool setResetOnClose() noexcept;  // the next close() resets the connection instead of ending it in order
-  bool shutdown() noexcept;         // ends both directions: a blocked receive() returns
+  bool shutdown() noexcept;         // ends both directions; whether a blocked receive() returns is up to the system
 
   // Whether the last failed connect() is still under way (a non-blocking socket).
   static bool connectInProgress() noexcept;

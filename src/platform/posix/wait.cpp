@@ -21,6 +21,7 @@ int remainingMilliseconds(Clock::time_point deadline) noexcept {
 }  // namespace
 
 Readiness waitFor(int descriptor, short events, std::chrono::milliseconds limit) noexcept {
+  if (descriptor < 0) return Readiness::failed;  // poll would pass over it and wait in vain
   pollfd entry{descriptor, events, 0};
   const short failures = static_cast<short>(events == POLLOUT ? POLLNVAL | POLLERR : POLLNVAL);
   const bool forever = limit < std::chrono::milliseconds::zero();

@@ -1,0 +1,62 @@
+// The library file itself: what it exports, and what it needs to be loaded.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+#include "abi/binary_image.h"
+
+namespace fringix::test {
+
+namespace {
+
+const BinaryImage& library() {
+  static const BinaryImage image = readBinaryImage(LIBRARY_FILE);
+  return image;
+}
+
+// The kept list: lines such as "  SLDevAlloc @1".
+std::vector<std::string> keptList() {
+  std::ifstream in(EXPORT_LIST);
+  std::vector<std::string> names;
+  for (std::string line; std::getline(in, line);) {
+    std::istringstream words(line);
+    std::string name;
+    std::string ordinal;
+    if (words >> name >> ordinal && ordinal.starts_with('@')) names.push_back(name);
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::string lowered(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return text;
+}
+
+TEST(ExportsTest, AreExactlyTheKeptList) {
+  ASSERT_FALSE(keptList().empty());
+  EXPECT_EQ(library().exports, keptList());
+}
+
+TEST(ExportsTest, ThePortableExecutableHas190Slots) {
+  if (library().exportSlots == 0) GTEST_SKIP() << "ordinals exist in the DLL only";
+  EXPECT_EQ(library().exportSlots, 190);
+}
+
+TEST(ImportsTest, NameSystemLibrariesOnly) {
+  const std::set<std::string> system = {"advapi32.dll",   "kernel32.dll",  "msvcrt.dll",          "user32.dll",
+                                        "ws2_32.dll",     "iphlpapi.dll",  "libc.so.6",           "libm.so.6",
+                                        "libstdc++.so.6", "libgcc_s.so.1", "ld-linux-x86-64.so.2"};
+  EXPECT_FALSE(library().needs.empty());
+  for (const std::string& name : library().needs) EXPECT_TRUE(system.contains(lowered(name))) << name;
+}
+
+TEST(ImageTest, IsHardened) { EXPECT_TRUE(library().hardened); }
+
+}  // namespace
+
+}  // namespace fringix::test

@@ -1,0 +1,63 @@
+// Handles: what names a session and what does not.
+#include <gtest/gtest.h>
+
+#include "api/device_registry.h"
+#include "api/export_call.h"
+#include "device/open_session.h"
+#include "fringix/fringix.h"
+
+namespace fringix::test {
+
+namespace {
+
+// A suite of its own process: the very first handle is 0.
+TEST(FirstHandleTest, IsZeroAlsoAfterAFailureAndAQuery) {
+  int handle = 5;
+  EXPECT_EQ(SLDevAlloc("127.0.0.9", &handle), SLCONNECTION_ERROR);
+  EXPECT_EQ(handle, -1);
+  EXPECT_EQ(SLDevFree(0), SLUNKNOWN_DEVICE_ID);  // leaves an empty entry that the first session fills
+  OpenSession session(Script{});
+  EXPECT_EQ(session.handle(), 0);
+  EXPECT_EQ(SLGetCameraSize(0, nullptr, nullptr), SLALL_OKAY);
+  EXPECT_EQ(session.free(), SLALL_OKAY);
+  EXPECT_EQ(SLDevFree(0), SLUNKNOWN_DEVICE_ID);
+}
+
+TEST(RegistryTest, AnUnknownHandleTouchesNoOutput) {
+  std::uint32_t width = 42;
+  std::uint8_t pixel = 42;
+  DeviceKeyEntry key{42, 42, nullptr};
+  EXPECT_EQ(SLGetCameraSize(99, &width, &width), SLUNKNOWN_DEVICE_ID);
+  EXPECT_EQ(SLGetProjectorSize(-1, &width, &width), SLUNKNOWN_DEVICE_ID);
+  EXPECT_EQ(SLGetLiveImage(99, &pixel, 1, 1), SLUNKNOWN_DEVICE_ID);
+  EXPECT_EQ(SLGetDevKey(99, &key), SLUNKNOWN_DEVICE_ID);
+  EXPECT_EQ(SLDevFree(99), SLUNKNOWN_DEVICE_ID);
+  EXPECT_EQ(width, 42U);
+  EXPECT_EQ(pixel, 42);
+  EXPECT_EQ(key.serial, 42);
+}
+
+TEST(RegistryTest, NullPointersOfOpeningAreBadParameters) {
+  int handle = 5;
+  EXPECT_EQ(SLDevAlloc("127.0.0.1", nullptr), SLBAD_PARAMETER);
+  EXPECT_EQ(SLDevAlloc(nullptr, &handle), SLBAD_PARAMETER);
+  EXPECT_EQ(handle, -1);
+}
+
+TEST(RegistryTest, AQueryLeavesAnEmptyEntry) {
+  DeviceRegistry registry;
+  EXPECT_EQ(registry.entry(3), nullptr);
+  EXPECT_EQ(&registry.entry(3), &registry.entry(3));
+  EXPECT_EQ(registry.remove(3), nullptr);
+}
+
+TEST(RegistryTest, WhatIsThrownInsideBecomesASystemError) {
+  OpenSession session(Script{});
+  const int result = ExportCall("Throwing", "%s").device(session.handle(), [](ICameraDevice&) -> int { throw std::bad_alloc(); });
+  EXPECT_EQ(result, SLSYSTEM_ERROR);
+  EXPECT_EQ(session.device().Noop(), SLALL_OKAY);
+}
+
+}  // namespace
+
+}  // namespace fringix::test

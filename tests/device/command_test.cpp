@@ -1,0 +1,141 @@
+// What holds for every command, whatever it does: exact bytes, outputs, and each way in which its exchange can break.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+
+#include "device/command_table.h"
+#include "fringix/fringix.h"
+
+namespace fringix::test {
+
+namespace {
+
+constexpr std::uint8_t guard = 0xA5;
+
+// The place that a command writes to, with guard bytes all around it.
+struct Output {
+  static constexpr std::size_t margin = 64;
+  static constexpr std::size_t size = 512;
+  alignas(8) std::array<std::uint8_t, margin + size> bytes;
+
+  Output() { bytes.fill(guard); }
+  std::uint8_t* place() { return bytes.data() + margin; }
+  Bytes head(std::size_t count) const { return Bytes(bytes.begin() + margin, bytes.begin() + margin + static_cast<std::ptrdiff_t>(count)); }
+  bool untouchedOutside(std::size_t count) const {
+    const auto isGuard = [](std::uint8_t byte) { return byte == guard; };
+    const auto end = bytes.begin() + margin + static_cast<std::ptrdiff_t>(count);
+    return std::all_of(bytes.begin(), bytes.begin() + margin, isGuard) && std::all_of(end, bytes.end(), isGuard);
+  }
+};
+
+Script versionFetch(int version) { return {expect(text("20MSG_SLGetProtocolVersion")), reply(integer(version))}; }
+
+class CommandTest : public testing::TestWithParam<CommandCase> {
+ protected:
+  const CommandCase& row() const { return GetParam(); }
+  int call(OpenSession& session) { return row().call(session, output_.place()); }
+
+  // What comes before the command itself, and what that makes the client send.
+  Script gate() const { return row().minimumVersion > 0 ? versionFetch(row().minimumVersion) : Script{}; }
+  Bytes gateBytes() const { return row().minimumVersion > 0 ? text("20MSG_SLGetProtocolVersion") : Bytes{}; }
+
+  Bytes wholeReply(int status = 0) const { return row().reply + (row().statusWord == StatusWord::follows ? integer(status) : Bytes{}); }
+
+  void expectWritten() const {
+    EXPECT_EQ(readable(output_.head(row().written.size())), readable(row().written));
+    EXPECT_TRUE(output_.untouchedOutside(row().written.size()));
+  }
+
+  void expectFailed(OpenSession& session) {
+    EXPECT_EQ(call(session), SLSYSTEM_ERROR) << "a session that has failed stays failed";
+    EXPECT_EQ(session.device().GetCameraWidth(), -1);
+    EXPECT_EQ(session.free(), SLALL_OKAY);
+    EXPECT_TRUE(output_.untouchedOutside(row().written.size()));
+  }
+
+  Output output_;
+};
+
+TEST_P(CommandTest, SendsItsBytesAndTakesTheReply) {
+  OpenSession session(gate() + Script{expect(row().sent), reply(wholeReply())});
+  EXPECT_EQ(call(session), SLALL_OKAY);
+  EXPECT_EQ(readable(session.sent()), readable(gateBytes() + row().sent));
+  expectWritten();
+}
+
+TEST_P(CommandTest, TakesAReplyThatArrivesByteByByte) {
+  OpenSession session(gate() + Script{expect(row().sent), dribble(wholeReply())});
+  EXPECT_EQ(call(session), SLALL_OKAY);
+  expectWritten();
+}
+
+TEST_P(CommandTest, FailsForGoodWhenTheReplyIsCutAnywhere) {
+  for (std::size_t offset = 0; offset < wholeReply().size(); ++offset) {
+    SCOPED_TRACE(offset);
+    OpenSession session(gate() + Script{expect(row().sent), reply(wholeReply().substr(0, offset)), cut()});
+    EXPECT_EQ(call(session), SLCONNECTION_ERROR);
+    expectFailed(session);
+  }
+}
+
+TEST_P(CommandTest, FailsForGoodWhenTheConnectionIsResetInsideTheRequest) {
+  for (std::size_t offset = 0; offset < row().sent.size(); ++offset) {
+    SCOPED_TRACE(offset);
+    OpenSession session(gate() + Script{expect(row().sent.substr(0, offset)), reset()});
+    const int result = call(session);
+    // Without a reply to wait for, a command whose last bytes reached the system's buffer cannot know better.
+    if (wholeReply().empty() && result == SLALL_OKAY) continue;
+    EXPECT_EQ(result, SLCONNECTION_ERROR);
+    expectFailed(session);
+  }
+}
+
+TEST_P(CommandTest, GivesASystemErrorWithoutAConnection) {
+  OpenSession session({reset()});
+  ASSERT_EQ(session.device().GetSerial(nullptr), SLCONNECTION_ERROR);
+  EXPECT_EQ(call(session), SLSYSTEM_ERROR);
+  EXPECT_TRUE(output_.untouchedOutside(0));
+  EXPECT_EQ(session.free(), SLALL_OKAY);
+}
+
+class StatusWordTest : public CommandTest {};
+
+TEST_P(StatusWordTest, TurnsEveryBadStatusIntoASystemError) {
+  for (const int status : {1, -1, -20, 0x7FFFFFFF}) {
+    SCOPED_TRACE(status);
+    OpenSession session(gate() + Script{expect(row().sent), reply(wholeReply(status)), expect(text("100MSG_SLNOOP"))});
+    EXPECT_EQ(call(session), SLSYSTEM_ERROR);
+    expectWritten();
+    EXPECT_EQ(session.device().Noop(), SLALL_OKAY) << "the session stays usable";
+  }
+}
+
+class VersionGateTest : public CommandTest {};
+
+TEST_P(VersionGateTest, IsRefusedByAHeadThatIsOneVersionTooOld) {
+  OpenSession session(versionFetch(row().minimumVersion - 1));
+  EXPECT_EQ(call(session), SLVERSION_TOO_OLD);
+  EXPECT_EQ(call(session), SLVERSION_TOO_OLD);
+  EXPECT_EQ(readable(session.sent()), readable(text("20MSG_SLGetProtocolVersion"))) << "asked once, and nothing else was sent";
+  EXPECT_TRUE(output_.untouchedOutside(0));
+}
+
+std::vector<CommandCase> rowsWhere(bool (*wanted)(const CommandCase&)) {
+  std::vector<CommandCase> rows = commandTable();
+  std::erase_if(rows, [wanted](const CommandCase& row) { return !wanted(row); });
+  return rows;
+}
+
+bool hasStatusWord(const CommandCase& row) { return row.statusWord == StatusWord::follows; }
+bool hasMinimumVersion(const CommandCase& row) { return row.minimumVersion > 0; }
+std::string nameOf(const testing::TestParamInfo<CommandCase>& test) { return test.param.name; }
+
+INSTANTIATE_TEST_SUITE_P(Commands, CommandTest, testing::ValuesIn(commandTable()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Commands, StatusWordTest, testing::ValuesIn(rowsWhere(hasStatusWord)), nameOf);
+INSTANTIATE_TEST_SUITE_P(Commands, VersionGateTest, testing::ValuesIn(rowsWhere(hasMinimumVersion)), nameOf);
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(VersionGateTest);
+
+}  // namespace
+
+}  // namespace fringix::test

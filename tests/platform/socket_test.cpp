@@ -1,0 +1,121 @@
+// The owning socket type: ownership, waits and ends of connections.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <utility>
+
+#include "platform/socket.h"
+
+namespace fringix::platform {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr std::uint32_t loopback = 0x7F000001;
+
+struct Pair {
+  Socket client;
+  Socket server;
+};
+
+Pair connectedPair() {
+  Socket listener = Socket::openStream();
+  EXPECT_TRUE(listener.bind({loopback, 0}));
+  EXPECT_TRUE(listener.listen(1));
+  Pair pair{Socket::openStream(), Socket()};
+  EXPECT_TRUE(pair.client.connect(listener.localEndpoint()));
+  Ipv4Endpoint peer;
+  pair.server = listener.accept(&peer);
+  EXPECT_EQ(peer, pair.client.localEndpoint());
+  return pair;
+}
+
+class SocketTest : public testing::Test {
+  SocketLibrary library_;
+};
+
+TEST_F(SocketTest, MovingHandsTheHandleOn) {
+  Socket first = Socket::openStream();
+  ASSERT_TRUE(first.valid());
+  const Socket::Handle handle = first.handle();
+  Socket second(std::move(first));
+  EXPECT_EQ(second.handle(), handle);
+  EXPECT_FALSE(first.valid());
+  first = std::move(second);
+  EXPECT_EQ(first.handle(), handle);
+  Socket& same = first;
+  first = std::move(same);
+  EXPECT_EQ(first.handle(), handle);
+  first.close();
+  first.close();
+  EXPECT_FALSE(first.valid());
+}
+
+TEST_F(SocketTest, AssigningClosesWhatWasHeld) {
+  Pair pair = connectedPair();
+  pair.client = Socket();
+  char byte = 0;
+  EXPECT_EQ(pair.server.receive(&byte, 1), 0) << "the peer has closed";
+}
+
+TEST_F(SocketTest, WaitsTellReadableFromTimedOut) {
+  Pair pair = connectedPair();
+  EXPECT_EQ(pair.server.waitReadable(milliseconds(0)), Readiness::timedOut);
+  EXPECT_EQ(pair.server.waitWritable(milliseconds(1000)), Readiness::ready);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(pair.server.waitReadable(milliseconds(150)), Readiness::timedOut);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, milliseconds(140));
+  EXPECT_EQ(pair.client.send("x", 1), 1);
+  EXPECT_EQ(pair.server.waitReadable(waitForever), Readiness::ready);
+  EXPECT_EQ(Socket().waitReadable(milliseconds(0)), Readiness::failed);
+}
+
+TEST_F(SocketTest, AClosedPeerReadsAsZeroAndAResetOneGivesNothing) {
+  Pair closed = connectedPair();
+  closed.client.close();
+  char byte = 0;
+  EXPECT_EQ(closed.server.receive(&byte, 1), 0);
+
+  Pair wasReset = connectedPair();
+  ASSERT_TRUE(wasReset.client.setResetOnClose());
+  wasReset.client.close();
+  EXPECT_EQ(wasReset.server.waitReadable(milliseconds(5000)), Readiness::ready);
+  EXPECT_LE(wasReset.server.receive(&byte, 1), 0);
+  EXPECT_EQ(wasReset.server.send(&byte, 1), -1) << "and no signal ends the process";
+}
+
+TEST_F(SocketTest, ShutdownEndsTheConnectionForThePeer) {
+  Pair pair = connectedPair();
+  EXPECT_TRUE(pair.client.shutdown());
+  char byte = 0;
+  EXPECT_EQ(pair.server.waitReadable(milliseconds(5000)), Readiness::ready);
+  EXPECT_EQ(pair.server.receive(&byte, 1), 0);
+}
+
+TEST_F(SocketTest, ConnectingFailsWhereNothingListens) {
+  Socket unused = Socket::openStream();
+  ASSERT_TRUE(unused.bind({loopback, 0}));
+  EXPECT_FALSE(Socket::openStream().connect(unused.localEndpoint()));
+}
+
+TEST_F(SocketTest, ANonBlockingConnectIsUnderWayAndThenWritable) {
+  Socket listener = Socket::openStream();
+  ASSERT_TRUE(listener.bind({loopback, 0}) && listener.listen(1));
+  Socket client = Socket::openStream();
+  ASSERT_TRUE(client.setNonBlocking(true));
+  EXPECT_TRUE(client.connect(listener.localEndpoint()) || Socket::connectInProgress());
+  EXPECT_EQ(client.waitWritable(milliseconds(5000)), Readiness::ready);
+}
+
+TEST_F(SocketTest, AddressTextsAreReadAsTheSystemReadsThem) {
+  EXPECT_EQ(parseIpv4("192.168.0.10"), 0xC0A8000AU);
+  EXPECT_EQ(parseIpv4("127.0.9"), 0x7F000009U);
+  EXPECT_EQ(parseIpv4("no address"), 0xFFFFFFFFU);
+  EXPECT_EQ(formatIpv4(0xC0A8000A), "192.168.0.10");
+  EXPECT_EQ(formatIpv4(0), "0.0.0.0");
+}
+
+}  // namespace
+
+}  // namespace fringix::platform
