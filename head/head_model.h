@@ -1,29 +1,74 @@
-// A head without its network side: what it is, what it keeps, what its camera sees. Safe to use from several threads.
+// A head without its network side: what it is, what it keeps, what its cameras see. Safe to use from several threads.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <memory>
 #include <mutex>
+#include <optional>
+#include <vector>
 
+#include "head/camera.h"
 #include "head/head_settings.h"
+#include "head/pattern.h"
 #include "head/picture.h"
+#include "head/picture_store.h"
+#include "head/projector.h"
+#include "head/scene.h"
+#include "head/sequence_store.h"
+#include "head/status.h"
 
 namespace fringix::head {
 
 class HeadModel {
  public:
   explicit HeadModel(HeadSettings settings);
+  HeadModel(const HeadModel&) = delete;
+  HeadModel& operator=(const HeadModel&) = delete;
 
   const HeadSettings& settings() const { return settings_; }
 
-  // The camera's current picture. No two are equal: each carries the serial number and the number of the picture, counted from 1.
-  // No pixel is 0, so none is mistaken for the marker of a missing picture. Reuses the memory of `picture`.
-  void takeLivePicture(Picture& picture);
+  // What shines on the scene; null is white light, as at the start.
+  void show(std::shared_ptr<const Pattern> pattern);
+  Status showFromSequence(std::uint32_t id, std::uint32_t index);
+  void setBrightness(double brightness);  // of the lamp, 1 is its usual power
+  void setGain(double gain);              // of the cameras
+
+  // The current picture of a camera, false for a channel that the head does not have. Each picture is labelled with the serial
+  // number and the number of the picture, counted from 1; no pixel is 0. Reuses the memory of `picture`.
+  bool takePicture(std::uint32_t channel, Picture& picture);
+
+  bool storePicture(PictureName name, Picture picture);        // false: no room for it
+  bool loadPicture(PictureName name, Picture& picture) const;  // false: there is none
+
+  Status allocateSequence(std::uint32_t imageCount, std::uint32_t& id);
+  Status freeSequence(std::uint32_t id);
+  Status putImage(std::uint32_t id, std::uint32_t index, Pattern pattern);
+  SequenceImage sequenceImage(std::uint32_t id, std::uint32_t index) const;
+  std::uint32_t imageCount(std::uint32_t id) const;  // 0 for an unknown sequence
+
+  // Shows an image of a sequence and stores a picture of each camera under the image's index.
+  Status measureImage(std::uint32_t id, std::uint32_t index);
+
+  // What measurements answer without measuring, once set: -2 is a failed measurement, 0 lets them work again.
+  void setMeasurementFault(std::int32_t reply);
+  std::int32_t measurementFault() const;
 
  private:
+  void showLocked(std::shared_ptr<const Pattern> pattern);
+  void takeLocked(std::uint32_t channel, Picture& picture);
+
   const HeadSettings settings_;
-  std::mutex mutex_;
-  Picture chart_;  // made for the first picture
+  mutable std::mutex mutex_;
+  Projector projector_;
+  std::array<Camera, channelCount> cameras_;
+  SequenceStore sequences_;
+  PictureStore pictures_;
+  double brightness_ = 1;
+  double gain_ = 1;
+  std::uint64_t lightingVersion_ = 1;
   std::uint64_t picturesTaken_ = 0;
+  std::int32_t measurementFault_ = 0;
 };
 
 }  // namespace fringix::head

@@ -1,6 +1,8 @@
 // What a simulated head is: fixed when it is made.
 #pragma once
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -15,9 +17,15 @@ struct Size {
 struct HeadSettings {
   std::string address = "127.0.0.2";  // where it listens: one of this machine's IPv4 addresses, or 0.0.0.0 for all of them
   std::int32_t serial = 1001;
-  Size camera{1280, 1024};
+  Size camera{1280, 1024};  // of every channel
   Size projector{1280, 800};
   std::int32_t protocolVersion = 3300;  // commands that came with a later version are unknown to the head
+
+  double noise = 1.5;  // standard deviation of the sensor's noise in grey levels, at gain 1
+  std::uint64_t noiseSeed = 1;
+  std::chrono::milliseconds imageTime{10};              // how long a measurement takes for each image
+  std::size_t sequenceMemory = std::size_t{512} << 20;  // bytes for all sequences together
+  std::size_t pictureMemory = std::size_t{1} << 30;     // bytes for all stored pictures together
 };
 
 }  // namespace fringix::head

@@ -9,12 +9,11 @@
 #include <cstdio>
 #include <exception>
 #include <list>
-#include <sstream>
 #include <string>
 
 #include "head/head_server.h"
+#include "head/options.h"
 #include "platform/clock.h"
-#include "platform/socket.h"
 
 namespace {
 
@@ -24,13 +23,6 @@ using head::HeadSettings;
 
 constexpr int failed = 1;
 constexpr int wrongUsage = 2;
-constexpr std::int32_t largestSide = 16384;
-
-struct Options {
-  HeadSettings first;
-  int heads = 1;
-  bool verbose = false;
-};
 
 std::atomic<bool> stopRequested = false;
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may only touch what needs no lock");
@@ -41,52 +33,6 @@ void requestStop(int) { stopRequested = true; }
 void printLine(const std::string& line) {
   std::fputs((line + "\n").c_str(), stdout);
   std::fflush(stdout);
-}
-
-head::Size parseSize(const std::string& text) {
-  head::Size size;
-  char separator = 0;
-  std::istringstream input(text);
-  const bool readable = input >> size.width >> separator >> size.height && separator == 'x' && input.eof();
-  if (!readable || size.width < 1 || size.height < 1 || size.width > largestSide || size.height > largestSide) {
-    throw CLI::ValidationError(fmt::format("\"{}\" is no size: give WIDTHxHEIGHT, each 1 to {}", text, largestSide));
-  }
-  return size;
-}
-
-std::string checkAddress(const std::string& text) {
-  return platform::formatIpv4(platform::parseIpv4(text.c_str())) == text ? "" : fmt::format("\"{}\" is no IPv4 address", text);
-}
-
-Options parseOptions(CLI::App& app, int argc, char** argv) {
-  Options options;
-  HeadSettings& first = options.first;
-  app.add_option("--heads", options.heads, "How many heads; each one after the first has the next address and serial number")
-      ->check(CLI::Range(1, 200))
-      ->capture_default_str();
-  app.add_option("--address", first.address, "IPv4 address of the (first) head; only this machine reaches a loopback address")
-      ->check(CLI::Validator(checkAddress, "IPV4"))
-      ->capture_default_str();
-  app.add_option("--serial", first.serial, "Serial number of the (first) head")->check(CLI::NonNegativeNumber)->capture_default_str();
-  app.add_option_function<std::string>(
-         "--camera", [&](const std::string& text) { first.camera = parseSize(text); }, "Camera size")
-      ->default_str("1280x1024");
-  app.add_option_function<std::string>(
-         "--projector", [&](const std::string& text) { first.projector = parseSize(text); }, "Projector size")
-      ->default_str("1280x800");
-  app.add_option("--protocol", first.protocolVersion, "Protocol version: later commands are unknown to the head")
-      ->check(CLI::NonNegativeNumber)
-      ->capture_default_str();
-  app.add_flag("--verbose", options.verbose, "Print every connection and every command, with time and client");
-  app.parse(argc, argv);
-  return options;
-}
-
-HeadSettings settingsOf(const Options& options, int index) {
-  HeadSettings settings = options.first;
-  settings.address = platform::formatIpv4(platform::parseIpv4(settings.address.c_str()) + static_cast<std::uint32_t>(index));
-  settings.serial += index;
-  return settings;
 }
 
 std::string describe(Happening happening, const std::string& text) {
@@ -113,17 +59,19 @@ head::Observer makeObserver(const HeadSettings& settings, bool verbose) {
   };
 }
 
-void serve(const Options& options) {
+void serve(const head::Options& options) {
   std::list<head::HeadServer> servers;
   for (int i = 0; i < options.heads; ++i) {
     const HeadSettings settings = settingsOf(options, i);
-    servers.emplace_back(settings, makeObserver(settings, options.verbose)).start();
+    auto& server = servers.emplace_back(settings, makeObserver(settings, options.verbose));
+    server.model().setMeasurementFault(options.measurementFault);
+    server.start();
     printLine(fmt::format("head {} at {}: camera {}x{}, projector {}x{}, protocol {}", settings.serial, settings.address,
                           settings.camera.width, settings.camera.height, settings.projector.width, settings.projector.height,
                           settings.protocolVersion));
   }
-  printLine(fmt::format("ready: {} listening on port {}, end with Ctrl-C",
-                        options.heads == 1 ? "1 head" : fmt::format("{} heads", options.heads), head::commandPort));
+  const std::string count = options.heads == 1 ? "1 head" : fmt::format("{} heads", options.heads);
+  printLine(fmt::format("ready: {} listening on port {}, end with Ctrl-C", count, head::commandPort));
   while (!stopRequested) platform::sleepFor(std::chrono::milliseconds(50));
 }
 
@@ -134,7 +82,7 @@ int main(int argc, char** argv) {
   std::signal(SIGINT, requestStop);
   std::signal(SIGTERM, requestStop);
   try {
-    serve(parseOptions(app, argc, argv));
+    serve(head::parseOptions(app, argc, argv));
     return 0;
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : wrongUsage;

@@ -41,8 +41,7 @@ void Session::run() noexcept {
 
 void Session::serve() {
   Wire wire(socket_, stopping_);
-  Picture picture;
-  Call call{model_, wire, picture};
+  Call call{model_, wire};
   wire.writeInt(model_.settings().protocolVersion);
   wire.readInt();  // the client's protocol version: every head serves every client
   while (true) {

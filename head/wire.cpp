@@ -1,9 +1,10 @@
 #include "head/wire.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cstring>
+
+#include "platform/clock.h"
 
 namespace fringix::head {
 
@@ -60,6 +61,14 @@ void Wire::readBytes(std::uint8_t* bytes, std::size_t count) {
   }
 }
 
+void Wire::skip(std::uint64_t count) {
+  std::array<std::uint8_t, bufferSize> bytes{};
+  for (std::uint64_t step = 0; count > 0; count -= step) {
+    step = std::min<std::uint64_t>(count, bytes.size());
+    readBytes(bytes.data(), static_cast<std::size_t>(step));
+  }
+}
+
 void Wire::writeInt(std::int32_t value) {
   std::array<std::uint8_t, 4> bytes{};
   auto rest = static_cast<std::uint32_t>(value);
@@ -79,6 +88,16 @@ void Wire::writeBytes(const std::uint8_t* bytes, std::size_t count) {
 void Wire::flush() {
   send(unsent_.data(), unsent_.size());
   unsent_.clear();
+}
+
+void Wire::pause(std::chrono::milliseconds duration) {
+  flush();
+  const auto end = std::chrono::steady_clock::now() + duration;
+  for (auto rest = duration; rest > rest.zero();
+       rest = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now())) {
+    if (stopping_) throw Disconnected{};
+    platform::sleepFor(std::min(rest, stopInterval));
+  }
 }
 
 std::size_t Wire::takeBuffered(std::uint8_t* bytes, std::size_t count) {

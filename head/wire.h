@@ -1,6 +1,7 @@
 // The head's end of the wire: integers (4 bytes, least significant first), texts (6 characters of length, then the bytes), blocks.
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstddef>
@@ -31,10 +32,20 @@ class Wire {
   std::int32_t readInt();
   std::string readText(std::size_t limit);  // throws ProtocolError when the length is no number or above `limit`
   void readBytes(std::uint8_t* bytes, std::size_t count);
+  void skip(std::uint64_t count);  // reads and forgets
+
+  template <std::size_t count>
+  std::array<std::uint32_t, count> readInts() {
+    std::array<std::uint32_t, count> values{};
+    for (auto& value : values) value = static_cast<std::uint32_t>(readInt());
+    return values;
+  }
 
   void writeInt(std::int32_t value);
   void writeBytes(const std::uint8_t* bytes, std::size_t count);
   void flush();
+
+  void pause(std::chrono::milliseconds duration);  // sends what was written, then waits, unless the head is stopped
 
  private:
   std::size_t takeBuffered(std::uint8_t* bytes, std::size_t count);

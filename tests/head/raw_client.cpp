@@ -15,6 +15,7 @@ constexpr std::uint16_t port = 44330;
 }  // namespace
 
 RawClient::RawClient(const std::string& address) : socket_(platform::Socket::openStream()) {
+  socket_.setNoDelay(true);
   if (!socket_.connect({platform::parseIpv4(address.c_str()), port})) throw std::runtime_error("no head answers at " + address);
 }
 

@@ -3,22 +3,19 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "head/head_server.h"
 #include "raw_client.h"
+#include "running_head.h"
 
 namespace fringix::head {
 namespace {
 
-HeadSettings smallHead() {
-  HeadSettings settings;
-  settings.serial = 4711;
-  settings.camera = {64, 48};
-  settings.projector = {32, 20};
-  settings.protocolVersion = 2600;
+HeadSettings oldHead() {
+  HeadSettings settings = smallHead();
+  settings.protocolVersion = 2599;
   return settings;
 }
 
@@ -54,12 +51,12 @@ class HeadServerTest : public testing::Test {
   void SetUp() override { server.start(); }
 
   Notes notes;
-  HeadServer server{smallHead(), notes.observer()};
+  HeadServer server{oldHead(), notes.observer()};
 };
 
 TEST_F(HeadServerTest, GreetsBeforeTheClientSaysAnything) {
   RawClient client;
-  EXPECT_EQ(client.receiveInt(), 2600);
+  EXPECT_EQ(client.receiveInt(), 2599);
 }
 
 TEST_F(HeadServerTest, TellsItsFacts) {
@@ -74,7 +71,7 @@ TEST_F(HeadServerTest, TellsItsFacts) {
   EXPECT_EQ(client.receiveInt(), 20);
   client.receiveInt();
   client.sendText("20MSG_SLGetProtocolVersion");
-  EXPECT_EQ(client.receiveInt(), 2600);
+  EXPECT_EQ(client.receiveInt(), 2599);
   client.sendText("21MSG_SLGetSerial");
   EXPECT_EQ(client.receiveInt(), 4711);
   client.sendText("22MSG_SLGetPixelDepth");
@@ -104,7 +101,7 @@ TEST_F(HeadServerTest, ServesCommandsThatArriveTogether) {
   client.greet();
   client.sendRaw("    1721MSG_SLGetSerial    2620MSG_SLGetProtocolVersion    1721MSG_SLGetSerial");
   EXPECT_EQ(client.receiveInt(), 4711);
-  EXPECT_EQ(client.receiveInt(), 2600);
+  EXPECT_EQ(client.receiveInt(), 2599);
   EXPECT_EQ(client.receiveInt(), 4711);
 }
 
@@ -126,6 +123,13 @@ TEST_F(HeadServerTest, ClosesOnAnUnknownCommandAndTellsItsName) {
   client.sendText("999MSG_Unheard");
   EXPECT_TRUE(client.closedByHead());
   EXPECT_TRUE(notes.waitFor(Happening::trouble, "999MSG_Unheard"));
+}
+
+TEST_F(HeadServerTest, DoesNotKnowCommandsThatAreNewerThanItsProtocol) {
+  RawClient client;
+  client.greet();
+  client.sendText("224MSG_SLNumberOfChannels");
+  EXPECT_TRUE(client.closedByHead());
 }
 
 TEST_F(HeadServerTest, ClosesOnALengthThatIsNoNumberOrTooLarge) {
@@ -152,18 +156,18 @@ TEST_F(HeadServerTest, StopEndsConnectionsAndFreesThePort) {
   EXPECT_TRUE(idle.closedByHead());
   EXPECT_THROW(RawClient(), std::runtime_error);
   server.start();
-  EXPECT_EQ(RawClient().greet(), 2600);
+  EXPECT_EQ(RawClient().greet(), 2599);
 }
 
 TEST_F(HeadServerTest, StopDoesNotWaitForAClientThatReadsNothing) {
-  HeadSettings settings = smallHead();
+  HeadSettings settings = oldHead();
   settings.address = "127.0.0.3";
-  settings.camera = {4096, 3000};
+  settings.camera = {1280, 1024};
   HeadServer other(settings);
   other.start();
   RawClient client("127.0.0.3");
   client.greet();
-  for (int i = 0; i < 4; ++i) client.sendText("41MSG_SLGetLiveImage");
+  for (int i = 0; i < 40; ++i) client.sendText("41MSG_SLGetLiveImage");
   client.receiveBytes(1);
   const auto begin = std::chrono::steady_clock::now();
   other.stop();
@@ -171,7 +175,7 @@ TEST_F(HeadServerTest, StopDoesNotWaitForAClientThatReadsNothing) {
 }
 
 TEST_F(HeadServerTest, ATakenPortIsAnErrorWithTheAddress) {
-  HeadServer second(smallHead());
+  HeadServer second(oldHead());
   try {
     second.start();
     FAIL() << "two heads listen on one port";
@@ -181,7 +185,7 @@ TEST_F(HeadServerTest, ATakenPortIsAnErrorWithTheAddress) {
 }
 
 TEST_F(HeadServerTest, SeveralHeadsLiveInOneProcess) {
-  HeadSettings settings = smallHead();
+  HeadSettings settings = oldHead();
   settings.address = "127.0.0.3";
   settings.serial = 4712;
   HeadServer neighbour(settings);

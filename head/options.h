@@ -1,0 +1,24 @@
+// The command line of fringix-head.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+
+#include "head/head_settings.h"
+
+namespace fringix::head {
+
+struct Options {
+  HeadSettings first;
+  int heads = 1;
+  std::int32_t measurementFault = 0;
+  bool verbose = false;
+};
+
+// Throws what CLI11 throws; `app` then prints it.
+Options parseOptions(CLI::App& app, int argc, char** argv);
+
+// Of head number `index`, counted from 0: the first one's, with the next address and serial number.
+HeadSettings settingsOf(const Options& options, int index);
+
+}  // namespace fringix::head

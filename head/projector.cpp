@@ -1,0 +1,36 @@
+#include "head/projector.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace fringix::head {
+
+namespace {
+
+std::uint8_t mean(const Colour& colour) { return static_cast<std::uint8_t>((colour.red + colour.green + colour.blue + 1) / 3); }
+
+}  // namespace
+
+void Projector::show(std::shared_ptr<const Pattern> pattern) {
+  shown_ = std::move(pattern);
+  light_.clear();
+}
+
+const std::vector<std::uint8_t>& Projector::light() {
+  if (light_.empty()) computeLight();
+  return light_;
+}
+
+void Projector::computeLight() {
+  const auto pixels = static_cast<std::size_t>(size_.width) * static_cast<std::size_t>(size_.height);
+  light_.assign(pixels + 1, shown_ == nullptr ? 255 : 0);
+  light_.back() = 0;
+  if (shown_ == nullptr) return;
+  const std::int32_t width = std::min(size_.width, shown_->size.width);
+  for (std::int32_t y = 0; y < std::min(size_.height, shown_->size.height); ++y) {
+    const Colour* row = shown_->row(y);
+    std::transform(row, row + width, light_.begin() + std::ptrdiff_t{y} * size_.width, mean);
+  }
+}
+
+}  // namespace fringix::head
