@@ -17,7 +17,7 @@ constexpr std::chrono::milliseconds stopInterval{50};
 platform::Socket listenOn(const std::string& address) {
   platform::Socket listener = platform::Socket::openStream();
   const platform::Ipv4Endpoint local{platform::parseIpv4(address.c_str()), commandPort};
-  if (!listener.setReuseAddress(true) || !listener.bind(local) || !listener.listen(backlog)) {
+  if (!listener.setSoleListener() || !listener.bind(local) || !listener.listen(backlog)) {
     throw std::runtime_error("cannot listen on " + address + " port " + std::to_string(commandPort) +
                              ": another program, perhaps another head, holds the port, or the address is none of this machine's");
   }

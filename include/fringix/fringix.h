@@ -112,16 +112,95 @@ FRINGIX_API const char* SLErrorcodeToChar(int32_t code);
 /* Gives the library's version, 4002. Any thread, any time. */
 FRINGIX_API int32_t QORFringixVersion(void);
 
-/* ---- Pictures ---------------------------------------------------------------------------------------------------------- */
+/* ---- Pattern sequences -------------------------------------------------------------------------------------------------
+ *
+ * A sequence is a numbered list of projector images in the head's memory. The head chooses its id; which ids are valid, how many
+ * sequences fit and what the generation parameters g1 to g4 mean is defined by the head.
+ *
+ * All functions of this section:
+ *
+ * SLSYSTEM_ERROR      the head refused (for example an unknown sequence or no memory left), or the session has lost its connection
+ * SLCONNECTION_ERROR  the connection broke
+ */
+
+/*
+ * Allocates a sequence on the head.
+ *
+ * imageCount  number of images, as the head counts them
+ * sequenceId  out: the head's id for the sequence; 0 when the call fails before the head has given one, untouched when the session
+ *             has no connection; not null
+ */
+FRINGIX_API int32_t SLSeqAlloc(int32_t handle, uint32_t imageCount, uint32_t* sequenceId);
+
+/* Frees a sequence on the head. */
+FRINGIX_API int32_t SLSeqFree(int32_t handle, uint32_t sequenceId);
+
+/*
+ * Stores one image in a sequence: 24 bits per pixel, the size of the projector, rows without a gap.
+ *
+ * data           height * stride bytes, rows from top to bottom; not checked for null
+ * width, height  the projector's size in pixels, see SLGetProjectorSize
+ * stride         bytes from one row to the next: exactly width * 3, padded rows are not accepted
+ * imageIndex     place in the sequence
+ *
+ * SLBAD_PARAMETER  width, height or stride is not the projector's; nothing was sent
+ */
+FRINGIX_API int32_t SLSeqPut(int32_t handle, uint32_t sequenceId, const uint8_t* data, uint32_t width, uint32_t height, uint32_t stride,
+                             uint8_t imageIndex);
+
+/*
+ * Has the head generate patterns in a sequence: Gray code, phase shift, or images. The meaning of g1 to g4 is the head's.
+ *
+ * g2  SLSeqMakeGrayCode: 0 to 23, else SLBAD_PARAMETER and nothing is sent; the other two take any value
+ */
+FRINGIX_API int32_t SLSeqMakeGrayCode(int32_t handle, uint32_t sequenceId, uint8_t g1, uint8_t g2, uint8_t g3, uint8_t g4);
+FRINGIX_API int32_t SLSeqMakePhase(int32_t handle, uint32_t sequenceId, uint8_t g1, uint8_t g2, uint8_t g3, uint8_t g4);
+FRINGIX_API int32_t SLSeqMakeImage(int32_t handle, uint32_t sequenceId, uint8_t g1, uint8_t g2, uint8_t g3, uint8_t g4);
+
+/*
+ * Has the head make one image of a sequence from a single line or column of 8 or 24 bits per pixel.
+ *
+ * imageIndex  place in the sequence
+ * data        `length` bytes; not checked for null
+ * length      bytes; the head decides which lengths fit its projector
+ */
+FRINGIX_API int32_t SLSeqMakeFromLine8(int32_t handle, uint32_t sequenceId, uint8_t imageIndex, const uint8_t* data, uint32_t length);
+FRINGIX_API int32_t SLSeqMakeFromCol8(int32_t handle, uint32_t sequenceId, uint8_t imageIndex, const uint8_t* data, uint32_t length);
+FRINGIX_API int32_t SLSeqMakeFromLine24(int32_t handle, uint32_t sequenceId, uint8_t imageIndex, const uint8_t* data, uint32_t length);
+FRINGIX_API int32_t SLSeqMakeFromCol24(int32_t handle, uint32_t sequenceId, uint8_t imageIndex, const uint8_t* data, uint32_t length);
+
+/* ---- Pictures ----------------------------------------------------------------------------------------------------------
+ *
+ * Live pictures are what the camera sees now; stored pictures were taken by a measurement and have an image index. Cameras are
+ * numbered channels, 0 is the default one. Functions with the suffix Ex name a channel; with channel 0 they do what the function
+ * without the suffix does, on every head, while other channels need protocol version 2600.
+ *
+ * All functions of this section that fetch a picture:
+ *
+ * SLSYSTEM_ERROR      the head has no picture to give (what arrived begins with 0x00 0xFF and stays in the buffer); or the session
+ *                     has lost its connection; or the picture cannot be held, because memory ran out or the head states an
+ *                     impossible camera size: then the connection is dropped, too
+ * SLCONNECTION_ERROR  the connection broke
+ * SLVERSION_TOO_OLD   the head's protocol version is below 2600 and the function needs it, or it could not be fetched
+ */
 
 /*
  * Tells the size of the camera's pictures, or of the projector's patterns, in pixels. Both were asked when the session was opened:
- * no traffic. After the connection was lost the values are 0xFFFFFFFF (unknown).
+ * no traffic, always SLALL_OKAY. After the connection was lost the values are 0xFFFFFFFF (unknown).
  *
  * width, height  out; either may be null and is skipped then
  */
 FRINGIX_API int32_t SLGetCameraSize(int32_t handle, uint32_t* width, uint32_t* height);
 FRINGIX_API int32_t SLGetProjectorSize(int32_t handle, uint32_t* width, uint32_t* height);
+
+/*
+ * Asks the head for the number of its camera channels. Needs protocol version 2600.
+ *
+ * channelCount  out: written also when the head reports a failure after it; null is skipped
+ *
+ * SLSYSTEM_ERROR  the head reported a failure, or the session has lost its connection
+ */
+FRINGIX_API int32_t SLGetNumberOfChannels(int32_t handle, uint32_t* channelCount);
 
 /*
  * Fetches the camera's current picture.
@@ -130,13 +209,63 @@ FRINGIX_API int32_t SLGetProjectorSize(int32_t handle, uint32_t* width, uint32_t
  * width, height  the size of `buffer` in pixels. Where it differs from the camera's, the top left corner of the picture is
  *                delivered in rows of `width` bytes, and the bytes right of and below the picture stay untouched. The whole
  *                picture crosses the network in any case.
- *
- * SLSYSTEM_ERROR      the head has no picture to give (its first two bytes are then 0x00 0xFF); or the session has lost its
- *                     connection; or the picture cannot be held, because memory ran out or the head states an impossible camera
- *                     size: then the connection is dropped, too
- * SLCONNECTION_ERROR  the connection broke
  */
 FRINGIX_API int32_t SLGetLiveImage(int32_t handle, uint8_t* buffer, uint32_t width, uint32_t height);
+FRINGIX_API int32_t SLGetLiveImageEx(int32_t handle, uint32_t channel, uint8_t* buffer, uint32_t width, uint32_t height);
+
+/*
+ * Fetches a region of the current picture.
+ *
+ * buffer                out: roiWidth * roiHeight bytes; not null
+ * roiX, roiY            left and top edge in pixels
+ * roiWidth, roiHeight   size in pixels; an empty region succeeds without traffic
+ *
+ * SLBAD_PARAMETER  the region leaves the camera's picture, or `buffer` is null; nothing was sent
+ */
+FRINGIX_API int32_t SLGetLiveImageROI(int32_t handle, uint8_t* buffer, uint32_t roiX, uint32_t roiY, uint32_t roiWidth,
+                                      uint32_t roiHeight);
+FRINGIX_API int32_t SLGetLiveImageROIEx(int32_t handle, uint32_t channel, uint8_t* buffer, uint32_t roiX, uint32_t roiY,
+                                        uint32_t roiWidth, uint32_t roiHeight);
+
+/*
+ * Fetches the current picture, or a region of it, in reduced resolution: one byte for each cell of factor x factor pixels. Needs
+ * protocol version 2600 on every channel, 0 included.
+ *
+ * buffer  out: (width / factor) * (height / factor) bytes, where width and height are those of the camera or the region; not null
+ * factor  1 or more; must divide width and height
+ *
+ * SLBAD_PARAMETER  the factor does not fit, the region leaves the picture, or `buffer` is null; nothing was sent
+ */
+FRINGIX_API int32_t SLGetLiveImageROILowRes(int32_t handle, uint32_t channel, uint8_t* buffer, uint32_t roiX, uint32_t roiY,
+                                            uint32_t roiWidth, uint32_t roiHeight, int32_t factor);
+FRINGIX_API int32_t SLGetLiveImageLowRes(int32_t handle, uint32_t channel, uint8_t* buffer, uint32_t factor);
+
+/*
+ * Fetches a stored picture.
+ *
+ * imageIndex  number of the picture on the head
+ * buffer      out: camera width * camera height bytes, see SLGetCameraSize; not checked for null
+ *
+ * SLBAD_PARAMETER  SLGetImageIndex, and SLGetImageIndexEx with channel 0: the head has no such picture
+ * SLSYSTEM_ERROR   SLGetImageIndexEx with another channel: the head has no such picture
+ */
+FRINGIX_API int32_t SLGetImageIndex(int32_t handle, uint8_t imageIndex, uint8_t* buffer);
+FRINGIX_API int32_t SLGetImageIndexEx(int32_t handle, uint32_t channel, uint8_t imageIndex, uint8_t* buffer);
+
+/*
+ * Fetches a region of a stored picture.
+ *
+ * buffer               out: roiWidth * roiHeight bytes; not checked for null
+ * roiX, roiY           left and top edge in pixels
+ * roiWidth, roiHeight  size in pixels. Unlike a live region it must not be empty: an empty one ends in SLCONNECTION_ERROR and
+ *                      costs the connection
+ *
+ * SLBAD_PARAMETER  the region leaves the camera's picture; nothing was sent
+ */
+FRINGIX_API int32_t SLGetImageIndexROI(int32_t handle, uint8_t imageIndex, uint8_t* buffer, uint32_t roiX, uint32_t roiY,
+                                       uint32_t roiWidth, uint32_t roiHeight);
+FRINGIX_API int32_t SLGetImageIndexROIEx(int32_t handle, uint32_t channel, uint8_t imageIndex, uint8_t* buffer, uint32_t roiX,
+                                         uint32_t roiY, uint32_t roiWidth, uint32_t roiHeight);
 
 #ifdef __cplusplus
 }

@@ -17,46 +17,12 @@ class AbsentOperations : public ICameraDevice {
   int RemoveEventHandler(EventHandler, void*) override { return SLSYSTEM_ERROR; }
   int CheckSystem(std::int32_t*) override { return SLSYSTEM_ERROR; }
   int GetTemperature(std::int32_t*) override { return SLSYSTEM_ERROR; }
-  int SeqAlloc(std::uint32_t, std::uint32_t*) override { return SLSYSTEM_ERROR; }
-  int SeqFree(std::uint32_t) override { return SLSYSTEM_ERROR; }
-  int SeqPut(std::uint32_t, const std::uint8_t*, std::uint32_t, std::uint32_t, std::uint32_t, std::uint8_t) override {
-    return SLSYSTEM_ERROR;
-  }
-  int SeqMakeGrayCode(std::uint32_t, std::uint8_t, std::uint8_t, std::uint8_t, std::uint8_t) override { return SLSYSTEM_ERROR; }
-  int SeqMakePhase(std::uint32_t, std::uint8_t, std::uint8_t, std::uint8_t, std::uint8_t) override { return SLSYSTEM_ERROR; }
-  int SeqMakeFromLine8(std::uint32_t, std::uint8_t, const std::uint8_t*, std::uint32_t) override { return SLSYSTEM_ERROR; }
-  int SeqMakeFromCol8(std::uint32_t, std::uint8_t, const std::uint8_t*, std::uint32_t) override { return SLSYSTEM_ERROR; }
-  int SeqMakeFromLine24(std::uint32_t, std::uint8_t, const std::uint8_t*, std::uint32_t) override { return SLSYSTEM_ERROR; }
-  int SeqMakeFromCol24(std::uint32_t, std::uint8_t, const std::uint8_t*, std::uint32_t) override { return SLSYSTEM_ERROR; }
-  int CalcGrayCode(std::uint8_t*, std::int32_t, std::uint32_t, std::uint8_t, std::uint8_t, std::uint8_t, std::uint8_t) override {
-    return SLSYSTEM_ERROR;
-  }
-  int SeqMakeImage(std::uint32_t, std::uint8_t, std::uint8_t, std::uint8_t, std::uint8_t) override { return SLSYSTEM_ERROR; }
   int ShowImage24(const std::uint8_t*, std::int32_t, std::int32_t, std::int32_t) override { return SLSYSTEM_ERROR; }
   int ShowImage8(const std::uint8_t*, std::int32_t, std::int32_t, std::int32_t) override { return SLSYSTEM_ERROR; }
   int ShowFromSeq(std::uint32_t, std::uint32_t) override { return SLSYSTEM_ERROR; }
   int GetLEDPowerMinMax(std::int32_t*, std::int32_t*) override { return SLSYSTEM_ERROR; }
   int StartMeasurement(std::uint32_t) override { return SLSYSTEM_ERROR; }
   int StartFromTo(std::uint32_t, std::uint32_t, std::uint32_t) override { return SLSYSTEM_ERROR; }
-  int GetNumberOfChannels(std::uint32_t*) override { return SLSYSTEM_ERROR; }
-  int GetLiveImageEx(std::uint8_t*, std::uint32_t, std::uint32_t, std::uint32_t) override { return SLSYSTEM_ERROR; }
-  int GetLiveImageROI(std::uint8_t*, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t) override { return SLSYSTEM_ERROR; }
-  int GetLiveImageROIEx(std::uint8_t*, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t) override {
-    return SLSYSTEM_ERROR;
-  }
-  int GetLiveImageROILowRes(std::uint8_t*, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t,
-                            std::int32_t) override {
-    return SLSYSTEM_ERROR;
-  }
-  int GetLiveImageLowRes(std::uint8_t*, std::uint32_t, std::uint32_t) override { return SLSYSTEM_ERROR; }
-  int GetImageIndex(std::uint32_t, std::uint8_t*) override { return SLSYSTEM_ERROR; }
-  int GetImageIndexEx(std::uint32_t, std::uint32_t, std::uint8_t*) override { return SLSYSTEM_ERROR; }
-  int GetImageIndexROI(std::uint32_t, std::uint8_t*, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t) override {
-    return SLSYSTEM_ERROR;
-  }
-  int GetImageIndexROIEx(std::uint32_t, std::uint32_t, std::uint8_t*, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t) override {
-    return SLSYSTEM_ERROR;
-  }
   int SetLEDPower(std::int32_t) override { return SLSYSTEM_ERROR; }
   int GetLEDPower(std::int32_t*) override { return SLSYSTEM_ERROR; }
   int GetBrightnessMinMax(std::int32_t*, std::int32_t*) override { return SLSYSTEM_ERROR; }

@@ -5,10 +5,12 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "device/absent_operations.h"
 #include "device/exchange.h"
+#include "device/frame.h"
 #include "device/head_facts.h"
 #include "net/command_channel.h"
 #include "platform/reentrant_lock.h"
@@ -39,7 +41,36 @@ class CameraDevice : public AbsentOperations {
   std::int32_t GetProjectorWidth() override { return facts_.projectorWidth; }
   std::int32_t GetProjectorHeight() override { return facts_.projectorHeight; }
 
+  int SeqAlloc(std::uint32_t imageCount, std::uint32_t* sequenceId) override;
+  int SeqFree(std::uint32_t sequenceId) override;
+  int SeqPut(std::uint32_t sequenceId, const std::uint8_t* data, std::uint32_t width, std::uint32_t height, std::uint32_t stride,
+             std::uint8_t imageIndex) override;
+  int SeqMakeGrayCode(std::uint32_t sequenceId, std::uint8_t g1, std::uint8_t g2, std::uint8_t g3, std::uint8_t g4) override;
+  int SeqMakePhase(std::uint32_t sequenceId, std::uint8_t g1, std::uint8_t g2, std::uint8_t g3, std::uint8_t g4) override;
+  int SeqMakeFromLine8(std::uint32_t sequenceId, std::uint8_t imageIndex, const std::uint8_t* data, std::uint32_t length) override;
+  int SeqMakeFromCol8(std::uint32_t sequenceId, std::uint8_t imageIndex, const std::uint8_t* data, std::uint32_t length) override;
+  int SeqMakeFromLine24(std::uint32_t sequenceId, std::uint8_t imageIndex, const std::uint8_t* data, std::uint32_t length) override;
+  int SeqMakeFromCol24(std::uint32_t sequenceId, std::uint8_t imageIndex, const std::uint8_t* data, std::uint32_t length) override;
+  int CalcGrayCode(std::uint8_t* result, std::int32_t pitch, std::uint32_t height, std::uint8_t g1, std::uint8_t g2, std::uint8_t g3,
+                   std::uint8_t g4) override;
+  int SeqMakeImage(std::uint32_t sequenceId, std::uint8_t g1, std::uint8_t g2, std::uint8_t g3, std::uint8_t g4) override;
+
+  int GetNumberOfChannels(std::uint32_t* channelCount) override;
   int GetLiveImage(std::uint8_t* buffer, std::uint32_t width, std::uint32_t height) override;
+  int GetLiveImageEx(std::uint8_t* buffer, std::uint32_t channel, std::uint32_t width, std::uint32_t height) override;
+  int GetLiveImageROI(std::uint8_t* buffer, std::uint32_t roiX, std::uint32_t roiY, std::uint32_t roiWidth,
+                      std::uint32_t roiHeight) override;
+  int GetLiveImageROIEx(std::uint8_t* buffer, std::uint32_t channel, std::uint32_t roiX, std::uint32_t roiY, std::uint32_t roiWidth,
+                        std::uint32_t roiHeight) override;
+  int GetLiveImageROILowRes(std::uint8_t* buffer, std::uint32_t channel, std::uint32_t roiX, std::uint32_t roiY, std::uint32_t roiWidth,
+                            std::uint32_t roiHeight, std::int32_t factor) override;
+  int GetLiveImageLowRes(std::uint8_t* buffer, std::uint32_t channel, std::uint32_t factor) override;
+  int GetImageIndex(std::uint32_t imageIndex, std::uint8_t* buffer) override;
+  int GetImageIndexEx(std::uint32_t imageIndex, std::uint32_t channel, std::uint8_t* buffer) override;
+  int GetImageIndexROI(std::uint32_t imageIndex, std::uint8_t* buffer, std::uint32_t roiX, std::uint32_t roiY, std::uint32_t roiWidth,
+                       std::uint32_t roiHeight) override;
+  int GetImageIndexROIEx(std::uint32_t imageIndex, std::uint32_t channel, std::uint8_t* buffer, std::uint32_t roiX, std::uint32_t roiY,
+                         std::uint32_t roiWidth, std::uint32_t roiHeight) override;
 
  private:
   friend class Exchange;
@@ -58,6 +89,12 @@ class CameraDevice : public AbsentOperations {
   void HandleChannelFailure();
   void adoptChannel(std::unique_ptr<CommandChannel> channel);
   void dropChannel() noexcept;
+
+  int makeFromPixels(const char* name, std::uint32_t sequenceId, std::uint8_t imageIndex, const std::uint8_t* data, std::uint32_t length);
+
+  std::optional<FrameSize> cameraFrame() const;
+  bool isInsideFrame(const Region& region) const;
+  int receiveWhole(Exchange& exchange, std::uint8_t* buffer, int noPicture);
   int receiveFrame(Exchange& exchange, std::uint8_t* buffer, std::uint32_t width, std::uint32_t height);
 
   platform::ReentrantLock lock_;

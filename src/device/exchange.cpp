@@ -98,8 +98,8 @@ int Exchange::status() {
 
 int Exchange::result() { return requested() ? SLALL_OKAY : *result_; }
 
-int Exchange::picture(const std::uint8_t* pixels, std::size_t size, int noPicture) {
-  const int received = result();
+int Exchange::picture(std::uint8_t* pixels, std::size_t size, int noPicture) {
+  const int received = receiveBytes(pixels, size).result();
   if (received != SLALL_OKAY) return received;
   const bool marked = size >= 2 && pixels[0] == 0x00 && pixels[1] == 0xFF;
   return marked ? noPicture : SLALL_OKAY;

@@ -30,6 +30,8 @@ class Exchange {
  public:
   Exchange(CameraDevice& session, const char* name);
 
+  bool undecided();  // connected, and no step has decided the result
+
   // Checks.
   Exchange& requireFirst(bool condition);  // SLBAD_PARAMETER otherwise, before the connection is looked at
   Exchange& require(bool condition);       // SLBAD_PARAMETER otherwise
@@ -54,13 +56,12 @@ class Exchange {
   // Ends.
   int status();  // the head's status word: 0 gives 0, anything else SLSYSTEM_ERROR
   int result();  // no status word follows
-  // A picture has arrived: `noPicture` when it begins with the two bytes that stand for none.
-  int picture(const std::uint8_t* pixels, std::size_t size, int noPicture = SLSYSTEM_ERROR);
+  // Receives a picture, which no status word follows: `noPicture` when it begins with the two bytes that stand for none.
+  int picture(std::uint8_t* pixels, std::size_t size, int noPicture = SLSYSTEM_ERROR);
   // The reply cannot be taken: what the head still sends would be read as the next reply, so the connection is dropped.
   int abandon(int result);
 
  private:
-  bool undecided();  // connected, and no step has decided the result
   bool requested();  // undecided, and the name is on its way
   void fail();
   CommandChannel& channel();

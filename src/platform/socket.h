@@ -68,9 +68,10 @@ class Socket {
   bool setNonBlocking(bool on) noexcept;
   bool setNoDelay(bool on) noexcept;
   bool setKeepAlive(bool on) noexcept;
-  bool setReuseAddress(bool on) noexcept;
-  bool setResetOnClose() noexcept;  // the next close() resets the connection instead of ending it in order
-  bool shutdown() noexcept;         // ends both directions; whether a blocked receive() returns is up to the system
+  bool setReuseAddress(bool on) noexcept;  // lets several sockets share a port (Windows), or a port in transition be bound again
+  bool setSoleListener() noexcept;         // the port can be bound again soon after its last owner has gone, but has one owner at a time
+  bool setResetOnClose() noexcept;         // the next close() resets the connection instead of ending it in order
+  bool shutdown() noexcept;                // ends both directions; whether a blocked receive() returns is up to the system
 
   // Whether the last failed connect() is still under way (a non-blocking socket).
   static bool connectInProgress() noexcept;

@@ -60,9 +60,9 @@ TEST(TraceTest, ACallBegunInSilenceEndsWithoutItsName) {
 }
 
 struct ExportLines {
-  const char* name;
+  std::string name;
   std::function<void()> call;
-  const char* entry;  // null: this export has no entry line
+  std::string parameters;  // as the entry line shows them; empty: this export has no entry line
 };
 
 class ExportTraceTest : public testing::TestWithParam<ExportLines> {};
@@ -70,38 +70,62 @@ class ExportTraceTest : public testing::TestWithParam<ExportLines> {};
 // With an unknown handle, so that the lines of the session do not come between.
 TEST_P(ExportTraceTest, WritesEntryAndExit) {
   Lines expected;
-  if (GetParam().entry != nullptr) expected.push_back(line(GetParam().entry));
-  expected.push_back(line(std::string("Function ") + GetParam().name + " finished"));
-  EXPECT_EQ(traced(GetParam().call), expected);
+  const auto& [name, call, parameters] = GetParam();
+  if (!parameters.empty()) expected.push_back(line(name + ", Parameter: " + parameters));
+  expected.push_back(line("Function " + name + " finished"));
+  EXPECT_EQ(traced(call), expected);
 }
 
-// A pointer as "%p" prints it here.
-std::string pointerText(const void* pointer) {
+// A null pointer as "%p" prints it here.
+std::string pointerText() {
   char text[32];
-  std::snprintf(text, sizeof text, "%p", pointer);
+  std::snprintf(text, sizeof text, "%p", static_cast<void*>(nullptr));
   return text;
 }
 
-const std::string null = pointerText(nullptr);
-const std::string sizeEntry = ", Parameter: 99, " + null + ", " + null;
-const std::string cameraSizeEntry = "SLGetCameraSize" + sizeEntry;
-const std::string projectorSizeEntry = "SLGetProjectorSize" + sizeEntry;
-const std::string devKeyEntry = "SLGetDevKey, Parameter: 99, " + null;
+const std::string null = pointerText();
+constexpr int no = 99;  // a handle that names no session
 
 INSTANTIATE_TEST_SUITE_P(
     Exports, ExportTraceTest,
-    testing::Values(ExportLines{"SLDevAlloc", [] { SLDevAlloc("127.0.0.9", nullptr); }, nullptr},  // no entry line, on purpose
-                    ExportLines{"SLDevFree", [] { SLDevFree(99); }, "SLDevFree, Parameter: 99"},
-                    ExportLines{"SLGetDevKey", [] { SLGetDevKey(99, nullptr); }, devKeyEntry.c_str()},
-                    ExportLines{"SLErrorcodeToChar", [] { SLErrorcodeToChar(-4); },
-                                "SLErrorcodeToChar, Parameter: -4, 0"},  // a place too many, on purpose
-                    ExportLines{"QORFringixVersion", [] { QORFringixVersion(); }, "QORFringixVersion"},
-                    ExportLines{"SLGetCameraSize", [] { SLGetCameraSize(99, nullptr, nullptr); }, cameraSizeEntry.c_str()},
-                    ExportLines{"SLGetProjectorSize", [] { SLGetProjectorSize(99, nullptr, nullptr); }, projectorSizeEntry.c_str()},
-                    // The buffer is printed as a number, on purpose.
-                    ExportLines{"SLGetLiveImage", [] { SLGetLiveImage(99, nullptr, 640, 480); },
-                                "SLGetLiveImage, Parameter: 99, 0, 640, 480"}),
+    testing::Values(
+        ExportLines{"SLDevAlloc", [] { SLDevAlloc("127.0.0.9", nullptr); }, ""},  // no entry line, on purpose
+        ExportLines{"SLDevFree", [] { SLDevFree(no); }, "99"}, ExportLines{"SLGetDevKey", [] { SLGetDevKey(no, nullptr); }, "99, " + null},
+        ExportLines{"SLErrorcodeToChar", [] { SLErrorcodeToChar(-4); }, "-4, 0"},  // a place too many, on purpose
+        ExportLines{"SLSeqAlloc", [] { SLSeqAlloc(no, 3, nullptr); }, "99, 3, " + null},
+        ExportLines{"SLSeqFree", [] { SLSeqFree(no, 7); }, "99, 7"},
+        ExportLines{"SLSeqPut", [] { SLSeqPut(no, 7, nullptr, 2, 3, 6, 255); }, "99, " + null + ", 2, 3, 6, 255"},  // without the id
+        ExportLines{"SLSeqMakeGrayCode", [] { SLSeqMakeGrayCode(no, 7, 1, 2, 3, 255); }, "99, 7, 1, 2 3, 255"},     // a comma missing
+        ExportLines{"SLSeqMakePhase", [] { SLSeqMakePhase(no, 7, 1, 2, 3, 255); }, "99, 7, 1, 2, 3, 255"},
+        ExportLines{"SLSeqMakeFromLine8", [] { SLSeqMakeFromLine8(no, 7, 8, nullptr, 9); }, "99, 7, 8, " + null + ", 9"},
+        ExportLines{"SLSeqMakeFromCol8", [] { SLSeqMakeFromCol8(no, 7, 8, nullptr, 9); }, "99, 7, 8, " + null + ", 9"},
+        ExportLines{"SLSeqMakeFromLine24", [] { SLSeqMakeFromLine24(no, 7, 8, nullptr, 9); }, "99, 7, 8, " + null + ", 9"},
+        ExportLines{"SLSeqMakeFromCol24", [] { SLSeqMakeFromCol24(no, 7, 8, nullptr, 9); }, "99, 7, 8, " + null + ", 9"},
+        ExportLines{"SLSeqMakeImage", [] { SLSeqMakeImage(no, 7, 1, 2, 3, 4); }, "99, 7, 1, 2, 3"},  // without g4
+        ExportLines{"SLGetCameraSize", [] { SLGetCameraSize(no, nullptr, nullptr); }, "99, " + null + ", " + null},
+        ExportLines{"SLGetProjectorSize", [] { SLGetProjectorSize(no, nullptr, nullptr); }, "99, " + null + ", " + null},
+        ExportLines{"SLGetNumberOfChannels", [] { SLGetNumberOfChannels(no, nullptr); }, "99, " + null},
+        ExportLines{"SLGetLiveImage", [] { SLGetLiveImage(no, nullptr, 640, 480); }, "99, 0, 640, 480"},  // the buffer as a number
+        ExportLines{"SLGetLiveImageEx", [] { SLGetLiveImageEx(no, 1, nullptr, 640, 480); }, "99, 1, 0, 640, 480"},  // here, too
+        ExportLines{"SLGetLiveImageROI", [] { SLGetLiveImageROI(no, nullptr, 1, 2, 3, 4); }, "99, " + null + ", 1, 2, 3, 4"},
+        ExportLines{"SLGetLiveImageROIEx", [] { SLGetLiveImageROIEx(no, 5, nullptr, 1, 2, 3, 4); }, "99, 5, " + null + ", 1, 2, 3, 4"},
+        ExportLines{"SLGetLiveImageROILowRes", [] { SLGetLiveImageROILowRes(no, 5, nullptr, 1, 2, 3, 4, 6); },
+                    "99, 5, " + null + ", 1, 2, 3, 4"},  // without the factor
+        ExportLines{"SLGetLiveImageLowRes", [] { SLGetLiveImageLowRes(no, 5, nullptr, 6); }, "99, 5, " + null + ", 6"},
+        ExportLines{"SLGetImageIndex", [] { SLGetImageIndex(no, 200, nullptr); }, "99, 200, " + null},
+        ExportLines{"SLGetImageIndexEx", [] { SLGetImageIndexEx(no, 5, 200, nullptr); }, "99, 5, 200, " + null},
+        ExportLines{"SLGetImageIndexROI", [] { SLGetImageIndexROI(no, 200, nullptr, 1, 2, 3, 4); }, "99, " + null + ", 1, 2, 3, 4"},
+        ExportLines{"SLGetImageIndexROIEx", [] { SLGetImageIndexROIEx(no, 5, 200, nullptr, 1, 2, 3, 4); },
+                    "99, 5, " + null + ", 1, 2, 3, 4"}),  // both without the image index
     [](const auto& test) { return test.param.name; });
+
+TEST(TraceTest, TheVersionTracesItsNameAlone) {
+  EXPECT_EQ(traced([] { QORFringixVersion(); }), (Lines{line("QORFringixVersion"), line("Function QORFringixVersion finished")}));
+}
+
+TEST(TraceTest, APointerPrintedAsANumberShowsItsLowHalf) {
+  EXPECT_EQ(printedAsInteger(reinterpret_cast<const void*>(std::uintptr_t{0x123456789ABCDEF0})), static_cast<std::int32_t>(0x9ABCDEF0U));
+}
 
 TEST(SessionTraceTest, OpeningAndClosing) {
   ScriptedHead head(handshake());

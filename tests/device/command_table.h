@@ -21,7 +21,8 @@ struct CommandCase {
   Bytes reply = {};    // without the status word
   Bytes written = {};  // what the call leaves at `output`; everything behind stays as it was
   StatusWord statusWord = StatusWord::none;
-  int minimumVersion = 0;  // 0: the command asks for no version
+  int minimumVersion = 0;     // 0: the command asks for no version
+  Bytes writtenOnBreak = {};  // what a broken connection leaves at `output` where the reply had not begun to arrive there
 };
 
 std::ostream& operator<<(std::ostream& out, const CommandCase& row);

@@ -87,6 +87,7 @@ bool Socket::setNonBlocking(bool on) noexcept {
 bool Socket::setNoDelay(bool on) noexcept { return setOption(handle_, IPPROTO_TCP, TCP_NODELAY, int{on}); }
 bool Socket::setKeepAlive(bool on) noexcept { return setOption(handle_, SOL_SOCKET, SO_KEEPALIVE, int{on}); }
 bool Socket::setReuseAddress(bool on) noexcept { return setOption(handle_, SOL_SOCKET, SO_REUSEADDR, int{on}); }
+bool Socket::setSoleListener() noexcept { return setReuseAddress(true); }
 bool Socket::setResetOnClose() noexcept { return setOption(handle_, SOL_SOCKET, SO_LINGER, linger{1, 0}); }
 bool Socket::shutdown() noexcept { return ::shutdown(handle_, SHUT_RDWR) == 0; }
 
