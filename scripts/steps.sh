@@ -1,0 +1,71 @@
+# What the commands of ./run are made of.
+# shellcheck shell=sh
+
+step() { echo "== $*"; }
+
+refuse() {
+  echo "$1" >&2
+  usage >&2
+  exit 2
+}
+
+packages_for() { # PURPOSE
+  case $1 in
+    linux) echo cmake ninja-build ccache g++ zlib1g-dev libcli11-dev libfmt-dev nlohmann-json3-dev googletest ;;
+    windows) packages_for linux && echo g++-mingw-w64-x86-64-posix libz-mingw-w64-dev llvm ;;
+    isolation) echo iproute2 ;;
+    tests) packages_for isolation ;;
+    wine) echo wine64 ;;
+    format) echo clang-format ;;
+    lint) echo clang-tidy shellcheck ;;
+  esac
+}
+
+is_installed() { [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
+
+install_for() { # PURPOSE...
+  missing=''
+  for purpose; do
+    for package in $(packages_for "$purpose"); do
+      is_installed "$package" || missing="$missing $package"
+    done
+  done
+  [ -n "$missing" ] || return 0
+  if [ "$(id -u)" != 0 ]; then
+    echo "packages are missing; as root: apt-get install --no-install-recommends$missing" >&2
+    exit 1
+  fi
+  step "installing$missing"
+  # shellcheck disable=SC2086
+  quietly apt-get.log sh -c 'apt-get update && DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$@"' sh $missing
+}
+
+# Keeps a command's output in build/LOG and shows it when the command fails.
+quietly() { # LOG COMMAND...
+  mkdir -p build
+  log=build/$1
+  shift
+  "$@" >"$log" 2>&1 || {
+    status=$?
+    cat "$log" >&2
+    exit "$status"
+  }
+}
+
+build() { # PRESET TARGET...
+  preset=$1
+  shift
+  step "building $preset"
+  quietly "$preset-configure.log" cmake --preset "$preset"
+  quietly "$preset-build.log" cmake --build --preset "$preset" --target "$@" -- --quiet
+}
+
+install_tree() { # PLATFORM
+  step "installing into dist/$1"
+  rm -rf "dist/$1"
+  quietly "$1-install.log" cmake --install "build/$1" --strip
+}
+
+list_sources() {
+  find src include head tools tests bench examples -name '*.c' -o -name '*.h' -o -name '*.cpp' -o -name '*.hpp'
+}

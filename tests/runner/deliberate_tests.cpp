@@ -1,0 +1,33 @@
+// Suites that end in every way a suite can end. The runner's self-test expects each ending to be told as what it is.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
+TEST(Passes, First) {}
+TEST(Passes, Second) {}
+
+TEST(Fails, Passes) {}
+TEST(Fails, Fails) { FAIL() << "on \"purpose\" & <so>"; }
+
+TEST(Skips, Skips) { GTEST_SKIP() << "for a reason"; }
+TEST(Skips, DISABLED_Sleeps) { FAIL(); }
+
+TEST(Crashes, Passes) {}
+TEST(Crashes, Crashes) { std::abort(); }
+
+// Leaves the program early with the status of success.
+TEST(Leaves, Leaves) { std::_Exit(0); }
+TEST(Leaves, NeverRuns) {}
+
+TEST(Hangs, Hangs) { std::this_thread::sleep_for(std::chrono::hours(1)); }
+
+// All cases pass, then the program fails while it ends.
+TEST(FailsAtExit, Passes) {
+  std::atexit([] { std::_Exit(3); });
+}
+
+class Takes : public testing::TestWithParam<int> {};
+TEST_P(Takes, OddNumbers) { EXPECT_EQ(GetParam() % 2, 1); }
+INSTANTIATE_TEST_SUITE_P(Each, Takes, testing::Values(1, 2));
