@@ -62,6 +62,14 @@ struct Size {
   std::uint32_t height = 0;
 };
 
+// A part of a picture, in pixels from its top left corner.
+struct Region {
+  std::uint32_t x = 0;
+  std::uint32_t y = 0;
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+};
+
 // A gray picture: 1 byte per pixel, rows from top to bottom without gaps.
 struct Image {
   // What resize() gives at most: a size comes from the head, and a broken one may state anything.
@@ -70,6 +78,9 @@ struct Image {
   std::uint32_t width = 0;
   std::uint32_t height = 0;
   std::vector<std::uint8_t> pixels;
+
+  Image() = default;
+  explicit Image(Size size) { resize(size); }
 
   // Takes on a size and keeps the memory that it already has; throws std::length_error above maximumPixels.
   void resize(Size size) {
@@ -80,6 +91,13 @@ struct Image {
     width = size.width;
     height = size.height;
   }
+};
+
+// A projector image: 3 bytes per pixel, rows from top to bottom without gaps.
+struct RgbImage {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  std::vector<std::uint8_t> pixels;
 };
 
 struct Key {
@@ -124,15 +142,76 @@ class Device {
   Size cameraSize() const { return size("SLGetCameraSize", SLGetCameraSize); }
   Size projectorSize() const { return size("SLGetProjectorSize", SLGetProjectorSize); }
 
-  // The camera's current picture. The second form reuses the memory of `image`.
-  Image liveImage() const {
+  // Camera pictures, live and stored on the head. Channel 0 is the default camera; others need a head of protocol version 2600.
+  std::uint32_t channelCount() const { return get<std::uint32_t>("SLGetNumberOfChannels", SLGetNumberOfChannels); }
+
+  Image liveImage(std::uint32_t channel = 0) const {
     Image image;
-    liveImage(image);
+    liveImage(image, channel);
     return image;
   }
-  void liveImage(Image& image) const {
+  void liveImage(Image& image, std::uint32_t channel = 0) const {  // reuses the memory of `image`
     image.resize(cameraSize());
-    call("SLGetLiveImage", SLGetLiveImage, image.pixels.data(), image.width, image.height);
+    call("SLGetLiveImageEx", SLGetLiveImageEx, channel, image.pixels.data(), image.width, image.height);
+  }
+  Image liveRegion(Region part, std::uint32_t channel = 0) const {
+    Image image(Size{part.width, part.height});
+    call("SLGetLiveImageROIEx", SLGetLiveImageROIEx, channel, image.pixels.data(), part.x, part.y, part.width, part.height);
+    return image;
+  }
+
+  // In reduced resolution: one pixel for each cell of `factor` x `factor`; `factor` divides width and height. Needs 2600.
+  Image liveLowRes(std::uint32_t factor, std::uint32_t channel = 0) const {
+    Image image(reduced(cameraSize(), factor));
+    call("SLGetLiveImageLowRes", SLGetLiveImageLowRes, channel, image.pixels.data(), factor);
+    return image;
+  }
+  Image liveRegionLowRes(Region part, std::int32_t factor, std::uint32_t channel = 0) const {
+    Image image(reduced({part.width, part.height}, static_cast<std::uint32_t>(factor)));
+    call("SLGetLiveImageROILowRes", SLGetLiveImageROILowRes, channel, image.pixels.data(), part.x, part.y, part.width, part.height, factor);
+    return image;
+  }
+
+  Image storedImage(std::uint8_t index, std::uint32_t channel = 0) const {
+    Image image(cameraSize());
+    call("SLGetImageIndexEx", SLGetImageIndexEx, channel, index, image.pixels.data());
+    return image;
+  }
+  Image storedRegion(std::uint8_t index, Region part, std::uint32_t channel = 0) const {
+    Image image(Size{part.width, part.height});
+    call("SLGetImageIndexROIEx", SLGetImageIndexROIEx, channel, index, image.pixels.data(), part.x, part.y, part.width, part.height);
+    return image;
+  }
+
+  // Pattern sequences. The head gives the number of a sequence and decides what g1 to g4 mean.
+  std::uint32_t allocateSequence(std::uint32_t imageCount) const { return get<std::uint32_t>("SLSeqAlloc", SLSeqAlloc, imageCount); }
+  void freeSequence(std::uint32_t id) const { call("SLSeqFree", SLSeqFree, id); }
+  void putImage(std::uint32_t id, std::uint8_t index, const RgbImage& image) const {
+    if (image.pixels.size() != std::uint64_t{image.width} * image.height * 3) throw Error("SLSeqPut", SLBAD_PARAMETER);
+    call("SLSeqPut", SLSeqPut, id, image.pixels.data(), image.width, image.height, image.width * 3, index);
+  }
+  void makeGrayCode(std::uint32_t id, std::uint8_t g1, std::uint8_t g2, std::uint8_t g3, std::uint8_t g4) const {
+    call("SLSeqMakeGrayCode", SLSeqMakeGrayCode, id, g1, g2, g3, g4);
+  }
+  void makePhase(std::uint32_t id, std::uint8_t g1, std::uint8_t g2, std::uint8_t g3, std::uint8_t g4) const {
+    call("SLSeqMakePhase", SLSeqMakePhase, id, g1, g2, g3, g4);
+  }
+  void makeImage(std::uint32_t id, std::uint8_t g1, std::uint8_t g2, std::uint8_t g3, std::uint8_t g4) const {
+    call("SLSeqMakeImage", SLSeqMakeImage, id, g1, g2, g3, g4);
+  }
+
+  // Patterns made from one line or one column of 8-bit pixels or of 24-bit pixels (3 bytes each).
+  void makeFromLine8(std::uint32_t id, std::uint8_t index, const std::vector<std::uint8_t>& bytes) const {
+    send("SLSeqMakeFromLine8", SLSeqMakeFromLine8, id, index, bytes);
+  }
+  void makeFromColumn8(std::uint32_t id, std::uint8_t index, const std::vector<std::uint8_t>& bytes) const {
+    send("SLSeqMakeFromCol8", SLSeqMakeFromCol8, id, index, bytes);
+  }
+  void makeFromLine24(std::uint32_t id, std::uint8_t index, const std::vector<std::uint8_t>& bytes) const {
+    send("SLSeqMakeFromLine24", SLSeqMakeFromLine24, id, index, bytes);
+  }
+  void makeFromColumn24(std::uint32_t id, std::uint8_t index, const std::vector<std::uint8_t>& bytes) const {
+    send("SLSeqMakeFromCol24", SLSeqMakeFromCol24, id, index, bytes);
   }
 
  private:
@@ -153,6 +232,12 @@ class Device {
     return value;
   }
 
+  // One command whose last parameters are bytes and their number.
+  template <class Function>
+  void send(const char* operation, Function function, std::uint32_t id, std::uint8_t index, const std::vector<std::uint8_t>& bytes) const {
+    call(operation, function, id, index, bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+  }
+
   template <class Function>
   Size size(const char* operation, Function function) const {
     Size size;
@@ -160,6 +245,8 @@ class Device {
     if (size.width == unknownSize || size.height == unknownSize) throw Error(operation, SLSYSTEM_ERROR);
     return size;
   }
+
+  static Size reduced(Size size, std::uint32_t factor) { return factor == 0 ? Size{} : Size{size.width / factor, size.height / factor}; }
 
   std::int32_t handle_ = closedHandle;
 };

@@ -18,10 +18,9 @@ std::string complaint(const std::string& path) {
   return "writable";
 }
 
-TEST(NumberedPath, SingleFileKeepsItsName) { EXPECT_EQ(numberedPath("live.png", 1, 1), "live.png"); }
-
 TEST(NumberedPath, NumbersHaveTheDigitsOfTheLastOne) {
   EXPECT_EQ(numberedPath("live.png", 7, 9), "live-7.png");
+  EXPECT_EQ(numberedPath("live.png", 0, 0), "live-0.png");
   EXPECT_EQ(numberedPath("live.png", 7, 10), "live-07.png");
   EXPECT_EQ(numberedPath("live.png", 100, 100), "live-100.png");
 }

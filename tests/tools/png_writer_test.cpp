@@ -61,6 +61,14 @@ TEST(PngWriter, WholeCameraPicture) {
   EXPECT_EQ(decoded(encodePngGray8(1280, 1024, pixels)).samples, pixels);
 }
 
+TEST(PngWriter, PatternsPackWell) {
+  std::vector<std::uint8_t> stripes(1280 * 800);
+  for (std::size_t i = 0; i < stripes.size(); ++i) stripes[i] = i % 16 < 8 ? 255 : 0;
+  const auto file = encodePngGray8(1280, 800, stripes);
+  EXPECT_LT(file.size(), 10'000U);
+  EXPECT_EQ(decoded(file).samples, stripes);
+}
+
 TEST(PngWriter, RefusesPixelsOfAnotherSize) {
   const auto pixels = noise(12);
   EXPECT_THROW(encodePngGray8(3, 5, pixels), std::invalid_argument);

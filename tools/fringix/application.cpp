@@ -16,12 +16,15 @@ namespace {
 struct Subcommand {
   const char* name;
   const char* summary;
-  void (*define)(CLI::App& app, const Context& context);
+  void (*define)(CLI::App& app, Context& context);
 };
 
 constexpr Subcommand subcommands[] = {
     {"info", "Show what a head says of itself", defineInfo},
-    {"live", "Fetch the camera's current picture as PNG", defineLive},
+    {"live", "Fetch the camera's current picture", defineLive},
+    {"picture", "Fetch a picture that the head has stored", definePicture},
+    {"pattern", "Fill the head with projector patterns", definePattern},
+    {"sheet", "Put PNG pictures on one labelled sheet", defineSheet},
 };
 
 constexpr const char* blockingNote =
@@ -31,9 +34,15 @@ std::string checkAddress(std::string text) {
   return CLI::ValidIPV4(text).empty() ? "" : fmt::format("\"{}\" is no IPv4 address such as 192.168.0.10", text);
 }
 
+// Whether a subcommand had to follow and none did.
+bool misses(const CLI::App* app) {
+  while (!app->get_subcommands().empty()) app = app->get_subcommands().front();
+  return app->get_require_subcommand_min() > 0;
+}
+
 std::string usageFailure(const CLI::App* app, const CLI::Error& error) {
-  const std::vector<std::string> unexpected = app->remaining();
-  const bool unknownSubcommand = app->get_subcommands().empty() && !unexpected.empty();
+  const std::vector<std::string> unexpected = app->remaining(true);
+  const bool unknownSubcommand = misses(app) && !unexpected.empty();
   const std::string what = unknownSubcommand ? fmt::format("\"{}\" is no subcommand", unexpected.front()) : error.what();
   return fmt::format("fringix: {}\n  \"fringix --help\" lists the subcommands, \"fringix SUBCOMMAND --help\" the options of one.\n", what);
 }
@@ -48,16 +57,6 @@ void defineGlobalOptions(CLI::App& app) {
   app.footer("\"fringix SUBCOMMAND --help\" tells the options of one.\nExit code: 0 success, 1 failure, 2 wrong usage.");
 }
 
-void defineSubcommand(CLI::App& app, const Subcommand& subcommand, Context& context) {
-  CLI::App* child = app.add_subcommand(subcommand.name, subcommand.summary);
-  child->add_option("ADDRESS", context.address, "IPv4 address of the head, such as 192.168.0.10")
-      ->required()
-      ->check(CLI::Validator(checkAddress, ""))
-      ->type_name("");
-  child->footer(blockingNote);
-  subcommand.define(*child, context);
-}
-
 int fail(const Explanation& explanation) {
   fmt::print(stderr, "fringix: {}\n", explanation.what);
   if (!explanation.next.empty()) fmt::print(stderr, "  {}\n", explanation.next);
@@ -65,6 +64,14 @@ int fail(const Explanation& explanation) {
 }
 
 }  // namespace
+
+void addAddress(CLI::App& app, Context& context) {
+  app.add_option("ADDRESS", context.address, "IPv4 address of the head, such as 192.168.0.10")
+      ->required()
+      ->check(CLI::Validator(checkAddress, ""))
+      ->type_name("");
+  app.footer(blockingNote);
+}
 
 Device openHead(const Context& context) {
   const TransientLine line(stderr, isTerminal(stderr), fmt::format("connecting to {}:{} ...", context.address, commandPort));
@@ -75,7 +82,7 @@ int run(int argc, const char* const* argv) {
   Context context;
   CLI::App app("Talks to network-attached structured-light 3D sensor heads.", "fringix");
   defineGlobalOptions(app);
-  for (const Subcommand& subcommand : subcommands) defineSubcommand(app, subcommand, context);
+  for (const Subcommand& subcommand : subcommands) subcommand.define(*app.add_subcommand(subcommand.name, subcommand.summary), context);
   try {
     app.parse(argc, argv);
     return 0;

@@ -12,7 +12,8 @@ namespace {
 constexpr std::string_view anyOperation;
 constexpr std::int32_t anyCode = SLALL_OKAY;
 
-// The first row that fits counts. Texts may name {address}, {port} and {operation}.
+// Rows speak of operations that begin with the same letters; the first one that fits counts. Texts may name {address}, {port} and
+// {operation}.
 struct Row {
   std::string_view operation;
   std::int32_t code;
@@ -27,8 +28,21 @@ constexpr Row rows[] = {
      "Check that this is the head's address. If it is, switch the head off and on again."},
     {"SLDevAlloc", SLSYSTEM_ERROR, "the head at {address} reports a failure when asked for its camera",
      "Switch the head off and on again."},
+    {"SLGetLiveImageROI", SLBAD_PARAMETER, "the region does not lie within the picture, or the factor does not divide its sides",
+     "\"fringix info {address}\" shows the size of the camera's pictures."},
+    {"SLGetLiveImageLowRes", SLBAD_PARAMETER, "the factor does not divide the sides of the camera's pictures",
+     "\"fringix info {address}\" shows their size."},
     {"SLGetLiveImage", SLSYSTEM_ERROR, "the head at {address} has no picture to give",
      "Wait a moment and try again. If it stays so, switch the head off and on again."},
+    {"SLGetImageIndexROI", SLBAD_PARAMETER, "the region does not lie within the picture",
+     "\"fringix info {address}\" shows the size of the camera's pictures."},
+    {"SLGetImageIndex", SLBAD_PARAMETER, "the head at {address} has no such picture", "Check its number and the camera channel."},
+    {"SLGetImageIndex", SLSYSTEM_ERROR, "the head at {address} has no such picture", "Check its number and the camera channel."},
+    {"SLSeqAlloc", SLSYSTEM_ERROR, "the head at {address} does not allocate such a sequence",
+     "Ask for fewer images, or free sequences that are no longer needed."},
+    {"SLSeqMakeGrayCode", SLBAD_PARAMETER, "the second number of a Gray code is above 23", "Give 0 to 23."},
+    {"SLSeq", SLSYSTEM_ERROR, "the head at {address} refuses {operation}",
+     "Check that the sequence exists and has such an image, and the numbers: what they mean is the head's business."},
     {anyOperation, SLCONNECTION_ERROR, "the connection to the head at {address} broke during {operation}",
      "Check the cable and that the head is on, then run the command again."},
     {anyOperation, SLSYSTEM_ERROR, "the head at {address} reports a failure of {operation}",
@@ -46,7 +60,7 @@ constexpr Row rows[] = {
 };
 
 bool fits(const Row& row, const Error& error) {
-  return (row.operation == anyOperation || row.operation == error.operation()) && (row.code == anyCode || row.code == error.code());
+  return std::string_view(error.operation()).starts_with(row.operation) && (row.code == anyCode || row.code == error.code());
 }
 
 }  // namespace

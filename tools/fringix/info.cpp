@@ -46,7 +46,8 @@ void printJson(const Facts& facts) {
 
 }  // namespace
 
-void defineInfo(CLI::App& app, const Context& context) {
+void defineInfo(CLI::App& app, Context& context) {
+  addAddress(app, context);
   const auto json = std::make_shared<bool>(false);
   app.add_flag("--json", *json, "Print JSON instead of a table");
   app.callback([json, &context] {

@@ -1,71 +1,48 @@
-#include <fmt/format.h>
-
-#include <chrono>
 #include <memory>
 
 #include "output_file.h"
-#include "png_writer.h"
-#include "progress_bar.h"
+#include "picture_options.h"
+#include "picture_series.h"
 #include "subcommand.h"
-#include "terminal.h"
 
 namespace fringix::tool {
 namespace {
 
-using Seconds = std::chrono::duration<double>;
-
 struct LiveOptions {
-  std::string output = "live.png";
+  PictureOptions picture{"live.png", 0, {}};
   std::size_t count = 1;
+  std::uint32_t factor = 1;
 };
 
-Seconds timed(const auto& work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::steady_clock::now() - start;
-}
-
-// Fetches and writes one picture after the other; gives the time that fetching alone took.
-Seconds fetchAll(const Device& device, const LiveOptions& options, Image& image) {
-  ProgressBar bar(stderr, options.count > 1 && isTerminal(stderr), options.count);
-  Seconds fetching{};
-  for (std::size_t i = 1; i <= options.count; ++i) {
-    fetching += timed([&] { device.liveImage(image); });
-    writeFile(numberedPath(options.output, i, options.count), encodePngGray8(image.width, image.height, image.pixels));
-    bar.advance();
+Image fetchLive(const Device& device, const LiveOptions& options) {
+  const std::uint32_t channel = options.picture.channel;
+  if (const auto& region = options.picture.region) {
+    return options.factor == 1 ? device.liveRegion(*region, channel)
+                               : device.liveRegionLowRes(*region, static_cast<std::int32_t>(options.factor), channel);
   }
-  return fetching;
+  return options.factor == 1 ? device.liveImage(channel) : device.liveLowRes(options.factor, channel);
 }
 
-void report(const LiveOptions& options, const Image& image, Seconds fetching, Seconds total) {
-  if (options.count == 1) {
-    fmt::print("{}: {} x {} pixels, fetched in {:.1f} ms\n", options.output, image.width, image.height, fetching.count() * 1000);
-    return;
-  }
-  const auto rate = [&](Seconds time) { return static_cast<double>(options.count) / time.count(); };
-  fmt::print("{} to {}: {} x {} pixels\n", numberedPath(options.output, 1, options.count),
-             numberedPath(options.output, options.count, options.count), image.width, image.height);
-  fmt::print("{} pictures, {:.1f} frames/s fetched, {:.1f} frames/s with writing the files\n", options.count, rate(fetching), rate(total));
-}
-
-void fetchLive(const LiveOptions& options, const Context& context) {
-  requireWritable(numberedPath(options.output, 1, options.count));
-  const Device device = openHead(context);
-  Image image;
-  Seconds fetching{};
-  const Seconds total = timed([&] { fetching = fetchAll(device, options, image); });
-  report(options, image, fetching, total);
+void fetchLivePictures(const LiveOptions& options, const Context& context) {
+  const auto path = [&](std::size_t i) {
+    return options.count == 1 ? options.picture.output : numberedPath(options.picture.output, i + 1, options.count);
+  };
+  fetchSeries({options.count, path, [&](const Device& device, std::size_t) { return fetchLive(device, options); }}, context);
 }
 
 }  // namespace
 
-void defineLive(CLI::App& app, const Context& context) {
+void defineLive(CLI::App& app, Context& context) {
   const auto options = std::make_shared<LiveOptions>();
-  app.add_option("-o,--output", options->output, "PNG file to write, live.png unless told otherwise")->type_name("FILE");
+  addAddress(app, context);
+  addPictureOptions(app, options->picture);
   app.add_option("-n,--count", options->count, "How many pictures to fetch, 1 to 999999; several files are numbered: live-01.png ...")
       ->type_name("N")
       ->check(CLI::Range(std::size_t{1}, std::size_t{999999}).description(""));
-  app.callback([options, &context] { fetchLive(*options, context); });
+  app.add_option("--factor", options->factor, "Reduce the picture by this factor, which divides its width and height")
+      ->type_name("N")
+      ->check(CLI::Range(1U, 65536U).description(""));
+  app.callback([options, &context] { fetchLivePictures(*options, context); });
 }
 
 }  // namespace fringix::tool

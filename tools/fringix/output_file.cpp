@@ -44,13 +44,12 @@ void writeFile(const std::string& path, const std::vector<std::uint8_t>& bytes) 
   if (!written || !closed) refuse(path, errno);
 }
 
-std::string numberedPath(const std::string& path, std::size_t index, std::size_t count) {
-  if (count <= 1) return path;
-  const std::string number = fmt::format("-{:0{}}", index, fmt::formatted_size("{}", count));
+std::string numberedPath(const std::string& path, std::size_t number, std::size_t last) {
+  const std::string suffix = fmt::format("-{:0{}}", number, fmt::formatted_size("{}", last));
   const std::size_t name = path.find_last_of("/\\") + 1;  // npos + 1 is 0: the whole path is the name
   const std::size_t dot = path.rfind('.');
   const bool hasExtension = dot != std::string::npos && dot > name;
-  return hasExtension ? path.substr(0, dot) + number + path.substr(dot) : path + number;
+  return hasExtension ? path.substr(0, dot) + suffix + path.substr(dot) : path + suffix;
 }
 
 }  // namespace fringix::tool

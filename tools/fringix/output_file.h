@@ -13,8 +13,8 @@ void requireWritable(const std::string& path);
 
 void writeFile(const std::string& path, const std::vector<std::uint8_t>& bytes);
 
-// The name of the `index`th of `count` files, counted from 1: "live.png" becomes "live-07.png" where there are 10 to 99 of them.
-// A single file keeps its name.
-std::string numberedPath(const std::string& path, std::size_t index, std::size_t count);
+// The name of one file of a series, with as many digits as the last one's number: "live.png" becomes "live-07.png" when `last` is
+// 10 to 99.
+std::string numberedPath(const std::string& path, std::size_t number, std::size_t last);
 
 }  // namespace fringix::tool

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <memory>
 #include <new>
 #include <stdexcept>
 #include <string_view>
@@ -55,11 +56,20 @@ Bytes filterRows(std::span<const std::uint8_t> samples, std::size_t rowBytes) {
   return filtered;
 }
 
-Bytes deflated(const Bytes& data) {
-  Bytes packed(compressBound(static_cast<uLong>(data.size())));
-  uLongf size = static_cast<uLongf>(packed.size());
-  if (compress2(packed.data(), &size, data.data(), static_cast<uLong>(data.size()), Z_BEST_SPEED) != Z_OK) throw std::bad_alloc();
-  packed.resize(size);
+// Packs runs only: the differences of a noisy picture have no repetitions that are worth a search, those of a pattern are runs.
+Bytes deflated(Bytes data) {
+  constexpr int windowBits = 15;
+  constexpr int memoryLevel = 9;
+  z_stream stream{};
+  if (deflateInit2(&stream, Z_BEST_SPEED, Z_DEFLATED, windowBits, memoryLevel, Z_RLE) != Z_OK) throw std::bad_alloc();
+  const std::unique_ptr<z_stream, decltype(&deflateEnd)> ended(&stream, deflateEnd);
+  Bytes packed(deflateBound(&stream, static_cast<uLong>(data.size())));
+  stream.next_in = data.data();
+  stream.avail_in = static_cast<uInt>(data.size());
+  stream.next_out = packed.data();
+  stream.avail_out = static_cast<uInt>(packed.size());
+  if (deflate(&stream, Z_FINISH) != Z_STREAM_END) throw std::runtime_error("zlib cannot pack the picture");
+  packed.resize(stream.total_out);
   return packed;
 }
 

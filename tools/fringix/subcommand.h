@@ -15,7 +15,13 @@ struct Context {
 // Opens the session with the head named on the command line. On a terminal a line says so while it blocks.
 Device openHead(const Context& context);
 
-void defineInfo(CLI::App& app, const Context& context);
-void defineLive(CLI::App& app, const Context& context);
+// Adds the ADDRESS argument of a subcommand that talks to a head, and to its help what there is to know about connecting.
+void addAddress(CLI::App& app, Context& context);
+
+void defineInfo(CLI::App& app, Context& context);
+void defineLive(CLI::App& app, Context& context);
+void definePattern(CLI::App& app, Context& context);
+void definePicture(CLI::App& app, Context& context);
+void defineSheet(CLI::App& app, Context& context);
 
 }  // namespace fringix::tool
