@@ -39,6 +39,61 @@ void croppedPictureByHand(MinimalClient& client, const Head& head, std::uint8_t*
   for (std::size_t row = 0; row < croppedHeight; ++row) std::memcpy(buffer + row * croppedWidth, frame + row * head.width, croppedWidth);
 }
 
+constexpr std::uint8_t imageIndex = 3;
+
+std::int32_t storedPicture(std::int32_t handle, const Head&, std::uint8_t* buffer) { return SLGetImageIndex(handle, imageIndex, buffer); }
+
+void storedPictureByHand(MinimalClient& client, const Head& head, std::uint8_t* buffer) {
+  client.command("43MSG_SLGetImageIndex");
+  client.block(imageIndex);
+  client.receive(buffer, head.pixels());
+}
+
+struct Region {
+  std::uint32_t x, y, width, height;
+};
+constexpr Region centre{320, 256, 640, 512};
+constexpr std::size_t centrePixels = std::size_t{centre.width} * centre.height;
+
+std::int32_t region(std::int32_t handle, const Head&, std::uint8_t* buffer) {
+  return SLGetLiveImageROI(handle, buffer, centre.x, centre.y, centre.width, centre.height);
+}
+
+void regionByHand(MinimalClient& client, const Head&, std::uint8_t* buffer) {
+  client.command("42MSG_SLGetLiveImageROI");
+  client.block(centre.x, centre.y, centre.width, centre.height);
+  client.receive(buffer, centrePixels);
+}
+
+constexpr std::uint32_t channel = 0;
+constexpr std::uint32_t factor = 4;
+constexpr std::size_t reducedPixels = megapixel.pixels() / factor / factor;
+
+std::int32_t reducedPicture(std::int32_t handle, const Head&, std::uint8_t* buffer) {
+  return SLGetLiveImageLowRes(handle, channel, buffer, factor);
+}
+
+void reducedPictureByHand(MinimalClient& client, const Head&, std::uint8_t* buffer) {
+  client.command("225MSG_SLGetLiveImageLowRes");
+  client.block(factor, channel);
+  client.receive(buffer, reducedPixels);
+}
+
+constexpr std::uint32_t sequence = 7;
+constexpr std::uint32_t patternStride = Head::projectorWidth * 3;
+constexpr std::size_t patternBytes = std::size_t{patternStride} * Head::projectorHeight;
+
+std::int32_t patternUpload(std::int32_t handle, const Head&, std::uint8_t* buffer) {
+  return SLSeqPut(handle, sequence, buffer, Head::projectorWidth, Head::projectorHeight, patternStride, imageIndex);
+}
+
+void patternUploadByHand(MinimalClient& client, const Head&, std::uint8_t* buffer) {
+  client.command("12MSG_SLSeqPut");
+  client.block(sequence, imageIndex, Head::projectorWidth, Head::projectorHeight, patternStride);
+  client.bytes(buffer, patternBytes);
+  client.requireGoodStatus();
+}
+
 }  // namespace
 
 const std::vector<Comparison>& comparisons() {
@@ -47,6 +102,10 @@ const std::vector<Comparison>& comparisons() {
       {"live picture 1280x1024", megapixel, Cores::two, megapixel.pixels(), livePicture, livePictureByHand, transfer},
       {"live picture 4096x3000", twelveMegapixels, Cores::two, twelveMegapixels.pixels(), livePicture, livePictureByHand, transfer},
       {"live picture, cropped", megapixel, Cores::two, megapixel.pixels(), croppedPicture, croppedPictureByHand, transfer},
+      {"stored picture", megapixel, Cores::two, megapixel.pixels(), storedPicture, storedPictureByHand, transfer},
+      {"region 640x512", megapixel, Cores::two, centrePixels, region, regionByHand, transfer},
+      {"reduced to 320x256", megapixel, Cores::two, reducedPixels, reducedPicture, reducedPictureByHand, transfer},
+      {"pattern upload 1280x800x3", megapixel, Cores::two, patternBytes, patternUpload, patternUploadByHand, transfer},
   };
   return table;
 }
