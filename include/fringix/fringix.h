@@ -267,6 +267,176 @@ FRINGIX_API int32_t SLGetImageIndexROI(int32_t handle, uint8_t imageIndex, uint8
 FRINGIX_API int32_t SLGetImageIndexROIEx(int32_t handle, uint32_t channel, uint8_t imageIndex, uint8_t* buffer, uint32_t roiX,
                                          uint32_t roiY, uint32_t roiWidth, uint32_t roiHeight);
 
+/* ---- Settings and state ------------------------------------------------------------------------------------------------
+ *
+ * The library attaches no unit to any of these values: temperature, uptime, exposure, gain, LED power and status have the meaning
+ * that the head's documentation gives them. The head keeps the settings; a new session starts with what the head has.
+ *
+ * All functions of this section:
+ *
+ * SLSYSTEM_ERROR      the session has lost its connection; setters and SLGetTemperature also when the head reported a failure
+ * SLCONNECTION_ERROR  the connection broke
+ * SLVERSION_TOO_OLD   the head's protocol version is below the minimum that the function states
+ */
+
+/*
+ * Asks the head for a check of itself.
+ *
+ * result  out: what the head found; not null
+ */
+FRINGIX_API int32_t SLCheckSystem(int32_t handle, int32_t* result);
+
+/*
+ * Asks for the head's temperature. Needs protocol version 2400; SLVERSION_TOO_OLD also when the version cannot be fetched.
+ *
+ * temperature  out: written also when the head reports a failure after it; not null
+ */
+FRINGIX_API int32_t SLGetTemperature(int32_t handle, int32_t* temperature);
+
+/*
+ * LED power: the present value, a new value, and the range of values.
+ *
+ * power     SLGetLEDPower: out, null succeeds without traffic. SLSetLEDPower: within the range, which is asked for each time
+ * min, max  out; either may be null and is skipped then
+ *
+ * SLBAD_PARAMETER  SLSetLEDPower: `power` is outside of the range; it was not sent
+ */
+FRINGIX_API int32_t SLGetLEDPower(int32_t handle, int32_t* power);
+FRINGIX_API int32_t SLSetLEDPower(int32_t handle, int32_t power);
+FRINGIX_API int32_t SLGetLEDPowerMinMax(int32_t handle, int32_t* min, int32_t* max);
+
+/*
+ * Brightness level: the present one, a new one, and the range of levels. Levels count from 1.
+ *
+ * level     SLGetBrightnessLevel: out, null is skipped
+ * min, max  out; either may be null and is skipped then
+ *
+ * SLSetBrightnessLevel gives the head's own answer as its result, which may be any number; 0 is success.
+ */
+FRINGIX_API int32_t SLGetBrightnessLevel(int32_t handle, int32_t* level);
+FRINGIX_API int32_t SLSetBrightnessLevel(int32_t handle, int32_t level);
+FRINGIX_API int32_t SLGetBrightnessMinMax(int32_t handle, int32_t* min, int32_t* max);
+
+/*
+ * Camera gain: the present one, a new one, and the range. The range is asked for once per connection; whether a new gain lies
+ * inside is for the head to judge.
+ *
+ * gain      SLGetGain: out, null is skipped
+ * min, max  out; either may be null and is skipped then
+ */
+FRINGIX_API int32_t SLGetGain(int32_t handle, int32_t* gain);
+FRINGIX_API int32_t SLSetGain(int32_t handle, int32_t gain);
+FRINGIX_API int32_t SLGetGainMinMax(int32_t handle, int32_t* min, int32_t* max);
+
+/*
+ * Present exposure (protocol version 3100), uptime (2800), temperature and status of the projector (3000). When the version
+ * cannot be fetched, the result is that failure's code.
+ *
+ * The output is written on success; null succeeds, with nothing asked but the version.
+ */
+FRINGIX_API int32_t SLGetCurrentExposure(int32_t handle, int32_t* exposure);
+FRINGIX_API int32_t SLGetUptime(int32_t handle, int32_t* uptime);
+FRINGIX_API int32_t SLGetProjectorTemperature(int32_t handle, int32_t* temperature);
+FRINGIX_API int32_t SLGetProjectorStatus(int32_t handle, int32_t* status);
+
+/* Sets the state of the projector's mirror device. The states are the head's. Needs protocol version 2900. */
+FRINGIX_API int32_t SLSetDMDState(int32_t handle, int32_t state);
+
+/*
+ * Sets a projection mask. Needs protocol version 3200.
+ *
+ * mask           width * height bytes, rows from top to bottom; not checked for null
+ * selector       which mask, as the head counts them
+ * width, height  size of the mask; not checked, not negative
+ */
+FRINGIX_API int32_t SLSetMask(int32_t handle, const uint8_t* mask, int32_t selector, int32_t width, int32_t height);
+
+/* Clears the projection mask; no answer of the head is awaited. Needs protocol version 3100. */
+FRINGIX_API int32_t SLClearMask(int32_t handle);
+
+/* Sets the LED power directly, 0 to 255, past the range of SLSetLEDPower. Needs protocol version 3300. */
+FRINGIX_API int32_t SLSetLedPowerValue(int32_t handle, uint8_t value);
+
+/* ---- Data, configuration, pass-through ---------------------------------------------------------------------------------
+ *
+ * All functions of this section:
+ *
+ * SLSYSTEM_ERROR      the head reported a failure, or the session has lost its connection
+ * SLCONNECTION_ERROR  the connection broke
+ * SLVERSION_TOO_OLD   the head's protocol version is below the minimum that the function states, or could not be fetched
+ *
+ * Texts are zero-terminated and at most 999999 bytes long; a longer one cannot be sent and ends like a broken connection.
+ */
+
+/*
+ * Stores a block of bytes in a file on the head.
+ *
+ * data      `size` bytes
+ * size      1 or more
+ * fileName  the head's name for it; length and characters are for the head to judge
+ *
+ * SLSYSTEM_ERROR  also for a null pointer or a size below 1; nothing was sent then
+ * any other       the number with which the head refused to take the file
+ */
+FRINGIX_API int32_t SLSaveData(int32_t handle, const uint8_t* data, int32_t size, const char* fileName);
+
+/*
+ * Loads a block of bytes from a file on the head.
+ *
+ * data      out: the block, made by the library and the caller's from then on: give it back with SLFreeData whenever it is not
+ *           null after the call, whatever the status; not null itself
+ * size      out: its size in bytes, 0 for a file that is empty; not null
+ * fileName  the head's name for it; not null
+ *
+ * SLSYSTEM_ERROR  also when there is no memory for the size that the head states; the connection is dropped then
+ * any other       the number with which the head refused to give the file
+ */
+FRINGIX_API int32_t SLLoadData(int32_t handle, uint8_t** data, int32_t* size, const char* fileName);
+
+/* Frees a block that SLLoadData gave; null is allowed. Always SLALL_OKAY. Any thread, any time. */
+FRINGIX_API int32_t SLFreeData(uint8_t* data);
+
+/*
+ * Reads or writes an integer of the head's configuration.
+ *
+ * value         SLReadIniInt: out, written also when the head reports a failure after it; null is skipped
+ * section, key  not null
+ */
+FRINGIX_API int32_t SLReadIniInt(int32_t handle, int32_t* value, const char* section, const char* key);
+FRINGIX_API int32_t SLWriteIniInt(int32_t handle, int32_t value, const char* section, const char* key);
+
+/*
+ * Passes a command to the head's serial port and fetches the answer. Needs protocol version 2500.
+ *
+ * command    text for the serial port; not null
+ * reply      out: the answer, zero-terminated, cut to what fits; not null
+ * replySize  bytes at `reply`, 1 or more
+ *
+ * SLVERSION_TOO_OLD  also when the session has lost its connection
+ * SLBAD_PARAMETER    a pointer is null, and nothing was sent; or `replySize` is below 1, which costs the connection, because the
+ *                    answer could not be taken
+ */
+FRINGIX_API int32_t SLExecRS232(int32_t handle, const char* command, char* reply, int32_t replySize);
+
+/*
+ * Passes a command to the projector. Needs protocol version 3300; when the version cannot be fetched, the result is that failure's
+ * code.
+ *
+ * command, argument          as the projector defines them
+ * result1, result2, result3  out: written once all three have arrived, also when the head reports a failure after them; each may
+ *                            be null and is skipped then
+ */
+FRINGIX_API int32_t SLExecProjCmd(int32_t handle, uint8_t command, uint8_t argument, uint8_t* result1, uint8_t* result2,
+                                  uint8_t* result3);
+
+/*
+ * Reads the state of a GPIO line (protocol version 2400) or sets one (2700). Lines and values are the head's.
+ *
+ * state  out: written also when the head reports a failure after it; null succeeds, with nothing asked but the version
+ */
+FRINGIX_API int32_t SLGetGPIOStatus(int32_t handle, int32_t line, int32_t* state);
+FRINGIX_API int32_t SLSetGPIOValue(int32_t handle, int32_t line, int32_t value);
+
 #ifdef __cplusplus
 }
 #endif

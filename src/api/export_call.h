@@ -72,4 +72,9 @@ inline std::int32_t printedAsInteger(const void* pointer) noexcept {
   return static_cast<std::int32_t>(reinterpret_cast<std::uintptr_t>(pointer));
 }
 
+// An integer as "%p" prints it.
+inline const void* printedAsPointer(std::int32_t value) noexcept {
+  return reinterpret_cast<const void*>(std::uintptr_t{static_cast<std::uint32_t>(value)});
+}
+
 }  // namespace fringix

@@ -72,6 +72,38 @@ class CameraDevice : public AbsentOperations {
   int GetImageIndexROIEx(std::uint32_t imageIndex, std::uint32_t channel, std::uint8_t* buffer, std::uint32_t roiX, std::uint32_t roiY,
                          std::uint32_t roiWidth, std::uint32_t roiHeight) override;
 
+  int CheckSystem(std::int32_t* result) override;
+  int GetTemperature(std::int32_t* temperature) override;
+  int GetLEDPowerMinMax(std::int32_t* min, std::int32_t* max) override;
+  int SetLEDPower(std::int32_t power) override;
+  int GetLEDPower(std::int32_t* power) override;
+  int GetBrightnessMinMax(std::int32_t* min, std::int32_t* max) override;
+  int SetBrightnessLevel(std::int32_t level) override;
+  int GetBrightnessLevel(std::int32_t* level) override;
+  int GetGainMinMax(std::int32_t* min, std::int32_t* max) override;
+  int SetGain(std::int32_t gain) override;
+  int GetGain(std::int32_t* gain) override;
+  int GetUptime(std::int32_t* uptime) override;
+  int GetProjectorTemperature(std::int32_t* temperature) override;
+  int GetProjectorStatus(std::int32_t* status) override;
+  int GetCurrentExposure(std::int32_t* exposure) override;
+  int SetDMDState(std::int32_t state) override;
+  int SetMask(const std::uint8_t* mask, std::int32_t selector, std::int32_t width, std::int32_t height) override;
+  int ClearMask() override;
+  int SetLedPowerValue(std::uint8_t value) override;
+
+  int SaveData(const std::uint8_t* data, std::int32_t size, const char* fileName) override;
+  int LoadData(std::uint8_t** data, std::int32_t* size, const char* fileName) override;
+  int ReadIniInt(std::int32_t* value, const char* section, const char* key) override;
+  int WriteIniInt(std::int32_t value, const char* section, const char* key) override;
+  int SetOutputSettings(std::int32_t output, std::int32_t setting) override;
+  int ExecOutput(std::int32_t output) override;
+  int GetGPIOStatus(std::int32_t line, std::int32_t* state) override;
+  int SetGPIOValue(std::int32_t line, std::int32_t value) override;
+  int ExecRS232(const char* command, char* reply, std::int32_t replySize) override;
+  int ExecProjCmd(std::uint8_t command, std::uint8_t argument, std::uint8_t* result1, std::uint8_t* result2,
+                  std::uint8_t* result3) override;
+
  private:
   friend class Exchange;
 

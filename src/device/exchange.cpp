@@ -32,6 +32,11 @@ Exchange& Exchange::requireFirst(bool condition) {
   return *this;
 }
 
+Exchange& Exchange::connectedOr(int result) {
+  if (!result_ && !session_.channel_) result_ = result;
+  return *this;
+}
+
 Exchange& Exchange::require(bool condition) {
   if (undecided() && !condition) result_ = SLBAD_PARAMETER;
   return *this;
@@ -50,16 +55,16 @@ Exchange& Exchange::since(std::int32_t minimumVersion, FetchFailure onFetchFailu
 }
 
 Exchange& Exchange::finishIf(bool condition) {
-  if (undecided() && condition) result_ = SLALL_OKAY;
+  if (!result_ && condition) result_ = SLALL_OKAY;
   return *this;
 }
 
 Exchange& Exchange::finishUnlessZero(int result) {
-  if (undecided() && result != 0) result_ = result;
+  if (!result_ && result != 0) result_ = result;
   return *this;
 }
 
-Exchange& Exchange::text(std::string_view text) {
+Exchange& Exchange::text(const char* text) {
   return transfer([&](CommandChannel& channel) { return channel.SendString(text); });
 }
 

@@ -4,8 +4,8 @@
 //
 // The session lock is held for the life of the exchange. Steps take effect in the order written, and the first one that fails, or that
 // finishes the command early, decides the result: all later steps do nothing. The name leaves with the first step that sends or
-// receives, so the checks before it cost no traffic. Every step but requireFirst() needs a connected session (SLSYSTEM_ERROR
-// otherwise). A failed transfer drops the session's connection and gives SLCONNECTION_ERROR.
+// receives, so the checks before it cost no traffic. Without a connection the result is SLSYSTEM_ERROR. A failed transfer drops the
+// session's connection and gives SLCONNECTION_ERROR.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,6 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "api/status.h"
 #include "net/command_channel.h"
@@ -32,11 +31,12 @@ class Exchange {
 
   bool undecided();  // connected, and no step has decided the result
 
-  // Checks.
-  Exchange& requireFirst(bool condition);  // SLBAD_PARAMETER otherwise, before the connection is looked at
+  // Checks. requireFirst() and the two that finish the command do not look at the connection: where they stand in the row decides.
+  Exchange& requireFirst(bool condition);  // SLBAD_PARAMETER otherwise
   Exchange& require(bool condition);       // SLBAD_PARAMETER otherwise
+  Exchange& connectedOr(int result);       // another result than SLSYSTEM_ERROR without a connection
   Exchange& since(std::int32_t minimumVersion, FetchFailure onFetchFailure = FetchFailure::tooOld);
-  Exchange& finishIf(bool condition);      // success so far is the result
+  Exchange& finishIf(bool condition);      // success is the result
   Exchange& finishUnlessZero(int result);  // any other value is the result
 
   // Sends: integers in one send each, or all of a block in one. send() without a value just lets the name go.
@@ -44,7 +44,7 @@ class Exchange {
   Exchange& send(Integers... values);
   template <class... Integers>
   Exchange& block(Integers... values);
-  Exchange& text(std::string_view text);
+  Exchange& text(const char* text);  // zero-terminated; null is fine as long as an earlier step has decided
   Exchange& bytes(const void* data, std::size_t size);
 
   // Receives; the integer's place may be null: it is read and dropped then.

@@ -88,9 +88,10 @@ constexpr int no = 99;  // a handle that names no session
 
 INSTANTIATE_TEST_SUITE_P(
     Exports, ExportTraceTest,
-    testing::Values(
+    testing::ValuesIn(std::vector<ExportLines>{
         ExportLines{"SLDevAlloc", [] { SLDevAlloc("127.0.0.9", nullptr); }, ""},  // no entry line, on purpose
-        ExportLines{"SLDevFree", [] { SLDevFree(no); }, "99"}, ExportLines{"SLGetDevKey", [] { SLGetDevKey(no, nullptr); }, "99, " + null},
+        ExportLines{"SLDevFree", [] { SLDevFree(no); }, "99"},
+        ExportLines{"SLGetDevKey", [] { SLGetDevKey(no, nullptr); }, "99, " + null},
         ExportLines{"SLErrorcodeToChar", [] { SLErrorcodeToChar(-4); }, "-4, 0"},  // a place too many, on purpose
         ExportLines{"SLSeqAlloc", [] { SLSeqAlloc(no, 3, nullptr); }, "99, 3, " + null},
         ExportLines{"SLSeqFree", [] { SLSeqFree(no, 7); }, "99, 7"},
@@ -114,9 +115,38 @@ INSTANTIATE_TEST_SUITE_P(
         ExportLines{"SLGetLiveImageLowRes", [] { SLGetLiveImageLowRes(no, 5, nullptr, 6); }, "99, 5, " + null + ", 6"},
         ExportLines{"SLGetImageIndex", [] { SLGetImageIndex(no, 200, nullptr); }, "99, 200, " + null},
         ExportLines{"SLGetImageIndexEx", [] { SLGetImageIndexEx(no, 5, 200, nullptr); }, "99, 5, 200, " + null},
+        ExportLines{"SLCheckSystem", [] { SLCheckSystem(no, nullptr); }, "99, " + null},
+        ExportLines{"SLGetTemperature", [] { SLGetTemperature(no, nullptr); }, "99, " + null},
+        ExportLines{"SLGetLEDPower", [] { SLGetLEDPower(no, nullptr); }, "99, " + null},
+        ExportLines{"SLGetBrightnessLevel", [] { SLGetBrightnessLevel(no, nullptr); }, "99, " + null},
+        ExportLines{"SLGetGain", [] { SLGetGain(no, nullptr); }, "99, " + null},
+        ExportLines{"SLGetCurrentExposure", [] { SLGetCurrentExposure(no, nullptr); }, "99, " + null},
+        ExportLines{"SLGetUptime", [] { SLGetUptime(no, nullptr); }, "99, " + null},
+        ExportLines{"SLGetProjectorTemperature", [] { SLGetProjectorTemperature(no, nullptr); }, "99, " + null},
+        ExportLines{"SLGetProjectorStatus", [] { SLGetProjectorStatus(no, nullptr); }, "99, " + null},
+        ExportLines{"SLGetLEDPowerMinMax", [] { SLGetLEDPowerMinMax(no, nullptr, nullptr); }, "99, " + null + ", " + null},
+        ExportLines{"SLGetBrightnessMinMax", [] { SLGetBrightnessMinMax(no, nullptr, nullptr); }, "99, " + null + ", " + null},
+        ExportLines{"SLGetGainMinMax", [] { SLGetGainMinMax(no, nullptr, nullptr); }, "99, " + null + ", " + null},
+        ExportLines{"SLSetLEDPower", [] { SLSetLEDPower(no, -5); }, "99, -5"},
+        ExportLines{"SLSetBrightnessLevel", [] { SLSetBrightnessLevel(no, -5); }, "99, -5"},
+        ExportLines{"SLSetGain", [] { SLSetGain(no, -5); }, "99, -5"},
+        ExportLines{"SLSetDMDState", [] { SLSetDMDState(no, -5); }, "99, -5"},
+        ExportLines{"SLSetMask", [] { SLSetMask(no, nullptr, 1, 2, 3); }, "99 " + null + " 1 2 3"},  // no commas
+        ExportLines{"SLClearMask", [] { SLClearMask(no); }, "99"},
+        ExportLines{"SLSetLedPowerValue", [] { SLSetLedPowerValue(no, 255); }, "255"},  // the value, not the handle
+        ExportLines{"SLSaveData", [] { SLSaveData(no, nullptr, 4, "a.bin"); }, "99, " + null + ", 4, a.bin"},
+        ExportLines{"SLLoadData", [] { SLLoadData(no, nullptr, nullptr, "a.bin"); }, "99, " + null + ", " + null + ", a.bin"},
+        ExportLines{"SLFreeData", [] { SLFreeData(nullptr); }, null},
+        ExportLines{"SLReadIniInt", [] { SLReadIniInt(no, nullptr, "s", nullptr); }, "99, " + null + ", s, (null)"},
+        ExportLines{"SLWriteIniInt", [] { SLWriteIniInt(no, 0, "s", "k"); }, "99, " + null + ", s, k"},  // the value as a pointer
+        ExportLines{"SLExecRS232", [] { SLExecRS232(no, "go", nullptr, 0); }, "99, go"},
+        ExportLines{"SLExecProjCmd", [] { SLExecProjCmd(no, 255, 2, nullptr, nullptr, nullptr); },
+                    "255 2 " + null + " " + null + " " + null},  // without the handle
+        ExportLines{"SLGetGPIOStatus", [] { SLGetGPIOStatus(no, 3, nullptr); }, "99, 3, " + null},
+        ExportLines{"SLSetGPIOValue", [] { SLSetGPIOValue(no, 3, -1); }, "99, 3, -1"},
         ExportLines{"SLGetImageIndexROI", [] { SLGetImageIndexROI(no, 200, nullptr, 1, 2, 3, 4); }, "99, " + null + ", 1, 2, 3, 4"},
         ExportLines{"SLGetImageIndexROIEx", [] { SLGetImageIndexROIEx(no, 5, 200, nullptr, 1, 2, 3, 4); },
-                    "99, 5, " + null + ", 1, 2, 3, 4"}),  // both without the image index
+                    "99, 5, " + null + ", 1, 2, 3, 4"}}),  // both without the image index
     [](const auto& test) { return test.param.name; });
 
 TEST(TraceTest, TheVersionTracesItsNameAlone) {

@@ -9,20 +9,30 @@
 #include <vector>
 
 #include "device/open_session.h"
+#include "fringix/fringix.h"
 
 namespace fringix::test {
 
 enum class StatusWord { none, follows };  // `follows`: a status word ends the reply, and a bad one gives SLSYSTEM_ERROR
 
+// One turn of a conversation: what the client sends, and what the head answers to it.
+struct Turn {
+  Bytes sent;
+  Bytes reply;
+};
+
 struct CommandCase {
   std::string name;
-  std::function<int(OpenSession& session, std::uint8_t* output)> call;  // `output` is 4-byte aligned, filled with guard bytes
+  std::function<int(OpenSession& session, std::uint8_t* output)> call;  // `output` is 8-byte aligned, filled with guard bytes
+  Turn before = {};                                                     // a turn that comes first, for the few commands that need one
   Bytes sent;
   Bytes reply = {};    // without the status word
   Bytes written = {};  // what the call leaves at `output`; everything behind stays as it was
   StatusWord statusWord = StatusWord::none;
   int minimumVersion = 0;     // 0: the command asks for no version
   Bytes writtenOnBreak = {};  // what a broken connection leaves at `output` where the reply had not begun to arrive there
+  int whenVersionFails = SLVERSION_TOO_OLD;
+  int withoutConnection = SLSYSTEM_ERROR;
 };
 
 std::ostream& operator<<(std::ostream& out, const CommandCase& row);

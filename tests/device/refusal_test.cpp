@@ -37,6 +37,10 @@ TEST_P(RefusalTest, SendsNothingAndTouchesNothing) {
 
 const std::uint8_t pixels[128] = {};
 
+std::int32_t* integerAt(std::uint8_t* buffer) { return reinterpret_cast<std::int32_t*>(buffer); }
+std::uint8_t** pointerAt(std::uint8_t* buffer) { return reinterpret_cast<std::uint8_t**>(buffer); }
+char* textAt(std::uint8_t* buffer) { return reinterpret_cast<char*>(buffer); }
+
 std::vector<Refusal> refusals() {
   constexpr int bad = SLBAD_PARAMETER;
   using S = OpenSession;
@@ -77,6 +81,30 @@ std::vector<Refusal> refusals() {
       {"ReducedRegionByLessThanZero", [](S& s, B* b) { return SLGetLiveImageROILowRes(s.handle(), 0, b, 0, 0, 2, 2, -2); }, bad, true},
       {"ReducedRegionWithoutABuffer", [](S& s, B*) { return SLGetLiveImageROILowRes(s.handle(), 0, nullptr, 0, 0, 2, 2, 2); }, bad, true},
       {"ReducedRegionOfNothing", [](S& s, B* b) { return SLGetLiveImageROILowRes(s.handle(), 0, b, 0, 0, 0, 4, 2); }, SLALL_OKAY, true},
+      {"CheckSystemIntoNowhere", [](S& s, B*) { return SLCheckSystem(s.handle(), nullptr); }, bad},
+      {"GetTemperatureIntoNowhere", [](S& s, B*) { return SLGetTemperature(s.handle(), nullptr); }, bad},
+      {"GetLEDPowerIntoNowhere", [](S& s, B*) { return SLGetLEDPower(s.handle(), nullptr); }, SLALL_OKAY},
+      {"GetUptimeIntoNowhere", [](S& s, B*) { return SLGetUptime(s.handle(), nullptr); }, SLALL_OKAY, true},
+      {"GetProjectorTemperatureIntoNowhere", [](S& s, B*) { return SLGetProjectorTemperature(s.handle(), nullptr); }, SLALL_OKAY, true},
+      {"GetProjectorStatusIntoNowhere", [](S& s, B*) { return SLGetProjectorStatus(s.handle(), nullptr); }, SLALL_OKAY, true},
+      {"GetCurrentExposureIntoNowhere", [](S& s, B*) { return SLGetCurrentExposure(s.handle(), nullptr); }, SLALL_OKAY, true},
+
+      {"SaveDataOfNothing", [](S& s, B*) { return SLSaveData(s.handle(), nullptr, 4, "a"); }, SLSYSTEM_ERROR},
+      {"SaveDataOfNoSize", [](S& s, B*) { return SLSaveData(s.handle(), pixels, 0, "a"); }, SLSYSTEM_ERROR},
+      {"SaveDataOfNegativeSize", [](S& s, B*) { return SLSaveData(s.handle(), pixels, -1, "a"); }, SLSYSTEM_ERROR},
+      {"SaveDataWithoutAName", [](S& s, B*) { return SLSaveData(s.handle(), pixels, 4, nullptr); }, SLSYSTEM_ERROR},
+      {"LoadDataIntoNowhere", [](S& s, B* b) { return SLLoadData(s.handle(), nullptr, integerAt(b), "a"); }, bad},
+      {"LoadDataWithoutASize", [](S& s, B* b) { return SLLoadData(s.handle(), pointerAt(b), nullptr, "a"); }, bad},
+      {"LoadDataWithoutAName", [](S& s, B* b) { return SLLoadData(s.handle(), pointerAt(b), integerAt(b), nullptr); }, bad},
+      {"ReadIniIntWithoutASection", [](S& s, B* b) { return SLReadIniInt(s.handle(), integerAt(b), nullptr, "k"); }, bad},
+      {"ReadIniIntWithoutAKey", [](S& s, B* b) { return SLReadIniInt(s.handle(), integerAt(b), "s", nullptr); }, bad},
+      {"WriteIniIntWithoutAKey", [](S& s, B*) { return SLWriteIniInt(s.handle(), 1, "s", nullptr); }, bad},
+      {"SetOutputSettingsBelowZero", [](S& s, B*) { return s.device().SetOutputSettings(-1, 0); }, bad},
+      {"ExecOutputBelowZero", [](S& s, B*) { return s.device().ExecOutput(-1); }, bad},
+      {"GetGPIOStatusIntoNowhere", [](S& s, B*) { return SLGetGPIOStatus(s.handle(), 1, nullptr); }, SLALL_OKAY, true},
+      {"ExecRS232OfNothing", [](S& s, B* b) { return SLExecRS232(s.handle(), nullptr, textAt(b), 8); }, bad, true},
+      {"ExecRS232IntoNowhere", [](S& s, B*) { return SLExecRS232(s.handle(), "x", nullptr, 8); }, bad, true},
+
       {"ReducedRegionOfNothingByZero", [](S& s, B* b) { return SLGetLiveImageROILowRes(s.handle(), 0, b, 0, 0, 0, 4, 0); }, bad, true},
   };
 }
@@ -92,6 +120,19 @@ TEST(RefusalOrderTest, AMissingConnectionComesBeforeABadParameter) {
   EXPECT_EQ(id, 42U);
   EXPECT_EQ(SLSeqMakeGrayCode(session.handle(), 7, 1, 24, 3, 4), SLSYSTEM_ERROR);
   EXPECT_EQ(SLGetLiveImageROI(session.handle(), nullptr, 0, 0, 1, 1), SLSYSTEM_ERROR);
+}
+
+TEST(RefusalOrderTest, SomeChecksComeBeforeTheConnection) {
+  OpenSession session({reset()});
+  ASSERT_EQ(session.device().GetSerial(nullptr), SLCONNECTION_ERROR);
+  std::uint8_t* data = nullptr;
+  EXPECT_EQ(SLCheckSystem(session.handle(), nullptr), SLBAD_PARAMETER);
+  EXPECT_EQ(SLGetTemperature(session.handle(), nullptr), SLBAD_PARAMETER);
+  EXPECT_EQ(SLGetLEDPower(session.handle(), nullptr), SLALL_OKAY);
+  EXPECT_EQ(SLLoadData(session.handle(), &data, nullptr, "a"), SLBAD_PARAMETER);
+  EXPECT_EQ(SLExecRS232(session.handle(), nullptr, nullptr, 0), SLVERSION_TOO_OLD);
+  EXPECT_EQ(SLGetUptime(session.handle(), nullptr), SLSYSTEM_ERROR) << "here the connection comes first";
+  EXPECT_EQ(session.device().SetOutputSettings(-1, 0), SLSYSTEM_ERROR);
 }
 
 TEST(RefusalOrderTest, ATooOldVersionComesBeforeABadParameter) {
