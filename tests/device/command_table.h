@@ -37,6 +37,15 @@ struct CommandCase {
 
 std::ostream& operator<<(std::ostream& out, const CommandCase& row);
 
-std::vector<CommandCase> commandTable();
+// The rows, by family.
+std::vector<CommandCase> sessionCommands();
+std::vector<CommandCase> sequenceCommands();
+std::vector<CommandCase> pictureCommands();
+std::vector<CommandCase> settingsCommands();
+std::vector<CommandCase> dataCommands();
+
+inline std::int32_t* asInteger(std::uint8_t* output) { return reinterpret_cast<std::int32_t*>(output); }
+inline std::uint32_t* asUnsigned(std::uint8_t* output) { return reinterpret_cast<std::uint32_t*>(output); }
+inline const std::uint8_t* asPixels(const Bytes& bytes) { return reinterpret_cast<const std::uint8_t*>(bytes.data()); }
 
 }  // namespace fringix::test

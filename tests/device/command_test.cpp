@@ -3,11 +3,14 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "device/command_table.h"
 #include "fringix/fringix.h"
 
 namespace fringix::test {
+
+std::ostream& operator<<(std::ostream& out, const CommandCase& row) { return out << row.name; }
 
 namespace {
 
@@ -154,8 +157,10 @@ TEST_P(VersionGateTest, FailsWhenTheVersionCannotBeFetched) {
 }
 
 std::vector<CommandCase> rowsWhere(bool (*wanted)(const CommandCase&)) {
-  std::vector<CommandCase> rows = commandTable();
-  std::erase_if(rows, [wanted](const CommandCase& row) { return !wanted(row); });
+  std::vector<CommandCase> rows;
+  for (const auto& family : {sessionCommands(), sequenceCommands(), pictureCommands(), settingsCommands(), dataCommands()}) {
+    std::copy_if(family.begin(), family.end(), std::back_inserter(rows), wanted);
+  }
   return rows;
 }
 
@@ -163,7 +168,11 @@ bool hasStatusWord(const CommandCase& row) { return row.statusWord == StatusWord
 bool hasMinimumVersion(const CommandCase& row) { return row.minimumVersion > 0; }
 std::string nameOf(const testing::TestParamInfo<CommandCase>& test) { return test.param.name; }
 
-INSTANTIATE_TEST_SUITE_P(Commands, CommandTest, testing::ValuesIn(commandTable()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Session, CommandTest, testing::ValuesIn(sessionCommands()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Sequences, CommandTest, testing::ValuesIn(sequenceCommands()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Pictures, CommandTest, testing::ValuesIn(pictureCommands()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Settings, CommandTest, testing::ValuesIn(settingsCommands()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Data, CommandTest, testing::ValuesIn(dataCommands()), nameOf);
 INSTANTIATE_TEST_SUITE_P(Commands, StatusWordTest, testing::ValuesIn(rowsWhere(hasStatusWord)), nameOf);
 INSTANTIATE_TEST_SUITE_P(Commands, VersionGateTest, testing::ValuesIn(rowsWhere(hasMinimumVersion)), nameOf);
 
