@@ -19,6 +19,7 @@ class myTcpSocket : public mySocket {
 
   int Create();
   bool valid() const noexcept { return socket_.valid(); }
+  platform::Socket::Handle handle() const noexcept { return socket_.handle(); }
   void enableKeepAlive() noexcept;
 
   int SendString(std::string_view text);

@@ -5,6 +5,7 @@
 
 #include "api/export_call.h"
 #include "api/trace.h"
+#include "device/camera_device.h"
 #include "device/open_session.h"
 #include "fringix/fringix.h"
 #include "support/captured_trace.h"
@@ -169,6 +170,11 @@ TEST(SessionTraceTest, OpeningAndClosing) {
 TEST(SessionTraceTest, AFailedOpeningWritesItsExitLine) {
   int handle = 0;
   EXPECT_EQ(traced([&] { SLDevAlloc("127.0.0.9", &handle); }), Lines{line("Function SLDevAlloc finished")});
+}
+
+TEST(SessionTraceTest, ASessionWithoutAChannel) {
+  CameraDevice device;
+  EXPECT_EQ(traced([&] { device.Init(nullptr); }), (Lines{line("Cameradevice: Init"), line("Cameradevice: Cannot init, no device given")}));
 }
 
 TEST(SessionTraceTest, ABrokenConnection) {

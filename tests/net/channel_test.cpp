@@ -6,6 +6,7 @@
 #include "net/command_channel.h"
 #include "platform/clock.h"
 #include "support/scripted_head.h"
+#include "support/socket_options.h"
 
 namespace fringix::test {
 
@@ -41,6 +42,33 @@ TEST(ChannelTest, ASocketWithoutAHandleFails) {
   EXPECT_EQ(socket.ReceiveString(&received), -1);
   EXPECT_EQ(socket.ReceiveBytes(&byte, 1), -1);
   EXPECT_EQ(socket.WaitReadable(0), -1);
+}
+
+// Lets a test look at what only derived classes may.
+struct OpenSocket : myTcpSocket {
+  using mySocket::localAddress_;
+  using mySocket::port_;
+  using mySocket::receiveTimeout_;
+};
+
+TEST(ChannelTest, ASocketSendsWithoutDelayAndHasTheCommandPort) {
+  const platform::SocketLibrary library;
+  OpenSocket socket;
+  ASSERT_EQ(socket.Create(), 0);
+  EXPECT_TRUE(hasNoDelay(socket.handle()));
+  EXPECT_FALSE(hasKeepAlive(socket.handle()));
+  EXPECT_EQ(socket.port_, 44330);
+  EXPECT_EQ(socket.localAddress_, (platform::Ipv4Endpoint{0, 44330}));
+  EXPECT_EQ(socket.receiveTimeout_, 0U);
+  socket.enableKeepAlive();
+  EXPECT_TRUE(hasKeepAlive(socket.handle()));
+}
+
+TEST(ChannelTest, AChannelKeepsItsConnectionAlive) {
+  ScriptedHead head(Script{});
+  CommandChannel channel;
+  ASSERT_EQ(channel.Connect("127.0.0.1"), 0);
+  EXPECT_TRUE(hasKeepAlive(channel.socket()->handle()));
 }
 
 TEST(ChannelTest, OnlyNamesMoveTheLastSendTime) {
