@@ -1,6 +1,7 @@
 // fringix-bench: what the library costs on top of the wire.
-#include <CLI/CLI.hpp>
+#include <malloc.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <exception>
@@ -61,7 +62,12 @@ std::vector<Finding> runAll(const Plan& plan, const std::string& only) {
   return all;
 }
 
+// Every large buffer is a mapping of its own, page-aligned like any other, whatever was freed before: a fixed threshold no longer
+// adapts. Otherwise a comparison's result depends on the ones before it.
+void placeBuffersAlike() { mallopt(M_MMAP_THRESHOLD, 128 * 1024); }
+
 int run(const Options& options) {
+  placeBuffersAlike();
   if (!enterPrivateNetwork()) std::puts("Note: no network of the benchmark's own here; connections differ by chance, expect scatter.");
   const Plan plan = settled(options);
   const MachineFacts machine = machineFacts();

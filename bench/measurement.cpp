@@ -4,11 +4,13 @@
 #include <cmath>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 #include "library_session.h"
 #include "machine.h"
 #include "replay_server.h"
+#include "wakefulness.h"
 
 namespace fringix::bench {
 
@@ -83,7 +85,13 @@ std::size_t callsPerBatch(const Call& call, double batchSeconds) {
 
 Measurement measure(const Comparison& comparison, const Plan& plan) {
   pinTo(plan.clientCore);
-  const ReplayServer server(comparison.head, comparison.cores == Cores::one ? plan.clientCore : plan.serverCore);
+  const bool twoCores = comparison.cores == Cores::two;
+  const ReplayServer server(comparison.head, twoCores ? plan.serverCore : plan.clientCore);
+  std::optional<Wakefulness> clientCore, serverCore;
+  if (twoCores) {
+    clientCore.emplace(plan.clientCore);
+    serverCore.emplace(plan.serverCore);
+  }
   Buffer buffer(bufferSize);
   const Call byHand = callByHand(comparison, buffer);
   const Call library = plan.againstItself ? callByHand(comparison, buffer) : callLibrary(comparison, buffer);

@@ -4,38 +4,48 @@
 #include <endian.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <signal.h>
-#include <sys/prctl.h>
+#include <sys/mman.h>
+#include <sys/sendfile.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
 #include <exception>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <thread>
 #include <vector>
 
-#include "descriptor.h"
 #include "machine.h"
 
 namespace fringix::bench {
 
 namespace {
 
-using Picture = std::vector<std::uint8_t>;
+// A large picture leaves as pages of a file in memory, without a copy: how fast new pages for a copy are to be had differs by
+// chance, and a slow server hides its client. A small one is quicker copied.
+class Picture {
+ public:
+  explicit Picture(std::size_t size);
 
-Picture preparedPicture(const Head& head) {
-  Picture picture(head.pixels());
+  std::size_t size() const noexcept { return pixels_.size(); }
+  bool small() const noexcept { return size() <= 4096; }
+  const std::uint8_t* pixels() const noexcept { return pixels_.data(); }
+  int file() const noexcept { return file_.get(); }
+
+ private:
+  std::vector<std::uint8_t> pixels_;
+  Descriptor file_;
+};
+
+Picture::Picture(std::size_t size) : pixels_(size), file_(memfd_create("picture", MFD_CLOEXEC), "memfd_create") {
   std::uint32_t value = 1;
-  for (auto& pixel : picture) pixel = static_cast<std::uint8_t>((value = value * 1664525U + 1013904223U) >> 24);
-  picture[0] = 0xFF;  // never the two bytes that mean "no picture"
-  return picture;
+  for (auto& pixel : pixels_) pixel = static_cast<std::uint8_t>((value = value * 1664525U + 1013904223U) >> 24);
+  pixels_[0] = 0xFF;  // never the two bytes that mean "no picture"
+  if (write(file_.get(), pixels_.data(), size) != static_cast<ssize_t>(size)) throwSystemError("write");
 }
 
 // One client. Requests are small and read through a buffer; what a client uploads is dropped unread.
@@ -61,11 +71,7 @@ class Connection {
     send(wire.data(), sizeof wire);
   }
 
-  void answerPicture(std::size_t size) {
-    if (size > picture_.size()) throw std::runtime_error("a request for more than a picture");
-    send(picture_.data(), size);
-  }
-
+  void answerPicture(std::size_t size);
   void drop(std::size_t size);
 
  private:
@@ -166,6 +172,13 @@ void Connection::drop(std::size_t size) {
   }
 }
 
+void Connection::answerPicture(std::size_t size) {
+  if (size > picture_.size()) throw std::runtime_error("a request for more than a picture");
+  if (picture_.small()) return send(picture_.pixels(), size);
+  for (off_t offset = 0; offset < static_cast<off_t>(size);)
+    if (sendfile(socket_.get(), picture_.file(), &offset, size - static_cast<std::size_t>(offset)) < 0) throwSystemError("sendfile");
+}
+
 void Connection::send(const void* data, std::size_t size) {
   const auto* next = static_cast<const char*>(data);
   while (size > 0) {
@@ -202,32 +215,21 @@ void serveOne(Descriptor socket, const Head& head, const Picture& picture) {
 }
 
 [[noreturn]] void serveForEver(const Descriptor& listener, const Head& head) {
-  const Picture picture = preparedPicture(head);
+  const Picture picture(head.pixels());
   for (;;) {
     Descriptor socket(accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC), "accept");
     std::thread([&, client = std::move(socket)]() mutable { serveOne(std::move(client), head, picture); }).detach();
   }
 }
 
-[[noreturn]] void runChild(const Descriptor& listener, const Head& head, std::size_t core) noexcept {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
-  pinTo(core);
-  serveForEver(listener, head);
-}
-
 }  // namespace
 
-ReplayServer::ReplayServer(const Head& head, std::size_t core) {
-  const Descriptor listener = openListener();
-  process_ = fork();
-  if (process_ < 0) throwSystemError("replay server: fork");
-  if (process_ == 0) runChild(listener, head, core);
-  if (clock_getcpuclockid(process_, &cpuClock_) != 0) throw std::runtime_error("replay server: no processor clock");
-}
-
-ReplayServer::~ReplayServer() {
-  kill(process_, SIGKILL);
-  waitpid(process_, nullptr, 0);
+ReplayServer::ReplayServer(const Head& head, std::size_t core)
+    : listener_(openListener()), process_([&] {
+        pinTo(core);
+        serveForEver(listener_, head);
+      }) {
+  if (clock_getcpuclockid(process_.id(), &cpuClock_) != 0) throw std::runtime_error("replay server: no processor clock");
 }
 
 }  // namespace fringix::bench

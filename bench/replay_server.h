@@ -2,9 +2,12 @@
 // memory, so that it is never what a comparison waits for. Every connection gets a thread and the same answers.
 #pragma once
 
-#include <sys/types.h>
 #include <time.h>
 
+#include <cstddef>
+
+#include "child_process.h"
+#include "descriptor.h"
 #include "head.h"
 
 namespace fringix::bench {
@@ -12,14 +15,12 @@ namespace fringix::bench {
 class ReplayServer {
  public:
   ReplayServer(const Head& head, std::size_t core);  // listens when the constructor returns
-  ~ReplayServer();                                   // ends the process
-  ReplayServer(const ReplayServer&) = delete;
-  ReplayServer& operator=(const ReplayServer&) = delete;
 
   clockid_t cpuClock() const noexcept { return cpuClock_; }  // processor time of the whole process
 
  private:
-  pid_t process_ = -1;
+  Descriptor listener_;
+  ChildProcess process_;
   clockid_t cpuClock_{};
 };
 
