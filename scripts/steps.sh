@@ -14,7 +14,6 @@ packages_for() { # PURPOSE
     linux) echo cmake ninja-build ccache g++ zlib1g-dev libcli11-dev libfmt-dev nlohmann-json3-dev googletest ;;
     windows) packages_for linux && echo g++-mingw-w64-x86-64-posix libz-mingw-w64-dev llvm ;;
     isolation) echo iproute2 ;;
-    tests) packages_for isolation ;;
     wine) echo wine64 ;;
     format) echo clang-format ;;
     lint) echo clang-tidy shellcheck ;;
@@ -27,6 +26,7 @@ install_for() { # PURPOSE...
   missing=''
   for purpose; do
     for package in $(packages_for "$purpose"); do
+      case "$missing " in *" $package "*) continue ;; esac
       is_installed "$package" || missing="$missing $package"
     done
   done
@@ -66,6 +66,6 @@ install_tree() { # PLATFORM
   quietly "$1-install.log" cmake --install "build/$1" --strip
 }
 
-list_sources() {
-  find src include head tools tests bench examples -name '*.c' -o -name '*.h' -o -name '*.cpp' -o -name '*.hpp'
+list_sources() { # those of the given folders
+  find "$@" -name '*.c' -o -name '*.h' -o -name '*.cpp' -o -name '*.hpp'
 }
