@@ -28,11 +28,21 @@ struct Command {
   void (*run)(Call& call);
 };
 
-// The families.
-std::span<const Command> identityCommands();
-std::span<const Command> pictureCommands();
-std::span<const Command> sequenceCommands();
-std::span<const Command> projectionCommands();
+using CommandFamily = std::span<const Command>;
+
+CommandFamily configurationCommands();
+CommandFamily dataCommands();
+CommandFamily identityCommands();
+CommandFamily ioCommands();
+CommandFamily maskCommands();
+CommandFamily pictureCommands();
+CommandFamily projectionCommands();
+CommandFamily projectorCommands();
+CommandFamily sequenceCommands();
+CommandFamily settingsCommands();
+CommandFamily statusCommands();
+
+std::span<const CommandFamily> commandFamilies();  // all of them
 
 // Null when a head of this protocol version has no such command.
 const Command* findCommand(std::string_view name, std::int32_t protocolVersion);

@@ -7,8 +7,19 @@
 
 namespace fringix::head {
 
+namespace {
+
+constexpr std::int32_t hotCamera = 60;  // degrees Celsius
+constexpr std::int32_t hotProjector = 80;
+
+}  // namespace
+
 HeadModel::HeadModel(HeadSettings settings)
     : settings_(std::move(settings)),
+      controls_(settings_.clock),
+      configuration_(settings_),
+      data_(makeDataStore(settings_)),
+      serialDevice_(settings_.serialScript),
       projector_(settings_.projector),
       cameras_{Camera(settings_, 0), Camera(settings_, 1)},
       sequences_(settings_.projector, settings_.sequenceMemory),
@@ -16,31 +27,43 @@ HeadModel::HeadModel(HeadSettings settings)
 
 void HeadModel::show(std::shared_ptr<const Pattern> pattern) {
   const std::lock_guard lock(mutex_);
-  showLocked(std::move(pattern));
-}
-
-void HeadModel::showLocked(std::shared_ptr<const Pattern> pattern) {
   projector_.show(std::move(pattern));
-  ++lightingVersion_;
 }
 
 Status HeadModel::showFromSequence(std::uint32_t id, std::uint32_t index) {
   const std::lock_guard lock(mutex_);
   SequenceImage image = sequences_.image(id, index);
-  if (image.status == Status::ok) showLocked(std::move(image.pattern));
+  if (image.status == Status::ok) projector_.show(std::move(image.pattern));
   return image.status;
 }
 
-void HeadModel::setBrightness(double brightness) {
+void HeadModel::switchDmd(bool on) {
   const std::lock_guard lock(mutex_);
-  brightness_ = brightness;
-  ++lightingVersion_;
+  projector_.switchOn(on);
 }
 
-void HeadModel::setGain(double gain) {
+Status HeadModel::setMask(std::vector<std::uint8_t> mask) {
+  const Size size = settings_.projector;
+  if (mask.size() != static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height)) return Status::badParameter;
   const std::lock_guard lock(mutex_);
-  gain_ = gain;
-  ++lightingVersion_;
+  projector_.setMask(std::move(mask));
+  return Status::ok;
+}
+
+void HeadModel::clearMask() {
+  const std::lock_guard lock(mutex_);
+  projector_.setMask({});
+}
+
+std::int32_t HeadModel::projectorStatus() const {
+  const std::lock_guard lock(mutex_);
+  return (controls_.ledPower() > 0 ? ledIsOn : 0) | (projector_.isOn() ? dmdIsOn : 0) | (projector_.isMasked() ? maskIsSet : 0) |
+         (controls_.projectorTemperature() >= hotProjector ? projectorIsHot : 0);
+}
+
+std::int32_t HeadModel::selfCheck() const {
+  return (controls_.cameraTemperature() >= hotCamera ? cameraTooWarm : 0) |
+         (controls_.projectorTemperature() >= hotProjector ? projectorTooWarm : 0) | (measurementFault() != 0 ? measurementsFail : 0);
 }
 
 bool HeadModel::takePicture(std::uint32_t channel, Picture& picture) {
@@ -51,7 +74,9 @@ bool HeadModel::takePicture(std::uint32_t channel, Picture& picture) {
 }
 
 void HeadModel::takeLocked(std::uint32_t channel, Picture& picture) {
-  cameras_[channel].take({projector_.light(), brightness_, gain_, lightingVersion_}, ++picturesTaken_, picture);
+  const auto& light = projector_.light();
+  const Exposure exposure{projector_.lightVersion(), controls_.lampStrength(), configuration_.exposureFactor(), controls_.gainFactor()};
+  cameras_[channel].take(light, exposure, ++picturesTaken_, picture);
   drawLabel(picture, std::to_string(settings_.serial) + " " + std::to_string(picturesTaken_));
 }
 
@@ -96,7 +121,7 @@ Status HeadModel::measureImage(std::uint32_t id, std::uint32_t index) {
   const std::lock_guard lock(mutex_);
   SequenceImage image = sequences_.image(id, index);
   if (image.status != Status::ok) return image.status;
-  showLocked(std::move(image.pattern));
+  projector_.show(std::move(image.pattern));
   for (std::uint32_t channel = 0; channel < channelCount; ++channel) {
     Picture picture;
     takeLocked(channel, picture);

@@ -9,16 +9,25 @@
 #include <vector>
 
 #include "head/camera.h"
+#include "head/configuration.h"
+#include "head/controls.h"
+#include "head/data_store.h"
 #include "head/head_settings.h"
+#include "head/io_lines.h"
 #include "head/pattern.h"
 #include "head/picture.h"
 #include "head/picture_store.h"
 #include "head/projector.h"
 #include "head/scene.h"
 #include "head/sequence_store.h"
+#include "head/serial_device.h"
 #include "head/status.h"
 
 namespace fringix::head {
+
+// The bits of HeadModel::projectorStatus and HeadModel::selfCheck.
+enum ProjectorBits : std::int32_t { ledIsOn = 1, dmdIsOn = 2, maskIsSet = 4, projectorIsHot = 8 };
+enum SelfCheckBits : std::int32_t { cameraTooWarm = 1, projectorTooWarm = 2, measurementsFail = 4 };
 
 class HeadModel {
  public:
@@ -27,12 +36,20 @@ class HeadModel {
   HeadModel& operator=(const HeadModel&) = delete;
 
   const HeadSettings& settings() const { return settings_; }
+  Controls& controls() { return controls_; }
+  Configuration& configuration() { return configuration_; }
+  DataStore& data() { return *data_; }
+  IoLines& lines() { return lines_; }
+  SerialDevice& serialDevice() { return serialDevice_; }
 
   // What shines on the scene; null is white light, as at the start.
   void show(std::shared_ptr<const Pattern> pattern);
   Status showFromSequence(std::uint32_t id, std::uint32_t index);
-  void setBrightness(double brightness);  // of the lamp, 1 is its usual power
-  void setGain(double gain);              // of the cameras
+  void switchDmd(bool on);                         // off: no light leaves the projector
+  Status setMask(std::vector<std::uint8_t> mask);  // as Projector::setMask takes it, of the projector's size
+  void clearMask();
+  std::int32_t projectorStatus() const;
+  std::int32_t selfCheck() const;  // 0: all is well
 
   // The current picture of a camera, false for a channel that the head does not have. Each picture is labelled with the serial
   // number and the number of the picture, counted from 1; no pixel is 0. Reuses the memory of `picture`.
@@ -55,18 +72,20 @@ class HeadModel {
   std::int32_t measurementFault() const;
 
  private:
-  void showLocked(std::shared_ptr<const Pattern> pattern);
   void takeLocked(std::uint32_t channel, Picture& picture);
 
   const HeadSettings settings_;
+  Controls controls_;
+  Configuration configuration_;
+  const std::unique_ptr<DataStore> data_;
+  IoLines lines_;
+  SerialDevice serialDevice_;
+
   mutable std::mutex mutex_;
   Projector projector_;
   std::array<Camera, channelCount> cameras_;
   SequenceStore sequences_;
   PictureStore pictures_;
-  double brightness_ = 1;
-  double gain_ = 1;
-  std::uint64_t lightingVersion_ = 1;
   std::uint64_t picturesTaken_ = 0;
   std::int32_t measurementFault_ = 0;
 };

@@ -34,6 +34,6 @@ constexpr Command commands[] = {
 
 }  // namespace
 
-std::span<const Command> identityCommands() { return commands; }
+CommandFamily identityCommands() { return commands; }
 
 }  // namespace fringix::head

@@ -2,7 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
 #include "platform/socket.h"
@@ -22,6 +26,16 @@ Size parseSize(const std::string& text) {
     throw CLI::ValidationError(fmt::format("\"{}\" is no size: give WIDTHxHEIGHT, each 1 to {}", text, largestSide));
   }
   return size;
+}
+
+SerialScript readSerialScript(const std::string& file) {
+  std::ifstream input(file);
+  if (!input) throw CLI::ValidationError(fmt::format("cannot read the serial script \"{}\"", file));
+  try {
+    return parseSerialScript(input);
+  } catch (const std::runtime_error& error) {
+    throw CLI::ValidationError(file, error.what());
+  }
 }
 
 std::string checkAddress(const std::string& text) {
@@ -57,21 +71,46 @@ void addOptics(CLI::App& app, HeadSettings& first) {
       ->capture_default_str();
 }
 
+void addStorage(CLI::App& app, HeadSettings& first) {
+  constexpr std::size_t mebibyte = std::size_t{1} << 20;
+  app.add_option("--storage", first.storage, "Folder for data blocks, made when missing; several heads have subfolders by serial number")
+      ->type_name("DIR");
+  app.add_option_function<std::size_t>(
+         "--data-limit", [&first](std::size_t limit) { first.dataMemory = limit * mebibyte; }, "MiB for all data blocks of a head together")
+      ->check(CLI::Range(1, 2047))
+      ->type_name("MIB")
+      ->default_str(std::to_string(first.dataMemory / mebibyte));
+}
+
+void addSerialPort(CLI::App& app, HeadSettings& first) {
+  app.add_option_function<std::string>(
+         "--serial-script", [&first](const std::string& file) { first.serialScript = readSerialScript(file); },
+         "What the device at the serial port answers, in lines \"command => reply\"; without, it repeats every command")
+      ->type_name("FILE");
+}
+
+void addMeasurement(CLI::App& app, Options& options) {
+  app.add_option_function<std::int64_t>(
+         "--image-time", [&options](std::int64_t time) { options.first.imageTime = std::chrono::milliseconds(time); },
+         "Milliseconds that a measurement takes for each image")
+      ->check(CLI::Range(0, 60000))
+      ->type_name("MS")
+      ->default_str(std::to_string(options.first.imageTime.count()));
+  app.add_option("--measurement-fault", options.measurementFault,
+                 "Answer measurements with this number, without measuring; -2 is a failed one");
+}
+
 }  // namespace
 
 Options parseOptions(CLI::App& app, int argc, char** argv) {
   Options options;
-  auto imageTime = options.first.imageTime.count();
   addIdentity(app, options);
   addOptics(app, options.first);
-  app.add_option("--image-time", imageTime, "Milliseconds that a measurement takes for each image")
-      ->check(CLI::Range(0, 60000))
-      ->capture_default_str();
-  app.add_option("--measurement-fault", options.measurementFault,
-                 "Answer measurements with this number, without measuring; -2 is a failed one");
+  addMeasurement(app, options);
+  addStorage(app, options.first);
+  addSerialPort(app, options.first);
   app.add_flag("--verbose", options.verbose, "Print every connection and every command, with time and client");
   app.parse(argc, argv);
-  options.first.imageTime = std::chrono::milliseconds(imageTime);
   return options;
 }
 
@@ -79,6 +118,8 @@ HeadSettings settingsOf(const Options& options, int index) {
   HeadSettings settings = options.first;
   settings.address = platform::formatIpv4(platform::parseIpv4(settings.address.c_str()) + static_cast<std::uint32_t>(index));
   settings.serial += index;
+  if (options.heads > 1 && !settings.storage.empty())
+    settings.storage = (std::filesystem::path(settings.storage) / std::to_string(settings.serial)).string();
   return settings;
 }
 

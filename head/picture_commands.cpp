@@ -105,6 +105,6 @@ constexpr Command commands[] = {
 
 }  // namespace
 
-std::span<const Command> pictureCommands() { return commands; }
+CommandFamily pictureCommands() { return commands; }
 
 }  // namespace fringix::head

@@ -51,6 +51,6 @@ constexpr Command commands[] = {
 
 }  // namespace
 
-std::span<const Command> projectionCommands() { return commands; }
+CommandFamily projectionCommands() { return commands; }
 
 }  // namespace fringix::head

@@ -136,6 +136,6 @@ constexpr Command commands[] = {
 
 }  // namespace
 
-std::span<const Command> sequenceCommands() { return commands; }
+CommandFamily sequenceCommands() { return commands; }
 
 }  // namespace fringix::head

@@ -13,6 +13,7 @@ namespace {
 constexpr std::size_t bufferSize = 4096;
 constexpr std::chrono::milliseconds stopInterval{100};  // how often a waiting session looks whether the head is being stopped
 constexpr std::size_t lengthDigits = 6;
+constexpr std::size_t firstBlockStep = std::size_t{64} << 10;
 
 std::size_t parseLength(std::string_view field) {
   const std::string_view digits = field.substr(std::min(field.find_first_not_of(' '), field.size()));
@@ -42,9 +43,20 @@ std::string Wire::readText(std::size_t limit) {
   readBytes(field.data(), field.size());
   const std::size_t length = parseLength({reinterpret_cast<const char*>(field.data()), field.size()});
   if (length > limit) throw ProtocolError("a text of " + std::to_string(length) + " bytes where " + std::to_string(limit) + " are allowed");
-  std::string text(length, '\0');
-  readBytes(reinterpret_cast<std::uint8_t*>(text.data()), length);
-  return text;
+  const auto bytes = readBlock(length);
+  return {bytes.begin(), bytes.end()};
+}
+
+std::vector<std::uint8_t> Wire::readBlock(std::size_t size) {
+  std::vector<std::uint8_t> block;
+  while (block.size() < size) {
+    const std::size_t done = block.size();
+    const std::size_t next = std::min(size, std::max(firstBlockStep, 2 * done));
+    block.reserve(next);
+    block.resize(next);
+    readBytes(block.data() + done, next - done);
+  }
+  return block;
 }
 
 void Wire::readBytes(std::uint8_t* bytes, std::size_t count) {
@@ -79,6 +91,13 @@ void Wire::writeInt(std::int32_t value) {
   writeBytes(bytes.data(), bytes.size());
 }
 
+void Wire::writeText(std::string_view text) {
+  const std::string length = std::to_string(text.size());
+  const std::string field = std::string(lengthDigits - length.size(), ' ') + length;
+  writeBytes(reinterpret_cast<const std::uint8_t*>(field.data()), field.size());
+  writeBytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+}
+
 void Wire::writeBytes(const std::uint8_t* bytes, std::size_t count) {
   if (unsent_.size() + count > bufferSize) flush();
   if (count > bufferSize) return send(bytes, count);
@@ -93,7 +112,7 @@ void Wire::flush() {
 void Wire::pause(std::chrono::milliseconds duration) {
   flush();
   const auto end = std::chrono::steady_clock::now() + duration;
-  for (auto rest = duration; rest > rest.zero();
+  for (auto rest = duration; rest > std::chrono::milliseconds::zero();
        rest = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now())) {
     if (stopping_) throw Disconnected{};
     platform::sleepFor(std::min(rest, stopInterval));

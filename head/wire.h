@@ -23,6 +23,8 @@ struct ProtocolError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+inline constexpr std::size_t longestText = 999999;  // what 6 digits can say
+
 // Both directions of one connection; throws Disconnected when it has ended or `stopping` is set. What is written is collected and
 // leaves before the next read has to wait, so that a short reply is one send.
 class Wire {
@@ -30,9 +32,10 @@ class Wire {
   Wire(platform::Socket& socket, const std::atomic<bool>& stopping);
 
   std::int32_t readInt();
-  std::string readText(std::size_t limit);  // throws ProtocolError when the length is no number or above `limit`
+  std::string readText(std::size_t limit = longestText);  // throws ProtocolError when the length is no number or above `limit`
   void readBytes(std::uint8_t* bytes, std::size_t count);
-  void skip(std::uint64_t count);  // reads and forgets
+  std::vector<std::uint8_t> readBlock(std::size_t size);  // takes memory as the bytes arrive, not as the client promises them
+  void skip(std::uint64_t count);                         // reads and forgets
 
   template <std::size_t count>
   std::array<std::uint32_t, count> readInts() {
@@ -42,6 +45,7 @@ class Wire {
   }
 
   void writeInt(std::int32_t value);
+  void writeText(std::string_view text);  // of 1 to longestText bytes
   void writeBytes(const std::uint8_t* bytes, std::size_t count);
   void flush();
 

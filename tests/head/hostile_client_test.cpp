@@ -32,7 +32,7 @@ class HostileClientTest : public RunningHead {
 
 TEST_F(HostileClientTest, NoArgumentsEndTheHead) {
   allocate(256);
-  for (const auto family : {identityCommands(), pictureCommands(), sequenceCommands(), projectionCommands()}) {
+  for (const CommandFamily& family : commandFamilies()) {
     for (const Command& command : family) {
       for (int i = 0; i < 8; ++i) strike(command.name);
     }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <numeric>
 
@@ -40,7 +41,30 @@ std::size_t differingPixels(const Picture& a, const Picture& b) {
   return count;
 }
 
+// The root of the mean square.
+double deviation(const Picture& a, const Picture& b) {
+  double squares = 0;
+  for (std::size_t i = 0; i < a.pixels.size(); ++i) squares += (a.pixels[i] - b.pixels[i]) * (a.pixels[i] - b.pixels[i]);
+  return std::sqrt(squares / static_cast<double>(a.pixels.size()));
+}
+
 std::shared_ptr<const Pattern> shared(Pattern pattern) { return std::make_shared<const Pattern>(std::move(pattern)); }
+
+// With nothing on the projector; then it is white again.
+double darkMean(HeadModel& model) {
+  model.show(shared(makeUniform(small().projector, 0)));
+  const double mean = meanOf(take(model));
+  model.show(nullptr);
+  return mean;
+}
+
+std::vector<std::uint8_t> leftHalf(Size size, std::uint8_t light) {
+  std::vector<std::uint8_t> mask;
+  for (std::int32_t y = 0; y < size.height; ++y) {
+    for (std::int32_t x = 0; x < size.width; ++x) mask.push_back(x < size.width / 2 ? light : 0);
+  }
+  return mask;
+}
 
 TEST(HeadPictureTest, HasTheCamerasSize) {
   HeadModel model(small());
@@ -67,7 +91,7 @@ TEST(HeadPictureTest, CarriesTheSerialNumber) {
 TEST(HeadPictureTest, NoPixelIsZero) {
   HeadModel model(small());
   model.show(shared(makeUniform(small().projector, 0)));
-  model.setGain(0);
+  model.configuration().write({"Camera", "Exposure"}, Configuration::exposureRange.low);
   const Picture picture = take(model);
   EXPECT_EQ(std::count(picture.pixels.begin(), picture.pixels.end(), 0), 0);
 }
@@ -113,14 +137,78 @@ TEST(HeadPictureTest, ASmallImageLightsTheTopLeftCornerOnly) {
   EXPECT_LT(half.pixels[64 * 160 + 140], white.pixels[64 * 160 + 140] / 4) << "the right side";
 }
 
-TEST(HeadPictureTest, BrightnessActsOnTheLampAndGainOnEverything) {
+TEST(HeadPictureTest, LedPowerAndBrightnessLevelActOnTheLampAlone) {
   HeadModel model(withoutNoise());
   const double white = meanOf(take(model));
-  model.setBrightness(0.5);
+  const double dark = darkMean(model);
+  model.controls().setLedPower(50);
+  EXPECT_NEAR(meanOf(take(model)) - dark, (white - dark) / 2, 1);
+  model.controls().setLedPower(100);
+  model.controls().setBrightnessLevel(1);
+  EXPECT_NEAR(meanOf(take(model)) - dark, (white - dark) / 5, 1);
+  model.controls().setLedPowerDirectly(0);
+  EXPECT_NEAR(meanOf(take(model)), dark, 0.1);
+}
+
+TEST(HeadPictureTest, GainAndExposureActOnAllLight) {
+  HeadModel model(withoutNoise());
+  model.controls().setBrightnessLevel(3);
   const double dimmed = meanOf(take(model));
-  EXPECT_NEAR(dimmed, white / 2, 10);
-  model.setGain(2);
-  EXPECT_NEAR(meanOf(take(model)), 2 * dimmed, 10);
+  model.controls().setGain(20);
+  EXPECT_NEAR(meanOf(take(model)), 2 * dimmed, 2);
+  model.configuration().write({"Camera", "Exposure"}, 10000);
+  EXPECT_NEAR(meanOf(take(model)), dimmed, 2);
+  model.controls().setGain(10);
+  EXPECT_NEAR(meanOf(take(model)), dimmed / 2, 2);
+}
+
+TEST(HeadPictureTest, WithoutDmdNothingIsProjected) {
+  HeadModel model(withoutNoise());
+  const Picture white = take(model);
+  const double dark = darkMean(model);
+  model.switchDmd(false);
+  EXPECT_NEAR(meanOf(take(model)), dark, 0.1);
+  model.show(shared(makeUniform(small().projector, 255)));
+  EXPECT_NEAR(meanOf(take(model)), dark, 0.1);
+  model.switchDmd(true);
+  EXPECT_LT(differingPixels(take(model), white), 50U);
+}
+
+TEST(HeadPictureTest, AMaskDarkensItsPartOfAnyPattern) {
+  HeadModel model(withoutNoise());
+  const Picture white = take(model);
+  EXPECT_EQ(model.setMask(leftHalf(small().projector, 255)), Status::ok);
+  const Picture masked = take(model);
+  EXPECT_EQ(masked.pixels[64 * 160 + 20], white.pixels[64 * 160 + 20]) << "the left side of the scene";
+  EXPECT_EQ(masked.pixels[64 * 160 + 140], 10) << "the right side has only the light of the surroundings";
+  model.show(shared(makeUniform(small().projector, 255)));
+  EXPECT_LT(differingPixels(take(model), masked), 50U) << "the mask stays";
+  model.clearMask();
+  EXPECT_LT(differingPixels(take(model), white), 50U);
+}
+
+TEST(HeadPictureTest, AMaskCanBeGraded) {
+  HeadModel model(withoutNoise());
+  const Picture white = take(model);
+  model.setMask(std::vector<std::uint8_t>(std::size_t{80} * 50, 128));
+  EXPECT_NEAR(meanOf(take(model)) - 10, (meanOf(white) - 10) * 128 / 255, 1.5);
+}
+
+TEST(HeadPictureTest, RefusesAMaskOfAnotherSize) {
+  HeadModel model(withoutNoise());
+  EXPECT_EQ(model.setMask(std::vector<std::uint8_t>(80 * 50 - 1)), Status::badParameter);
+  EXPECT_EQ(model.setMask({}), Status::badParameter);
+  EXPECT_EQ(model.projectorStatus() & maskIsSet, 0);
+}
+
+TEST(HeadPictureTest, NoiseGrowsWithTheGain) {
+  HeadModel clean(withoutNoise());
+  HeadModel noisy(small());
+  for (HeadModel* model : {&clean, &noisy}) {
+    model->switchDmd(false);
+    model->controls().setGain(50);
+  }
+  EXPECT_NEAR(deviation(take(noisy), take(clean)), 7.5, 0.5);
 }
 
 TEST(HeadPictureTest, NoiseHasTheStatedDeviationAndFollowsTheSeed) {
@@ -131,10 +219,7 @@ TEST(HeadPictureTest, NoiseHasTheStatedDeviationAndFollowsTheSeed) {
   HeadModel same(settings);
   const Picture reference = take(clean);
   const Picture picture = take(noisy);
-  double squares = 0;
-  for (std::size_t i = 0; i < picture.pixels.size(); ++i)
-    squares += (picture.pixels[i] - reference.pixels[i]) * (picture.pixels[i] - reference.pixels[i]);
-  EXPECT_NEAR(std::sqrt(squares / static_cast<double>(picture.pixels.size())), 3, 0.3);
+  EXPECT_NEAR(deviation(picture, reference), 3, 0.3);
   EXPECT_EQ(differingPixels(picture, take(same)), 0U);
   settings.noiseSeed = 2;
   HeadModel other(settings);
@@ -162,7 +247,7 @@ TEST(HeadMeasurementTest, StoresAPictureOfEachChannelUnderTheImagesIndex) {
 
 TEST(HeadMeasurementTest, FailsWhenThePicturesHaveNoRoom) {
   HeadSettings settings = small();
-  settings.pictureMemory = 160 * 128 * 3;  // the two pictures of one image, and half of the next
+  settings.pictureMemory = std::size_t{160} * 128 * 3;  // the two pictures of one image, and half of the next
   HeadModel model(settings);
   std::uint32_t id = 0;
   ASSERT_EQ(model.allocateSequence(2, id), Status::ok);

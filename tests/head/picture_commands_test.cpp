@@ -4,8 +4,6 @@
 namespace fringix::head {
 namespace {
 
-constexpr std::size_t frameBytes = 64 * 48;
-
 class PictureCommandsTest : public RunningHead {
  protected:
   PictureCommandsTest() {

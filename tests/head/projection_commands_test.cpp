@@ -9,7 +9,6 @@ namespace {
 
 constexpr std::int32_t badParameter = -3;
 constexpr std::int32_t unknownSequence = -20;
-constexpr std::size_t frameBytes = 64 * 48;
 
 class ProjectionCommandsTest : public RunningHead {
  protected:

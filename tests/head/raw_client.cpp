@@ -56,6 +56,12 @@ std::int32_t RawClient::receiveInt() {
   return static_cast<std::int32_t>(value);
 }
 
+std::string RawClient::receiveText() {
+  const auto field = receiveBytes(6);
+  const auto text = receiveBytes(std::stoul(std::string(field.begin(), field.end())));
+  return {text.begin(), text.end()};
+}
+
 std::vector<std::uint8_t> RawClient::receiveBytes(std::size_t count) {
   std::vector<std::uint8_t> bytes(count);
   for (std::size_t done = 0; done < count;) {

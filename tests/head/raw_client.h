@@ -23,6 +23,7 @@ class RawClient {
   void sendInts(std::initializer_list<std::int32_t> values);
 
   std::int32_t receiveInt();
+  std::string receiveText();
   std::vector<std::uint8_t> receiveBytes(std::size_t count);
   bool closedByHead();  // the next thing that arrives is the end of the connection
 

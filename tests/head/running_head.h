@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -14,6 +16,7 @@
 namespace fringix::head {
 
 inline constexpr Size smallCamera{64, 48};
+inline constexpr std::size_t frameBytes = std::size_t{64} * 48;
 inline constexpr Size smallProjector{32, 20};
 inline constexpr std::int32_t smallSerial = 4711;
 
@@ -28,7 +31,7 @@ inline HeadSettings smallHead() {
 
 class RunningHead : public testing::Test {
  protected:
-  RunningHead() {
+  explicit RunningHead(const HeadSettings& settings = smallHead()) : server(settings) {
     server.start();
     client = std::make_unique<RawClient>();
     client->greet();
@@ -45,6 +48,18 @@ class RunningHead : public testing::Test {
     return client->receiveInt();
   }
 
+  // For commands whose whole reply is integers.
+  std::vector<std::int32_t> askInts(std::size_t count, std::string_view command, std::initializer_list<std::int32_t> arguments = {}) {
+    say(command, arguments);
+    return receiveInts(count);
+  }
+
+  std::vector<std::int32_t> receiveInts(std::size_t count) {
+    std::vector<std::int32_t> values(count);
+    for (auto& value : values) value = client->receiveInt();
+    return values;
+  }
+
   std::vector<std::uint8_t> askBytes(std::size_t count, std::string_view command, std::initializer_list<std::int32_t> arguments = {}) {
     say(command, arguments);
     return client->receiveBytes(count);
@@ -59,7 +74,7 @@ class RunningHead : public testing::Test {
     return static_cast<std::uint32_t>(id);
   }
 
-  HeadServer server{smallHead()};
+  HeadServer server;
   std::unique_ptr<RawClient> client;
 };
 

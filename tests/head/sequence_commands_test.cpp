@@ -144,7 +144,7 @@ TEST_F(SequenceCommandsTest, CalculatesTheColumnThatLightsEachPixel) {
   for (std::int32_t image = 0; image < 10; ++image)
     EXPECT_EQ(ask("14MSG_SLSeqMakeGraycode", {id, 20 + image, 4 - image / 2, 0, image % 2}), 0);
   EXPECT_EQ(ask("61MSG_SLStartFromTo", {id, 20, 29}), 0);
-  const auto bytes = askBytes(64 * 48 * 2, "90MSG_SLCalcGrayCode", {20, 5, 20, 1});
+  const auto bytes = askBytes(2 * frameBytes, "90MSG_SLCalcGrayCode", {20, 5, 20, 1});
   EXPECT_EQ(client->receiveInt(), 0);
   std::size_t lit = 0;
   int previous = 0;
@@ -160,7 +160,7 @@ TEST_F(SequenceCommandsTest, CalculatesTheColumnThatLightsEachPixel) {
 }
 
 TEST_F(SequenceCommandsTest, AGrayCodeThatWasNotMeasuredIsAllWithoutCode) {
-  const std::vector<std::uint8_t> none(64 * 48 * 2, 0xFF);
+  const std::vector<std::uint8_t> none(2 * frameBytes, 0xFF);
   EXPECT_EQ(askBytes(none.size(), "90MSG_SLCalcGrayCode", {0, 5, 20, 0}), none);
   EXPECT_EQ(client->receiveInt(), badParameter);
   EXPECT_EQ(askBytes(none.size(), "90MSG_SLCalcGrayCode", {0, -1, 20, 0}), none);

@@ -109,9 +109,9 @@ TEST_F(HeadServerTest, SendsWholeLivePictures) {
   RawClient client;
   client.greet();
   client.sendText("41MSG_SLGetLiveImage");
-  const auto first = client.receiveBytes(64 * 48);
+  const auto first = client.receiveBytes(frameBytes);
   client.sendText("41MSG_SLGetLiveImage");
-  const auto second = client.receiveBytes(64 * 48);
+  const auto second = client.receiveBytes(frameBytes);
   EXPECT_NE(first, second);
   client.sendText("21MSG_SLGetSerial");
   EXPECT_EQ(client.receiveInt(), 4711);

@@ -1,0 +1,167 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+#include "head/data_name.h"
+#include "head/data_store.h"
+#include "temporary_folder.h"
+
+namespace fringix::head {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t capacity = 100;
+
+TEST(DataNameTest, OrdinaryNames) {
+  for (const char* name : {"a", "calib.bin", "my scan-2_b.v1.dat", "_x", "7", "CONSOLE", "com", "COM12", "lpt", "nul2"})
+    EXPECT_TRUE(isDataName(name)) << name;
+  EXPECT_TRUE(isDataName(std::string(64, 'x')));
+}
+
+TEST(DataNameTest, NoWayOutOfAFolder) {
+  for (const char* name : {"", ".", "..", "../x", "..\\x", "a/b", "a\\b", "/etc/passwd", "\\\\host\\x", "C:", "C:x", "C:\\x", "a:stream",
+                           "~", ".hidden", ".incoming", "FOLDER~1"})
+    EXPECT_FALSE(isDataName(name)) << name;
+}
+
+TEST(DataNameTest, NoDevices) {
+  for (const char* name : {"CON", "nul", "Aux", "prn", "COM1", "com9", "COM0", "LPT3", "nul.txt", "con.a.b", "COM1 .x", "aux  .bin"})
+    EXPECT_FALSE(isDataName(name)) << name;
+}
+
+TEST(DataNameTest, NothingThatASystemWouldChangeOrMisread) {
+  for (const char* name : {"a.", "a ", " a", "-rf", "a\n", "a*", "a?", "a|b", R"(a"b)", "a<b", "\xC3\xA4", "a\x7F"})
+    EXPECT_FALSE(isDataName(name)) << name;
+  EXPECT_FALSE(isDataName(std::string_view("a\0b", 3)));
+  EXPECT_FALSE(isDataName(std::string(65, 'x')));
+}
+
+// The same rules for both places.
+class DataStoreTest : public testing::TestWithParam<bool> {
+ protected:
+  std::unique_ptr<DataStore> makeStore() {
+    HeadSettings settings;
+    settings.dataMemory = capacity;
+    if (GetParam()) settings.storage = (folder.path() / "blocks").string();
+    return makeDataStore(settings);
+  }
+
+  Block loaded(const std::string& name) const {
+    const SharedBlock block = store->load(name);
+    return block != nullptr ? *block : Block{};
+  }
+
+  TemporaryFolder folder;
+  std::unique_ptr<DataStore> store = makeStore();
+};
+
+INSTANTIATE_TEST_SUITE_P(Places, DataStoreTest, testing::Bool(), [](const auto& place) { return place.param ? "Folder" : "Memory"; });
+
+TEST_P(DataStoreTest, KeepsBlocksByName) {
+  const Block bytes{0, 13, 10, 26, 255};
+  EXPECT_EQ(store->save("a.bin", bytes), Status::ok);
+  EXPECT_EQ(store->save("b.bin", {1}), Status::ok);
+  EXPECT_EQ(loaded("a.bin"), bytes);
+  EXPECT_EQ(loaded("b.bin"), Block{1});
+  EXPECT_EQ(store->load("c.bin"), nullptr);
+}
+
+TEST_P(DataStoreTest, ReplacesABlock) {
+  EXPECT_EQ(store->save("a", Block(90, 1)), Status::ok);
+  EXPECT_EQ(store->save("a", Block(95, 2)), Status::ok) << "the old one does not count";
+  EXPECT_EQ(loaded("a"), Block(95, 2));
+}
+
+TEST_P(DataStoreTest, RefusesWhatDoesNotFitTogether) {
+  EXPECT_EQ(store->save("a", Block(60)), Status::ok);
+  EXPECT_EQ(store->save("b", Block(41)), Status::outOfMemory);
+  EXPECT_EQ(store->load("b"), nullptr);
+  EXPECT_EQ(store->save("b", Block(40)), Status::ok);
+  EXPECT_EQ(store->save("a", Block(61)), Status::outOfMemory);
+  EXPECT_EQ(loaded("a"), Block(60)) << "the old one stays";
+}
+
+TEST_P(DataStoreTest, RefusesNamesThatAreNone) {
+  EXPECT_EQ(store->save("../a", {1}), Status::badParameter);
+  EXPECT_EQ(store->save("", {1}), Status::badParameter);
+  EXPECT_EQ(store->load("../a"), nullptr);
+  EXPECT_EQ(store->save("a", {}), Status::badParameter) << "an empty block cannot be told from none";
+}
+
+class FolderStoreTest : public testing::Test {
+ protected:
+  std::unique_ptr<DataStore> open() {
+    HeadSettings settings;
+    settings.dataMemory = capacity;
+    settings.storage = blocks.string();
+    return makeDataStore(settings);
+  }
+
+  static void write(const fs::path& file, const std::string& text) { std::ofstream(file, std::ios::binary) << text; }
+
+  std::size_t files() const { return static_cast<std::size_t>(std::distance(fs::directory_iterator(blocks), fs::directory_iterator())); }
+
+  TemporaryFolder folder;
+  const fs::path blocks = folder.path() / "deep" / "blocks";
+};
+
+TEST_F(FolderStoreTest, BlocksOutliveTheStore) {
+  open()->save("a", {1, 2, 3});
+  EXPECT_EQ(*open()->load("a"), (Block{1, 2, 3}));
+  EXPECT_EQ(fs::file_size(blocks / "a"), 3U);
+  EXPECT_EQ(files(), 1U) << "and nothing else";
+}
+
+TEST_F(FolderStoreTest, FilesOfPeopleAreBlocks) {
+  const auto store = open();
+  write(blocks / "hello.txt", "hello");
+  EXPECT_EQ(*store->load("hello.txt"), (Block{'h', 'e', 'l', 'l', 'o'}));
+  EXPECT_EQ(store->save("a", Block(96)), Status::outOfMemory) << "they count";
+  write(blocks / "large", std::string(101, 'x'));
+  EXPECT_EQ(store->load("large"), nullptr);
+}
+
+TEST_F(FolderStoreTest, TouchesNothingOutside) {
+  const auto store = open();
+  write(folder.path() / "deep" / "secret", "secret");
+  for (const char* name : {"../secret", "..\\secret", "deep/../../secret"}) {
+    EXPECT_EQ(store->load(name), nullptr) << name;
+    EXPECT_EQ(store->save(name, {1}), Status::badParameter) << name;
+  }
+  EXPECT_EQ(store->load((folder.path() / "deep" / "secret").string()), nullptr);
+  EXPECT_EQ(fs::file_size(folder.path() / "deep" / "secret"), 6U);
+}
+
+TEST_F(FolderStoreTest, FollowsNoLinks) {
+  const auto store = open();
+  write(folder.path() / "secret", "secret");
+  std::error_code error;
+  fs::create_symlink(folder.path() / "secret", blocks / "link", error);
+  if (error) GTEST_SKIP() << "no links here: " << error.message();
+  EXPECT_EQ(store->load("link"), nullptr);
+  EXPECT_EQ(store->save("link", {1}), Status::ok) << "it takes the link's place";
+  EXPECT_EQ(fs::file_size(folder.path() / "secret"), 6U);
+  EXPECT_EQ(*store->load("link"), Block{1});
+}
+
+TEST_F(FolderStoreTest, TellsThatTheFolderCannotBeWritten) {
+  const auto store = open();
+  fs::create_directories(blocks / "taken" / "by a folder");
+  EXPECT_EQ(store->save("taken", {1}), Status::storageFailed);
+  EXPECT_EQ(store->load("taken"), nullptr);
+  EXPECT_EQ(files(), 1U) << "no half of a block is left";
+  fs::remove_all(blocks);
+  EXPECT_EQ(store->save("a", {1}), Status::storageFailed);
+  EXPECT_EQ(store->load("a"), nullptr);
+}
+
+TEST_F(FolderStoreTest, AFolderThatCannotBeMadeIsAnError) {
+  write(folder.path() / "deep", "a file is in its place");
+  EXPECT_THROW(open(), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace fringix::head
