@@ -79,17 +79,23 @@ int run(const Options& options) {
   return options.check && missed > 0 ? 1 : 0;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int parseAndRun(int argc, char** argv) {
   CLI::App app("Compares the library with a hand-written client on loopback.");
   Options options;
   declare(app, options);
   try {
     app.parse(argc, argv);
-    return run(options);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : 2;
+  }
+  return run(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return parseAndRun(argc, argv);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "fringix-bench: %s\n", error.what());
     return 2;

@@ -87,7 +87,8 @@ Measurement measure(const Comparison& comparison, const Plan& plan) {
   pinTo(plan.clientCore);
   const bool twoCores = comparison.cores == Cores::two;
   const ReplayServer server(comparison.head, twoCores ? plan.serverCore : plan.clientCore);
-  std::optional<Wakefulness> clientCore, serverCore;
+  std::optional<Wakefulness> clientCore;
+  std::optional<Wakefulness> serverCore;
   if (twoCores) {
     clientCore.emplace(plan.clientCore);
     serverCore.emplace(plan.serverCore);

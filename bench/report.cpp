@@ -17,8 +17,8 @@ using nlohmann::ordered_json;
 constexpr double noisyLoad = 0.5;  // other work that is runnable half of the time shows in the numbers
 
 Summary summarize(const std::vector<Batch>& batches, Metric metric) {
-  std::vector<double> values;
-  for (const Batch& batch : batches) values.push_back(valueOf(metric, batch));
+  std::vector<double> values(batches.size());
+  std::transform(batches.begin(), batches.end(), values.begin(), [&](const Batch& batch) { return valueOf(metric, batch); });
   std::sort(values.begin(), values.end());
   return {values[values.size() / 2], values.front(), values.back()};
 }
