@@ -103,8 +103,15 @@ Status HeadModel::freeSequence(std::uint32_t id) {
 }
 
 Status HeadModel::putImage(std::uint32_t id, std::uint32_t index, Pattern pattern) {
-  const std::lock_guard lock(mutex_);
-  return sequences_.put(id, index, std::move(pattern));
+  SequenceImage stored;
+  {
+    const std::lock_guard lock(mutex_);
+    const Status status = sequences_.put(id, index, std::move(pattern));
+    if (status != Status::ok || !settings_.patternStored) return status;
+    stored = sequences_.image(id, index);
+  }
+  settings_.patternStored(id, index, *stored.pattern);
+  return Status::ok;
 }
 
 SequenceImage HeadModel::sequenceImage(std::uint32_t id, std::uint32_t index) const {

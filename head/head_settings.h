@@ -4,12 +4,15 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "head/clock.h"
 #include "head/serial_script.h"
 
 namespace fringix::head {
+
+struct Pattern;
 
 struct Size {
   std::int32_t width = 0;
@@ -34,6 +37,9 @@ struct HeadSettings {
   std::size_t dataMemory = std::size_t{256} << 20;  // bytes for all data blocks together, at most 2^31 - 1
   SerialScript serialScript;                        // what the device at the serial port answers; empty: it repeats every command
   Clock clock = std::chrono::steady_clock::now;     // for uptime and temperatures
+
+  // Told of every image that has been put into a sequence, on the thread of the client's session; may be empty.
+  std::function<void(std::uint32_t sequence, std::uint32_t image, const Pattern& pattern)> patternStored;
 };
 
 }  // namespace fringix::head

@@ -13,6 +13,7 @@
 
 #include "head/head_server.h"
 #include "head/options.h"
+#include "head/pattern_files.h"
 #include "platform/clock.h"
 
 namespace {
@@ -62,7 +63,8 @@ head::Observer makeObserver(const HeadSettings& settings, bool verbose) {
 void serve(const head::Options& options) {
   std::list<head::HeadServer> servers;
   for (int i = 0; i < options.heads; ++i) {
-    const HeadSettings settings = settingsOf(options, i);
+    HeadSettings settings = settingsOf(options, i);
+    if (!options.patternFolder.empty()) settings.patternStored = head::patternWriter(options.patternFolder, settings.serial);
     auto& server = servers.emplace_back(settings, makeObserver(settings, options.verbose));
     server.model().setMeasurementFault(options.measurementFault);
     server.start();

@@ -82,6 +82,12 @@ void addStorage(CLI::App& app, HeadSettings& first) {
       ->default_str(std::to_string(first.dataMemory / mebibyte));
 }
 
+void addPatternFolder(CLI::App& app, Options& options) {
+  app.add_option("--patterns", options.patternFolder,
+                 "Write every image that is put into a sequence to a PNG file in this folder, made when missing")
+      ->type_name("DIR");
+}
+
 void addSerialPort(CLI::App& app, HeadSettings& first) {
   app.add_option_function<std::string>(
          "--serial-script", [&first](const std::string& file) { first.serialScript = readSerialScript(file); },
@@ -109,6 +115,7 @@ Options parseOptions(CLI::App& app, int argc, char** argv) {
   addMeasurement(app, options);
   addStorage(app, options.first);
   addSerialPort(app, options.first);
+  addPatternFolder(app, options);
   app.add_flag("--verbose", options.verbose, "Print every connection and every command, with time and client");
   app.parse(argc, argv);
   return options;

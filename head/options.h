@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdint>
+#include <string>
 
 #include "head/head_settings.h"
 
@@ -12,6 +13,7 @@ struct Options {
   HeadSettings first;
   int heads = 1;
   std::int32_t measurementFault = 0;
+  std::string patternFolder;  // where every stored pattern is written to; empty: nowhere
   bool verbose = false;
 };
 

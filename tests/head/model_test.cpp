@@ -277,5 +277,21 @@ TEST(DigitsTest, StaysInsideThePicture) {
   EXPECT_GT(std::count(picture.pixels.begin(), picture.pixels.end(), 9), 0);
 }
 
+TEST(HeadModelTest, TellsOfEveryPatternThatWasStored) {
+  HeadSettings settings = small();
+  std::vector<std::uint32_t> told;
+  settings.patternStored = [&](std::uint32_t sequence, std::uint32_t image, const Pattern& pattern) {
+    EXPECT_EQ(pattern.pixels.front(), grey(200));
+    told = {sequence, image};
+  };
+  HeadModel model(settings);
+  std::uint32_t id = 0;
+  ASSERT_EQ(model.allocateSequence(2, id), Status::ok);
+  EXPECT_NE(model.putImage(id, 2, makeUniform(small().projector, 200)), Status::ok);
+  EXPECT_TRUE(told.empty()) << "a refused image is not stored";
+  EXPECT_EQ(model.putImage(id, 1, makeUniform(small().projector, 200)), Status::ok);
+  EXPECT_EQ(told, (std::vector<std::uint32_t>{id, 1}));
+}
+
 }  // namespace
 }  // namespace fringix::head
