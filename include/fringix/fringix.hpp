@@ -13,8 +13,11 @@
 #ifndef FRINGIX_FRINGIX_HPP
 #define FRINGIX_FRINGIX_HPP
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -100,6 +103,12 @@ struct RgbImage {
   std::vector<std::uint8_t> pixels;
 };
 
+// The values that a setting takes, both ends included.
+struct Range {
+  std::int32_t min = 0;
+  std::int32_t max = 0;
+};
+
 struct Key {
   std::int32_t serial = 0;
   std::int32_t protocolVersion = 0;
@@ -183,6 +192,71 @@ class Device {
     return image;
   }
 
+  // Settings and state, in the head's units.
+  std::int32_t checkSystem() const { return get<std::int32_t>("SLCheckSystem", SLCheckSystem); }
+  std::int32_t temperature() const { return get<std::int32_t>("SLGetTemperature", SLGetTemperature); }
+  std::int32_t uptime() const { return get<std::int32_t>("SLGetUptime", SLGetUptime); }
+  std::int32_t projectorTemperature() const { return get<std::int32_t>("SLGetProjectorTemperature", SLGetProjectorTemperature); }
+  std::int32_t projectorStatus() const { return get<std::int32_t>("SLGetProjectorStatus", SLGetProjectorStatus); }
+  std::int32_t exposure() const { return get<std::int32_t>("SLGetCurrentExposure", SLGetCurrentExposure); }
+  std::int32_t ledPower() const { return get<std::int32_t>("SLGetLEDPower", SLGetLEDPower); }
+  Range ledPowerRange() const { return range("SLGetLEDPowerMinMax", SLGetLEDPowerMinMax); }
+  void setLedPower(std::int32_t power) const { call("SLSetLEDPower", SLSetLEDPower, power); }
+  void setDirectLedPower(std::uint8_t value) const { call("SLSetLedPowerValue", SLSetLedPowerValue, value); }
+  std::int32_t brightness() const { return get<std::int32_t>("SLGetBrightnessLevel", SLGetBrightnessLevel); }
+  Range brightnessRange() const { return range("SLGetBrightnessMinMax", SLGetBrightnessMinMax); }
+  void setBrightness(std::int32_t level) const { call("SLSetBrightnessLevel", SLSetBrightnessLevel, level); }
+  std::int32_t gain() const { return get<std::int32_t>("SLGetGain", SLGetGain); }
+  Range gainRange() const { return range("SLGetGainMinMax", SLGetGainMinMax); }
+  void setGain(std::int32_t gain) const { call("SLSetGain", SLSetGain, gain); }
+  void setDmdState(std::int32_t state) const { call("SLSetDMDState", SLSetDMDState, state); }
+  void setMask(const Image& mask, std::int32_t selector = 0) const {
+    constexpr std::uint32_t largestSide = std::numeric_limits<std::int32_t>::max();
+    const bool whole = mask.pixels.size() == std::uint64_t{mask.width} * mask.height;
+    if (!whole || mask.width > largestSide || mask.height > largestSide) throw Error("SLSetMask", SLBAD_PARAMETER);
+    call("SLSetMask", SLSetMask, mask.pixels.data(), selector, static_cast<std::int32_t>(mask.width),
+         static_cast<std::int32_t>(mask.height));
+  }
+  void clearMask() const { call("SLClearMask", SLClearMask); }
+
+  // Blocks of bytes in files on the head. A file that is empty gives an empty block.
+  void saveData(const std::string& fileName, const std::vector<std::uint8_t>& bytes) const {
+    if (bytes.size() > std::numeric_limits<std::int32_t>::max()) throw Error("SLSaveData", SLBAD_PARAMETER);
+    call("SLSaveData", SLSaveData, bytes.data(), static_cast<std::int32_t>(bytes.size()), fileName.c_str());
+  }
+  std::vector<std::uint8_t> loadData(const std::string& fileName) const {
+    std::uint8_t* block = nullptr;
+    std::int32_t size = 0;
+    const std::int32_t status = SLLoadData(handle_, &block, &size, fileName.c_str());
+    const std::unique_ptr<std::uint8_t, std::int32_t (*)(std::uint8_t*)> freedAtTheEnd(block, SLFreeData);
+    check("SLLoadData", status);
+    return {block, block + size};
+  }
+
+  // Integers of the head's configuration.
+  std::int32_t readIni(const std::string& section, const std::string& key) const {
+    std::int32_t value = 0;
+    call("SLReadIniInt", SLReadIniInt, &value, section.c_str(), key.c_str());
+    return value;
+  }
+  void writeIni(const std::string& section, const std::string& key, std::int32_t value) const {
+    call("SLWriteIniInt", SLWriteIniInt, value, section.c_str(), key.c_str());
+  }
+
+  // Lines of the head, and commands to what hangs on it.
+  std::int32_t gpio(std::int32_t line) const { return get<std::int32_t>("SLGetGPIOStatus", SLGetGPIOStatus, line); }
+  void setGpio(std::int32_t line, std::int32_t value) const { call("SLSetGPIOValue", SLSetGPIOValue, line, value); }
+  std::string serial(const std::string& command) const {
+    std::vector<char> reply(longestText + 1);
+    call("SLExecRS232", SLExecRS232, command.c_str(), reply.data(), static_cast<std::int32_t>(reply.size()));
+    return reply.data();
+  }
+  std::array<std::uint8_t, 3> projector(std::uint8_t command, std::uint8_t argument) const {
+    std::array<std::uint8_t, 3> results{};
+    call("SLExecProjCmd", SLExecProjCmd, command, argument, &results[0], &results[1], &results[2]);
+    return results;
+  }
+
   // Pattern sequences. The head gives the number of a sequence and decides what g1 to g4 mean.
   std::uint32_t allocateSequence(std::uint32_t imageCount) const { return get<std::uint32_t>("SLSeqAlloc", SLSeqAlloc, imageCount); }
   void freeSequence(std::uint32_t id) const { call("SLSeqFree", SLSeqFree, id); }
@@ -217,6 +291,7 @@ class Device {
  private:
   static constexpr std::int32_t closedHandle = -1;
   static constexpr std::uint32_t unknownSize = 0xFFFFFFFF;
+  static constexpr std::size_t longestText = 999999;  // that a head can send
 
   // One command: the C function with this session's handle before its other arguments.
   template <class Function, class... Arguments>
@@ -244,6 +319,13 @@ class Device {
     call(operation, function, &size.width, &size.height);
     if (size.width == unknownSize || size.height == unknownSize) throw Error(operation, SLSYSTEM_ERROR);
     return size;
+  }
+
+  template <class Function>
+  Range range(const char* operation, Function function) const {
+    Range range;
+    call(operation, function, &range.min, &range.max);
+    return range;
   }
 
   static Size reduced(Size size, std::uint32_t factor) { return factor == 0 ? Size{} : Size{size.width / factor, size.height / factor}; }

@@ -12,7 +12,13 @@ class Examples : public testing::Test {
  protected:
   Examples() { server_.start(); }
 
-  head::HeadServer server_{{.address = "127.0.0.2", .serial = 4711}};
+  static head::HeadSettings settings() {
+    head::HeadSettings settings;
+    settings.serial = 4711;
+    return settings;
+  }
+
+  head::HeadServer server_{settings()};
 };
 
 TEST_F(Examples, LivePictureInC) {

@@ -1,11 +1,12 @@
 // The built program filling a head with patterns; the head's own memory shows what arrived.
 #include <gtest/gtest.h>
 
+#include "files.h"
 #include "head/head_server.h"
 #include "head/patterns.h"
-#include "output_file.h"
 #include "png_writer.h"
 #include "program.h"
+#include "small_head.h"
 
 namespace fringix::test {
 namespace {
@@ -35,7 +36,7 @@ class FringixPattern : public testing::Test {
   }
 
   const ScratchFolder scratch_;
-  head::HeadServer server_{{.address = "127.0.0.1", .camera = {64, 48}, .projector = projector}};
+  head::HeadServer server_{smallHead()};
   std::uint32_t sequence_ = 0;
 };
 

@@ -4,6 +4,7 @@
 #include "head/head_server.h"
 #include "png_decoder.h"
 #include "program.h"
+#include "small_head.h"
 
 namespace fringix::test {
 namespace {
@@ -32,7 +33,7 @@ class FringixPicture : public testing::Test {
   }
 
   const ScratchFolder scratch_;
-  head::HeadServer server_{{.address = "127.0.0.1", .camera = {64, 48}, .projector = {32, 20}}};
+  head::HeadServer server_{smallHead()};
 };
 
 TEST_F(FringixPicture, LiveRegion) {
@@ -107,7 +108,7 @@ TEST_F(FringixPicture, CountBeyondTheLastNumberIsWrongUsage) {
 
 TEST(FringixSheet, PutsPicturesTogether) {
   const ScratchFolder scratch;
-  head::HeadServer server({.address = "127.0.0.1", .camera = {64, 48}});
+  head::HeadServer server(smallHead());
   server.start();
   runProgram(FRINGIX_TOOL, "live 127.0.0.1 -n 4 -o " + inQuotes(scratch / "a.png"));
   std::string arguments = "sheet -o " + inQuotes(scratch / "sheet.png") + " --width 64 --columns 4";

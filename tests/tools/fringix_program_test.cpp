@@ -9,12 +9,11 @@
 #include "head/head_server.h"
 #include "png_decoder.h"
 #include "program.h"
+#include "small_head.h"
 #include "support/scripted_head.h"
 
 namespace fringix::test {
 namespace {
-
-const char* const headAddress = "127.0.0.1";
 
 Outcome fringixTool(const std::string& arguments) { return runProgram(FRINGIX_TOOL, arguments); }
 
@@ -22,7 +21,7 @@ class FringixProgram : public testing::Test {
  protected:
   FringixProgram() { server_.start(); }
 
-  head::HeadServer server_{{.address = headAddress, .serial = 4711, .camera = {64, 48}, .projector = {32, 20}}};
+  head::HeadServer server_{smallHead()};
 };
 
 TEST_F(FringixProgram, InfoIsATable) {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "output_file.h"
+#include "files.h"
 #include "png_writer.h"
 #include "program.h"
 

@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "head/head_server.h"
+#include "small_head.h"
 #include "support/scripted_head.h"
 
 namespace fringix {
@@ -13,12 +14,11 @@ namespace {
 
 const char* const address = "127.0.0.1";
 
-// A head of a size of its own, so that nothing can be right by chance.
 class Wrapper : public testing::Test {
  protected:
   Wrapper() { server_.start(); }
 
-  head::HeadServer server_{{.address = address, .serial = 4711, .camera = {64, 48}, .projector = {32, 20}}};
+  head::HeadServer server_{test::smallHead()};
 };
 
 test::Script opened(std::uint32_t cameraWidth, std::uint32_t cameraHeight) {

@@ -21,9 +21,18 @@ struct Subcommand {
 
 constexpr Subcommand subcommands[] = {
     {"info", "Show what a head says of itself", defineInfo},
+    {"status", "Show settings and state of a head", defineStatus},
+    {"get", "Print a value of the head", defineGet},
+    {"set", "Set a value of the head", defineSet},
     {"live", "Fetch the camera's current picture", defineLive},
     {"picture", "Fetch a picture that the head has stored", definePicture},
     {"pattern", "Fill the head with projector patterns", definePattern},
+    {"mask", "Darken parts of everything that is projected", defineMask},
+    {"data", "Keep files on the head", defineData},
+    {"ini", "Read and write the head's configuration", defineIni},
+    {"gpio", "Read and set the head's lines", defineGpio},
+    {"serial", "Pass a command to the head's serial port", defineSerial},
+    {"projector", "Pass a command to the projector", defineProjector},
     {"sheet", "Put PNG pictures on one labelled sheet", defineSheet},
 };
 
@@ -90,6 +99,8 @@ int run(int argc, const char* const* argv) {
     return app.exit(error) == 0 ? 0 : 2;
   } catch (const Error& error) {
     return fail(explain(error, context.address));
+  } catch (const Failure& failure) {
+    return fail(failure.explanation());
   } catch (const std::exception& error) {
     return fail({error.what(), ""});
   }

@@ -43,12 +43,30 @@ constexpr Row rows[] = {
     {"SLSeqMakeGrayCode", SLBAD_PARAMETER, "the second number of a Gray code is above 23", "Give 0 to 23."},
     {"SLSeq", SLSYSTEM_ERROR, "the head at {address} refuses {operation}",
      "Check that the sequence exists and has such an image, and the numbers: what they mean is the head's business."},
+    {"SLSetMask", SLSYSTEM_ERROR, "the head at {address} refuses the mask",
+     "Check its size and the selector: \"fringix info {address}\" shows the size of the projector."},
+    {"SLSaveData", SLSYSTEM_ERROR, "the head at {address} could not store the block",
+     "Check its name, and whether the head has room: which names it takes is the head's business."},
+    {"SLLoadData", SLSYSTEM_ERROR, "the head at {address} could not give the block", "Check its name."},
+    {"SLReadIniInt", SLSYSTEM_ERROR, "the head at {address} has no such configuration value", "Check section and key."},
+    {"SLWriteIniInt", SLSYSTEM_ERROR, "the head at {address} refuses the configuration value",
+     "Check section, key and value: what they may be is the head's business."},
+    {"SLGetGPIOStatus", SLSYSTEM_ERROR, "the head at {address} has no such line", "Check the line's number."},
+    {"SLSetGPIOValue", SLSYSTEM_ERROR, "the head at {address} refuses to set the line", "Check the line's number and the value."},
+    {"SLExecRS232", SLSYSTEM_ERROR, "the device at the serial port of the head at {address} gives no answer",
+     "Check the command, and that the device is connected and on."},
+    {"SLExecProjCmd", SLSYSTEM_ERROR, "the projector of the head at {address} refuses the command",
+     "Check its number and argument: what they mean is the projector's business."},
     {anyOperation, SLCONNECTION_ERROR, "the connection to the head at {address} broke during {operation}",
      "Check the cable and that the head is on, then run the command again."},
     {anyOperation, SLSYSTEM_ERROR, "the head at {address} reports a failure of {operation}",
      "Run the command again with --trace to see the calls before it."},
     {anyOperation, SLVERSION_TOO_OLD, "the head at {address} is too old for {operation}",
      "\"fringix info {address}\" shows its protocol version. Bring the head's software up to date."},
+    {"SLSaveData", anyCode, "the head at {address} does not take a block of this size and name",
+     "Try a shorter name or a smaller file: what the number means is told by the head's documentation."},
+    {"SLLoadData", anyCode, "the head at {address} does not take the block's name",
+     "Check the name: what the number means is told by the head's documentation."},
     {anyOperation, SLBAD_PARAMETER, "{operation} refuses a value as out of range",
      "Check the values given; \"fringix info {address}\" shows the sizes that limit them."},
     {anyOperation, SLUNKNOWN_SEQUENCE_ID, "the head at {address} does not know the sequence", "Check the sequence's number."},
@@ -65,13 +83,17 @@ bool fits(const Row& row, const Error& error) {
 
 }  // namespace
 
+std::string inBrackets(const Error& error) {
+  return error.code() > 0 ? fmt::format("({})", error.code()) : fmt::format("({}, {})", error.name(), error.code());
+}
+
 Explanation explain(const Error& error, const std::string& address) {
   const Row& row = *std::find_if(std::begin(rows), std::end(rows), [&](const Row& candidate) { return fits(candidate, error); });
   const auto fill = [&](const char* text) {
     return fmt::format(fmt::runtime(text), fmt::arg("address", address), fmt::arg("port", commandPort),
                        fmt::arg("operation", error.operation()));
   };
-  return {fmt::format("{} ({}, {})", fill(row.what), error.name(), error.code()), fill(row.next)};
+  return {fmt::format("{} {}", fill(row.what), inBrackets(error)), fill(row.next)};
 }
 
 }  // namespace fringix::tool

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <fringix/fringix.hpp>
+#include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace fringix::tool {
 
@@ -12,6 +14,18 @@ struct Explanation {
   std::string what;
   std::string next;
 };
+
+// A failure whose place knows how to explain it.
+class Failure : public std::runtime_error {
+ public:
+  explicit Failure(Explanation explanation) : std::runtime_error(explanation.what), explanation_(std::move(explanation)) {}
+  const Explanation& explanation() const noexcept { return explanation_; }
+
+ private:
+  Explanation explanation_;
+};
+
+std::string inBrackets(const Error& error);  // "(SLBAD_PARAMETER, -3)"; a head's own number, above 0, has no name: "(7)"
 
 Explanation explain(const Error& error, const std::string& address);
 

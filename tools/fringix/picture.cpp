@@ -1,6 +1,6 @@
 #include <memory>
 
-#include "output_file.h"
+#include "files.h"
 #include "picture_options.h"
 #include "picture_series.h"
 #include "subcommand.h"

@@ -4,7 +4,7 @@
 
 #include <chrono>
 
-#include "output_file.h"
+#include "files.h"
 #include "png_writer.h"
 #include "progress_bar.h"
 #include "terminal.h"

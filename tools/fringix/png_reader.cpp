@@ -6,12 +6,12 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "files.h"
 
 namespace fringix::tool {
 namespace {
@@ -150,13 +150,9 @@ Raster decodePng(View file) {
 }
 
 Raster readPng(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) refuse(fmt::format("cannot read \"{}\"", path));
-  std::ostringstream bytes;
-  bytes << file.rdbuf();
-  const std::string text = std::move(bytes).str();
+  const Bytes file = readFile(path);
   try {
-    return decodePng({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+    return decodePng(file);
   } catch (const std::runtime_error& error) {
     refuse(fmt::format("\"{}\" {}", path, error.what()));
   }

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "contact_sheet.h"
-#include "output_file.h"
+#include "files.h"
 #include "png_reader.h"
 #include "png_writer.h"
 #include "subcommand.h"

@@ -18,10 +18,19 @@ Device openHead(const Context& context);
 // Adds the ADDRESS argument of a subcommand that talks to a head, and to its help what there is to know about connecting.
 void addAddress(CLI::App& app, Context& context);
 
+void defineData(CLI::App& app, Context& context);
+void defineGet(CLI::App& app, Context& context);
+void defineGpio(CLI::App& app, Context& context);
 void defineInfo(CLI::App& app, Context& context);
+void defineIni(CLI::App& app, Context& context);
 void defineLive(CLI::App& app, Context& context);
+void defineMask(CLI::App& app, Context& context);
 void definePattern(CLI::App& app, Context& context);
 void definePicture(CLI::App& app, Context& context);
+void defineProjector(CLI::App& app, Context& context);
+void defineSerial(CLI::App& app, Context& context);
+void defineSet(CLI::App& app, Context& context);
 void defineSheet(CLI::App& app, Context& context);
+void defineStatus(CLI::App& app, Context& context);
 
 }  // namespace fringix::tool

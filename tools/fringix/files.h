@@ -1,4 +1,4 @@
-// Files that the tool writes. Every failure is a std::runtime_error that names the file and the system's reason.
+// Files that the tool reads and writes. Every failure is a std::runtime_error that names the file and the system's reason.
 #pragma once
 
 #include <cstddef>
@@ -7,6 +7,8 @@
 #include <vector>
 
 namespace fringix::tool {
+
+std::vector<std::uint8_t> readFile(const std::string& path);
 
 // Throws unless the file can be written, and leaves everything as it was: asked before the head is, so that no picture is lost.
 void requireWritable(const std::string& path);

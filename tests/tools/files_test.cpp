@@ -1,4 +1,4 @@
-#include "output_file.h"
+#include "files.h"
 
 #include <gtest/gtest.h>
 
@@ -55,6 +55,28 @@ TEST(RequireWritable, FolderIsNoFile) {
   const test::ScratchFolder scratch;
   const std::string folder = (scratch / "").string();
   EXPECT_EQ(complaint(folder).find("cannot write \"" + folder + "\": "), 0U);
+}
+
+TEST(ReadFile, GivesEveryByteOfALargeFile) {
+  const test::ScratchFolder scratch;
+  const std::string path = (scratch / "large").string();
+  for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{1} << 20, (std::size_t{2} << 20) + 1}) {
+    std::vector<std::uint8_t> bytes(size);
+    for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
+    writeFile(path, bytes);
+    EXPECT_TRUE(readFile(path) == bytes) << size;
+  }
+}
+
+TEST(ReadFile, NamesFileAndReason) {
+  const test::ScratchFolder scratch;
+  const std::string path = (scratch / "missing").string();
+  try {
+    readFile(path);
+    FAIL() << "nothing was thrown";
+  } catch (const std::runtime_error& error) {
+    EXPECT_EQ(error.what(), "cannot read \"" + path + "\": No such file or directory");
+  }
 }
 
 TEST(WriteFile, ReplacesWhatWasThere) {

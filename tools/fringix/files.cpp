@@ -1,4 +1,4 @@
-#include "output_file.h"
+#include "files.h"
 
 #include <fmt/format.h>
 
@@ -17,31 +17,47 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-[[noreturn]] void refuse(const std::string& path, int reason) {
-  throw std::runtime_error(fmt::format("cannot write \"{}\": {}", path, std::strerror(reason)));
+[[noreturn]] void refuse(const char* verb, const std::string& path, int reason) {
+  throw std::runtime_error(fmt::format("cannot {} \"{}\": {}", verb, path, std::strerror(reason)));
 }
 
-File openFile(const std::string& path, const char* mode) {
+File openFile(const char* verb, const std::string& path, const char* mode) {
   File file(std::fopen(path.c_str(), mode));
-  if (!file) refuse(path, errno);
+  if (!file) refuse(verb, path, errno);
   return file;
 }
 
 }  // namespace
 
+std::vector<std::uint8_t> readFile(const std::string& path) {
+  constexpr std::size_t step = std::size_t{1} << 20;
+  const File file = openFile("read", path, "rb");
+  std::vector<std::uint8_t> bytes;
+  std::size_t size = 0;
+  std::size_t count = step;
+  while (count == step) {
+    bytes.resize(size + step);
+    count = std::fread(&bytes[size], 1, step, file.get());
+    size += count;
+  }
+  if (std::ferror(file.get()) != 0) refuse("read", path, errno);
+  bytes.resize(size);
+  return bytes;
+}
+
 void requireWritable(const std::string& path) {
   std::error_code unknown;
   const bool existed = std::filesystem::exists(path, unknown);
-  openFile(path, "ab");
+  openFile("write", path, "ab");
   if (!existed) std::remove(path.c_str());
 }
 
 void writeFile(const std::string& path, const std::vector<std::uint8_t>& bytes) {
-  File file = openFile(path, "wb");
+  File file = openFile("write", path, "wb");
   errno = 0;
   const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
   const bool closed = std::fclose(file.release()) == 0;
-  if (!written || !closed) refuse(path, errno);
+  if (!written || !closed) refuse("write", path, errno);
 }
 
 std::string numberedPath(const std::string& path, std::size_t number, std::size_t last) {
