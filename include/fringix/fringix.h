@@ -1,8 +1,8 @@
 /*
  * fringix.h - the C interface of DAXFringix, the client library for network-attached structured-light 3D sensor heads.
  *
- * A head is a pattern projector and a camera behind one TCP connection (port 44330). Open a session with SLDevAlloc, work with
- * the handle it gives, end the session with SLDevFree.
+ * A head is a pattern projector and a camera behind one TCP connection (port 44330). Find heads with SLGetDeviceKeyListSize, open a
+ * session with SLDevAlloc or SLDevAllocBySerial, work with the handle it gives, end the session with SLDevFree.
  *
  * Conventions, for every function unless its own text says otherwise:
  *
@@ -58,6 +58,21 @@ typedef struct DeviceKeyEntry {
   const char* ipAddress; /* dotted IPv4 address, zero-terminated */
 } DeviceKeyEntry;
 
+/* What an announced head says of itself. The texts belong to the library and are valid until the next scan. */
+typedef struct DeviceKeyEntryEx {
+  int32_t reserved;      /* never written */
+  int32_t serial;        /* serial number of the head */
+  int32_t info1;         /* information numbers: their meaning is the head's */
+  const char* ipAddress; /* dotted IPv4 address, zero-terminated */
+  const char* modelName; /* "HXA_T3D", "QOR_T3D", "QOR_T3D_C", or "UNKNOWN_DEVICE" */
+  int32_t info2;
+  int32_t info3;
+  int32_t info4;
+  int32_t info5;
+  int32_t info6;
+  int32_t info7;
+} DeviceKeyEntryEx;
+
 /* ---- Sessions ---------------------------------------------------------------------------------------------------------- */
 
 /*
@@ -77,6 +92,19 @@ typedef struct DeviceKeyEntry {
 FRINGIX_API int32_t SLDevAlloc(const char* address, int32_t* handle);
 
 /*
+ * Scans the network as SLGetDeviceKeyListSize does and opens a session, as SLDevAlloc does, with the head of a serial number. When it
+ * stands in the list more than once, the entry that answered first is taken.
+ *
+ * serial  as the head announces it
+ * handle  out: as for SLDevAlloc; untouched when no head with that serial number answers
+ *
+ * SLCONNECTION_ERROR  no head with that serial number answers the scan, or none at its address
+ * SLBAD_PARAMETER     `handle` is null; or more than 256 heads answered and the one asked for is not among the first 256
+ * any other           as for SLDevAlloc
+ */
+FRINGIX_API int32_t SLDevAllocBySerial(int32_t serial, int32_t* handle);
+
+/*
  * Ends a session: says farewell to the head, closes the connection (100 ms) and frees everything the session held. The handle is
  * gone in any case, and with it the text that SLGetDevKey gave.
  *
@@ -94,6 +122,37 @@ FRINGIX_API int32_t SLDevFree(int32_t handle);
  * SLCONNECTION_ERROR  the connection broke
  */
 FRINGIX_API int32_t SLGetDevKey(int32_t handle, DeviceKeyEntry* key);
+
+/* ---- Finding heads -----------------------------------------------------------------------------------------------------
+ *
+ * Heads answer a broadcast on UDP port 44332. The list of those that answered belongs to the whole process: a scan makes it anew, and
+ * the texts that were handed out of the old one become invalid with that. Scans of several threads run one after the other; reading
+ * entries while another thread scans is not safe.
+ */
+
+/*
+ * Scans: asks the heads in all of the host's IPv4 networks, one network after the other, and lists those that answer, sorted by
+ * serial number. A head that is reached over two interfaces, or that answers twice, stands in the list twice.
+ *
+ * count  out: number of entries; null is skipped
+ *
+ * Blocks for 300 ms for each network, and each reply starts the 300 ms anew: replies that never pause keep the scan going. A network
+ * that cannot be asked adds nothing to the list; no head at all is a success, too.
+ *
+ * SLSYSTEM_ERROR  memory ran out
+ */
+FRINGIX_API int32_t SLGetDeviceKeyListSize(int32_t* count);
+
+/*
+ * Gives an entry of the list as the last scan made it, without a scan.
+ *
+ * index  0 to the number of entries - 1, and 255 at most: further entries are counted, but not given
+ * entry  out: all fields but `reserved`; -1 for a number that the head did not tell; untouched on failure; not null
+ *
+ * SLBAD_PARAMETER  `entry` is null, or there is no such entry
+ */
+FRINGIX_API int32_t SLGetDeviceKeyListEntry(int32_t index, DeviceKeyEntry* entry);
+FRINGIX_API int32_t SLGetDeviceKeyListEntryEx(int32_t index, DeviceKeyEntryEx* entry);
 
 /* ---- Library ----------------------------------------------------------------------------------------------------------- */
 
@@ -222,10 +281,9 @@ FRINGIX_API int32_t SLGetLiveImageEx(int32_t handle, uint32_t channel, uint8_t* 
  *
  * SLBAD_PARAMETER  the region leaves the camera's picture, or `buffer` is null; nothing was sent
  */
-FRINGIX_API int32_t SLGetLiveImageROI(int32_t handle, uint8_t* buffer, uint32_t roiX, uint32_t roiY, uint32_t roiWidth,
-                                      uint32_t roiHeight);
-FRINGIX_API int32_t SLGetLiveImageROIEx(int32_t handle, uint32_t channel, uint8_t* buffer, uint32_t roiX, uint32_t roiY,
-                                        uint32_t roiWidth, uint32_t roiHeight);
+FRINGIX_API int32_t SLGetLiveImageROI(int32_t handle, uint8_t* buffer, uint32_t roiX, uint32_t roiY, uint32_t roiWidth, uint32_t roiHeight);
+FRINGIX_API int32_t SLGetLiveImageROIEx(int32_t handle, uint32_t channel, uint8_t* buffer, uint32_t roiX, uint32_t roiY, uint32_t roiWidth,
+                                        uint32_t roiHeight);
 
 /*
  * Fetches the current picture, or a region of it, in reduced resolution: one byte for each cell of factor x factor pixels. Needs
@@ -262,8 +320,8 @@ FRINGIX_API int32_t SLGetImageIndexEx(int32_t handle, uint32_t channel, uint8_t 
  *
  * SLBAD_PARAMETER  the region leaves the camera's picture; nothing was sent
  */
-FRINGIX_API int32_t SLGetImageIndexROI(int32_t handle, uint8_t imageIndex, uint8_t* buffer, uint32_t roiX, uint32_t roiY,
-                                       uint32_t roiWidth, uint32_t roiHeight);
+FRINGIX_API int32_t SLGetImageIndexROI(int32_t handle, uint8_t imageIndex, uint8_t* buffer, uint32_t roiX, uint32_t roiY, uint32_t roiWidth,
+                                       uint32_t roiHeight);
 FRINGIX_API int32_t SLGetImageIndexROIEx(int32_t handle, uint32_t channel, uint8_t imageIndex, uint8_t* buffer, uint32_t roiX,
                                          uint32_t roiY, uint32_t roiWidth, uint32_t roiHeight);
 
@@ -426,8 +484,7 @@ FRINGIX_API int32_t SLExecRS232(int32_t handle, const char* command, char* reply
  * result1, result2, result3  out: written once all three have arrived, also when the head reports a failure after them; each may
  *                            be null and is skipped then
  */
-FRINGIX_API int32_t SLExecProjCmd(int32_t handle, uint8_t command, uint8_t argument, uint8_t* result1, uint8_t* result2,
-                                  uint8_t* result3);
+FRINGIX_API int32_t SLExecProjCmd(int32_t handle, uint8_t command, uint8_t argument, uint8_t* result1, uint8_t* result2, uint8_t* result3);
 
 /*
  * Reads the state of a GPIO line (protocol version 2400) or sets one (2700). Lines and values are the head's.

@@ -15,6 +15,11 @@ class SocketLibrary {
   ~SocketLibrary();
   SocketLibrary(const SocketLibrary&) = delete;
   SocketLibrary& operator=(const SocketLibrary&) = delete;
+
+  bool usable() const noexcept { return usable_; }  // whether the system has it in the version that is asked for
+
+ private:
+  bool usable_ = true;
 };
 
 // An IPv4 address and a port, both in host byte order: 127.0.0.1 is 0x7F000001.
@@ -68,10 +73,12 @@ class Socket {
   bool setNonBlocking(bool on) noexcept;
   bool setNoDelay(bool on) noexcept;
   bool setKeepAlive(bool on) noexcept;
-  bool setReuseAddress(bool on) noexcept;  // lets several sockets share a port (Windows), or a port in transition be bound again
-  bool setSoleListener() noexcept;         // the port can be bound again soon after its last owner has gone, but has one owner at a time
-  bool setResetOnClose() noexcept;         // the next close() resets the connection instead of ending it in order
-  bool shutdown() noexcept;                // ends both directions; whether a blocked receive() returns is up to the system
+  bool setBroadcast(bool on) noexcept;        // lets datagrams go to broadcast addresses
+  bool setReceiveBuffer(int bytes) noexcept;  // what may wait unread; the system may grant less
+  bool setReuseAddress(bool on) noexcept;     // lets several sockets share a port (Windows), or a port in transition be bound again
+  bool setSoleListener() noexcept;            // the port can be bound again soon after its last owner has gone, but has one owner at a time
+  bool setResetOnClose() noexcept;            // the next close() resets the connection instead of ending it in order
+  bool shutdown() noexcept;                   // ends both directions; whether a blocked receive() returns is up to the system
 
   // Whether the last failed connect() is still under way (a non-blocking socket).
   static bool connectInProgress() noexcept;
@@ -83,6 +90,12 @@ class Socket {
   std::ptrdiff_t send(const void* data, std::size_t size) noexcept;
   // Bytes received; 0 when the peer has closed; -1 on an error. Blocks until something is there.
   std::ptrdiff_t receive(void* buffer, std::size_t size) noexcept;
+
+  // One datagram. Bytes sent, or -1 on an error.
+  std::ptrdiff_t sendTo(const void* data, std::size_t size, Ipv4Endpoint receiver) noexcept;
+  // One datagram. Bytes received, 0 for an empty one; -1 on an error. One that is larger than the buffer is gone: it counts as an error
+  // or fills the buffer, as the system likes.
+  std::ptrdiff_t receiveFrom(void* buffer, std::size_t size, Ipv4Endpoint* sender) noexcept;
 
   // Blocks up to `limit`; `waitForever` has none.
   Readiness waitReadable(std::chrono::milliseconds limit) const noexcept;

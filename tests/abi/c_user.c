@@ -17,9 +17,14 @@ int c_user_walk(void) {
   uint8_t* data = NULL;
   char reply = 'r';
   DeviceKeyEntry key = {4, 5, NULL};
+  DeviceKeyEntryEx found = {6, 7, 8, NULL, NULL, 9, 10, 11, 12, 13, 14};
   int wrong = 0;
 
   wrong += unless(SLDevAlloc("127.0.0.9", &handle) == SLCONNECTION_ERROR && handle == -1);
+  wrong += unless(SLGetDeviceKeyListSize(NULL) == SLALL_OKAY);
+  wrong += unless(SLGetDeviceKeyListEntry(-1, &key) == SLBAD_PARAMETER && key.serial == 4);
+  wrong += unless(SLGetDeviceKeyListEntryEx(256, &found) == SLBAD_PARAMETER && found.reserved == 6 && found.serial == 7);
+  wrong += unless(SLDevAllocBySerial(4711, &handle) == SLCONNECTION_ERROR && handle == -1);
   wrong += unless(SLDevFree(no_such_handle) == SLUNKNOWN_DEVICE_ID);
   wrong += unless(SLGetDevKey(no_such_handle, &key) == SLUNKNOWN_DEVICE_ID && key.serial == 4);
   wrong += unless(SLGetCameraSize(no_such_handle, &width, &height) == SLUNKNOWN_DEVICE_ID && width == 1);

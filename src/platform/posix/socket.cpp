@@ -86,6 +86,11 @@ bool Socket::setNonBlocking(bool on) noexcept {
 
 bool Socket::setNoDelay(bool on) noexcept { return setOption(handle_, IPPROTO_TCP, TCP_NODELAY, int{on}); }
 bool Socket::setKeepAlive(bool on) noexcept { return setOption(handle_, SOL_SOCKET, SO_KEEPALIVE, int{on}); }
+bool Socket::setBroadcast(bool on) noexcept { return setOption(handle_, SOL_SOCKET, SO_BROADCAST, int{on}); }
+bool Socket::setReceiveBuffer(int bytes) noexcept {
+  // A process with the right to may go past the system's limit.
+  return setOption(handle_, SOL_SOCKET, SO_RCVBUFFORCE, bytes) || setOption(handle_, SOL_SOCKET, SO_RCVBUF, bytes);
+}
 bool Socket::setReuseAddress(bool on) noexcept { return setOption(handle_, SOL_SOCKET, SO_REUSEADDR, int{on}); }
 bool Socket::setSoleListener() noexcept { return setReuseAddress(true); }
 bool Socket::setResetOnClose() noexcept { return setOption(handle_, SOL_SOCKET, SO_LINGER, linger{1, 0}); }
@@ -111,6 +116,19 @@ std::ptrdiff_t Socket::send(const void* data, std::size_t size) noexcept {
 
 std::ptrdiff_t Socket::receive(void* buffer, std::size_t size) noexcept {
   return retried([&] { return ::recv(handle_, buffer, size, 0); });
+}
+
+std::ptrdiff_t Socket::sendTo(const void* data, std::size_t size, Ipv4Endpoint receiver) noexcept {
+  const sockaddr_in address = toNative(receiver);
+  return retried([&] { return ::sendto(handle_, data, size, MSG_NOSIGNAL, generic(address), sizeof address); });
+}
+
+std::ptrdiff_t Socket::receiveFrom(void* buffer, std::size_t size, Ipv4Endpoint* sender) noexcept {
+  sockaddr_in address{};
+  socklen_t addressSize = sizeof address;
+  const auto received = retried([&] { return ::recvfrom(handle_, buffer, size, 0, generic(address), &addressSize); });
+  if (received >= 0) *sender = fromNative(address);
+  return received;
 }
 
 Readiness Socket::waitReadable(std::chrono::milliseconds limit) const noexcept { return waitFor(handle_, POLLIN, limit); }

@@ -51,7 +51,8 @@ Readiness selectOne(SOCKET handle, bool forReading, std::chrono::milliseconds li
 
 SocketLibrary::SocketLibrary() noexcept {
   WSADATA data;
-  WSAStartup(MAKEWORD(2, 0), &data);  // unchecked: without the library every socket call fails and says so
+  const WORD version = MAKEWORD(2, 0);
+  usable_ = WSAStartup(version, &data) == 0 && data.wVersion == version;
 }
 
 SocketLibrary::~SocketLibrary() { WSACleanup(); }
@@ -90,6 +91,8 @@ bool Socket::setNonBlocking(bool on) noexcept {
 
 bool Socket::setNoDelay(bool on) noexcept { return setOption(handle_, IPPROTO_TCP, TCP_NODELAY, int{on}); }
 bool Socket::setKeepAlive(bool on) noexcept { return setOption(handle_, SOL_SOCKET, SO_KEEPALIVE, int{on}); }
+bool Socket::setBroadcast(bool on) noexcept { return setOption(handle_, SOL_SOCKET, SO_BROADCAST, int{on}); }
+bool Socket::setReceiveBuffer(int bytes) noexcept { return setOption(handle_, SOL_SOCKET, SO_RCVBUF, bytes); }
 bool Socket::setReuseAddress(bool on) noexcept { return setOption(handle_, SOL_SOCKET, SO_REUSEADDR, int{on}); }
 bool Socket::setSoleListener() noexcept { return setOption(handle_, SOL_SOCKET, SO_EXCLUSIVEADDRUSE, int{1}); }
 bool Socket::setResetOnClose() noexcept { return setOption(handle_, SOL_SOCKET, SO_LINGER, linger{1, 0}); }
@@ -115,6 +118,19 @@ std::ptrdiff_t Socket::send(const void* data, std::size_t size) noexcept {
 
 std::ptrdiff_t Socket::receive(void* buffer, std::size_t size) noexcept {
   return ::recv(handle_, static_cast<char*>(buffer), boundedSize(size), 0);
+}
+
+std::ptrdiff_t Socket::sendTo(const void* data, std::size_t size, Ipv4Endpoint receiver) noexcept {
+  const sockaddr_in address = toNative(receiver);
+  return ::sendto(handle_, static_cast<const char*>(data), boundedSize(size), 0, generic(address), sizeof address);
+}
+
+std::ptrdiff_t Socket::receiveFrom(void* buffer, std::size_t size, Ipv4Endpoint* sender) noexcept {
+  sockaddr_in address{};
+  int addressSize = sizeof address;
+  const int received = ::recvfrom(handle_, static_cast<char*>(buffer), boundedSize(size), 0, generic(address), &addressSize);
+  if (received >= 0) *sender = fromNative(address);
+  return received;
 }
 
 Readiness Socket::waitReadable(std::chrono::milliseconds limit) const noexcept { return selectOne(handle_, true, limit); }

@@ -1,0 +1,86 @@
+#include "discovery/device_enumerator.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <mutex>
+#include <string_view>
+
+#include "api/trace.h"
+#include "discovery/broadcast_addresses.h"
+#include "platform/socket.h"
+
+namespace fringix {
+
+namespace {
+
+constexpr std::uint16_t announcePort = 44332;
+constexpr std::string_view announceRequest = "01UDP_SLANNOUNCE";  // without the length field that names have in a session
+constexpr std::chrono::milliseconds silenceThatEnds{300};
+constexpr std::size_t bufferSize = 300;
+constexpr std::ptrdiff_t longestReply = 298;
+constexpr int receiveBuffer = 8 << 20;      // bytes; a burst of many heads waits there until it is read
+constexpr std::size_t longestAccess = 256;  // entries beyond are listed and counted, but never handed out; kept on purpose
+
+platform::Socket openBroadcastSocket() noexcept {
+  platform::Socket socket = platform::Socket::openDatagram();
+  socket.setBroadcast(true);
+  socket.setReceiveBuffer(receiveBuffer);
+  socket.setNonBlocking(true);  // a datagram that is announced and then found to be damaged must not block the receive
+  return socket;
+}
+
+bool ask(platform::Socket& socket, const std::string& address) noexcept {
+  const platform::Ipv4Endpoint heads{platform::parseIpv4(address.c_str()), announcePort};
+  return socket.sendTo(announceRequest.data(), announceRequest.size(), heads) == static_cast<std::ptrdiff_t>(announceRequest.size());
+}
+
+bool isLimitedBroadcast(const std::string& address) { return address.find("255.255.255.255") != std::string::npos; }
+
+}  // namespace
+
+DeviceEnumerator& DeviceEnumerator::instance() {
+  static DeviceEnumerator enumerator;
+  return enumerator;
+}
+
+void DeviceEnumerator::ScanForDevices() {
+  trace("DeviceEnumerator: Scan for Devices");
+  const std::lock_guard guard(lock_);
+  list_.clear();
+  for (const std::string& address : CollectBroadcastAddresses()) {
+    if (!isLimitedBroadcast(address)) askNetwork(address);
+  }
+  // Heads that answered twice stand next to each other, the first answer first; kept on purpose.
+  std::stable_sort(list_.begin(), list_.end(), [](const auto& a, const auto& b) { return a.reply.serial < b.reply.serial; });
+  trace("DeviceEnumerator: %i Device(s) found", static_cast<int>(list_.size()));
+}
+
+void DeviceEnumerator::askNetwork(const std::string& broadcastAddress) {
+  const platform::SocketLibrary library;
+  if (!library.usable()) return;
+  platform::Socket socket = openBroadcastSocket();
+  if (!socket.valid() || !ask(socket, broadcastAddress)) return;
+  while (socket.waitReadable(silenceThatEnds) == platform::Readiness::ready) {
+    std::array<char, bufferSize> buffer;
+    platform::Ipv4Endpoint sender;
+    // All that is there, then the next wait: a burst of replies is read as fast as it can be.
+    for (std::ptrdiff_t size = 0; (size = socket.receiveFrom(buffer.data(), buffer.size(), &sender)) > 0;) {
+      if (size <= longestReply) take({buffer.data(), static_cast<std::size_t>(size)}, sender.address);
+    }
+  }
+}
+
+void DeviceEnumerator::take(std::string_view datagram, std::uint32_t sender) {
+  const AnnounceReply reply = parseAnnounceReply(datagram);
+  list_.push_back({platform::formatIpv4(sender), modelName(reply.modelCode), reply});
+}
+
+const DeviceListEntry* DeviceEnumerator::entry(std::int32_t index) const noexcept {
+  const auto place = static_cast<std::size_t>(index);
+  if (index < 0 || place >= longestAccess || place >= list_.size()) return nullptr;
+  trace("DeviceEnumerator: returning entry %i", index);
+  return &list_[place];
+}
+
+}  // namespace fringix

@@ -1,0 +1,43 @@
+// Finds the heads on the local networks and keeps the list of those that answered last.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "discovery/announce_reply.h"
+#include "platform/reentrant_lock.h"
+
+namespace fringix {
+
+struct DeviceListEntry {
+  std::string ipAddress;  // of the reply's sender
+  const char* modelName = nullptr;
+  AnnounceReply reply;
+};
+
+// The list is process-wide. Scans run one after the other under the lock; reading the list takes no lock and must not happen
+// while another thread scans. Texts of the list stay where they are until the next scan.
+class DeviceEnumerator {
+ public:
+  static DeviceEnumerator& instance();
+
+  // Asks every network in turn and makes the list anew, sorted by serial number. Blocks for 300 ms a network, and 300 ms more from
+  // each reply on. What the network refuses adds no entries.
+  void ScanForDevices();
+
+  std::size_t size() const noexcept { return list_.size(); }
+
+  // Null for an index outside of the list, or above 255.
+  const DeviceListEntry* entry(std::int32_t index) const noexcept;
+
+ private:
+  void askNetwork(const std::string& broadcastAddress);
+  void take(std::string_view datagram, std::uint32_t sender);
+
+  platform::ReentrantLock lock_;
+  std::vector<DeviceListEntry> list_;
+};
+
+}  // namespace fringix
