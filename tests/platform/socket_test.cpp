@@ -1,9 +1,12 @@
 // The owning socket type: ownership, waits and ends of connections.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
+#include <string>
 #include <utility>
 
+#include "platform/datagram.h"
 #include "platform/socket.h"
 
 namespace fringix::platform {
@@ -106,6 +109,42 @@ TEST_F(SocketTest, ANonBlockingConnectIsUnderWayAndThenWritable) {
   ASSERT_TRUE(client.setNonBlocking(true));
   EXPECT_TRUE(client.connect(listener.localEndpoint()) || Socket::connectInProgress());
   EXPECT_EQ(client.waitWritable(milliseconds(5000)), Readiness::ready);
+}
+
+TEST_F(SocketTest, DatagramsTellTheirSender) {
+  Socket receiver = Socket::openDatagram();
+  Socket sender = Socket::openDatagram();
+  ASSERT_TRUE(receiver.bind({loopback, 0}) && sender.bind({loopback, 0}));
+  EXPECT_EQ(sender.sendTo("text", 4, receiver.localEndpoint()), 4);
+  ASSERT_EQ(receiver.waitReadable(milliseconds(5000)), Readiness::ready);
+  std::array<char, 8> buffer{};
+  Ipv4Endpoint origin;
+  EXPECT_EQ(receiver.receiveFrom(buffer.data(), buffer.size(), &origin), 4);
+  EXPECT_EQ(std::string(buffer.data()), "text");
+  EXPECT_EQ(origin, sender.localEndpoint());
+}
+
+TEST_F(SocketTest, ADatagramLeavesFromTheChosenAddress) {
+  Socket receiver = Socket::openDatagram();
+  ASSERT_TRUE(receiver.bind({loopback, 0}));
+  std::array<char, 8> buffer{};
+  for (const std::uint32_t from : {loopback, loopback + 1, loopback + 0x010203}) {
+    EXPECT_TRUE(sendDatagram(from, receiver.localEndpoint(), "text", 4));
+    ASSERT_EQ(receiver.waitReadable(milliseconds(5000)), Readiness::ready);
+    Ipv4Endpoint origin;
+    EXPECT_EQ(receiver.receiveFrom(buffer.data(), buffer.size(), &origin), 4);
+    EXPECT_EQ(std::string(buffer.data()), "text");
+    EXPECT_EQ(formatIpv4(origin.address), formatIpv4(from));
+  }
+  EXPECT_FALSE(sendDatagram(0xC0000201, receiver.localEndpoint(), "text", 4)) << "not an address of this machine";
+}
+
+TEST_F(SocketTest, ADatagramThatCannotBeSentOrReadTellsSo) {
+  Ipv4Endpoint origin{1, 2};
+  char byte = 0;
+  EXPECT_EQ(Socket().sendTo("x", 1, {loopback, 9}), -1);
+  EXPECT_EQ(Socket().receiveFrom(&byte, 1, &origin), -1);
+  EXPECT_EQ(origin, (Ipv4Endpoint{1, 2})) << "no sender";
 }
 
 TEST_F(SocketTest, AddressTextsAreReadAsTheSystemReadsThem) {
