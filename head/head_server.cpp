@@ -26,7 +26,8 @@ platform::Socket listenOn(const std::string& address) {
 
 }  // namespace
 
-HeadServer::HeadServer(HeadSettings settings, Observer observer) : model_(std::move(settings)), observer_(std::move(observer)) {}
+HeadServer::HeadServer(HeadSettings settings, Observer observer)
+    : model_(std::move(settings)), triggers_(model_.settings().address), observer_(std::move(observer)) {}
 
 void HeadServer::start() {
   listener_ = listenOn(model_.settings().address);
@@ -61,7 +62,7 @@ void HeadServer::acceptClient() {
   platform::Socket socket = listener_.accept(&peer);
   if (!socket.valid()) return platform::sleepFor(stopInterval);  // out of descriptors, say: do not spin
   socket.setNoDelay(true);
-  sessions_.emplace_back(std::move(socket), platform::formatIpv4(peer.address) + ":" + std::to_string(peer.port), model_, observer_);
+  sessions_.emplace_back(std::move(socket), peer, model_, triggers_, observer_);
 }
 
 }  // namespace fringix::head

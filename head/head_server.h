@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <list>
 #include <thread>
@@ -9,6 +10,7 @@
 #include "head/head_model.h"
 #include "head/head_settings.h"
 #include "head/session.h"
+#include "head/trigger_output.h"
 #include "platform/socket.h"
 
 namespace fringix::head {
@@ -30,12 +32,16 @@ class HeadServer {
 
   HeadModel& model() noexcept { return model_; }
 
+  // Raises a GPIO trigger, from any thread; gives the number of hosts that were told.
+  std::size_t raiseTrigger() const { return triggers_.raise(); }
+
  private:
   void acceptClients() noexcept;
   void acceptClient();
 
   const platform::SocketLibrary library_;
   HeadModel model_;
+  TriggerOutput triggers_;
   const Observer observer_;
   std::atomic<bool> stopping_ = false;
   platform::Socket listener_;

@@ -13,8 +13,15 @@ constexpr std::size_t longestName = 64;
 
 }  // namespace
 
-Session::Session(platform::Socket socket, std::string client, HeadModel& model, const Observer& observer)
-    : socket_(std::move(socket)), client_(std::move(client)), model_(model), observer_(observer), thread_([this] { run(); }) {}
+Session::Session(platform::Socket socket, platform::Ipv4Endpoint client, HeadModel& model, TriggerOutput& triggers,
+                 const Observer& observer)
+    : socket_(std::move(socket)),
+      client_(platform::formatIpv4(client.address) + ":" + std::to_string(client.port)),
+      model_(model),
+      triggers_(triggers),
+      link_{socket_.localEndpoint().address, client.address},
+      observer_(observer),
+      thread_([this] { run(); }) {}
 
 Session::~Session() {
   requestStop();
@@ -40,6 +47,7 @@ void Session::run() noexcept {
 }
 
 void Session::serve() {
+  const TriggerOutput::Client toldOfTriggers(triggers_, link_);  // before the greeting: from then on a client may count on it
   Wire wire(socket_, stopping_);
   Call call{model_, wire};
   wire.writeInt(model_.settings().protocolVersion);

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "head/head_model.h"
+#include "head/trigger_output.h"
 #include "head/wire.h"
 #include "platform/socket.h"
 
@@ -19,8 +20,8 @@ using Observer = std::function<void(Happening happening, const std::string& clie
 
 class Session {
  public:
-  // Starts the session's thread; the model and the observer outlive it.
-  Session(platform::Socket socket, std::string client, HeadModel& model, const Observer& observer);
+  // Starts the session's thread; the model, the triggers and the observer outlive it.
+  Session(platform::Socket socket, platform::Ipv4Endpoint client, HeadModel& model, TriggerOutput& triggers, const Observer& observer);
   ~Session();  // ends the connection and waits for the thread
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -36,6 +37,8 @@ class Session {
   platform::Socket socket_;
   const std::string client_;
   HeadModel& model_;
+  TriggerOutput& triggers_;
+  const Link link_;
   const Observer& observer_;
   std::atomic<bool> stopping_ = false;
   std::atomic<bool> finished_ = false;

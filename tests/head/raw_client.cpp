@@ -14,8 +14,9 @@ constexpr std::uint16_t port = 44330;
 
 }  // namespace
 
-RawClient::RawClient(const std::string& address) : socket_(platform::Socket::openStream()) {
+RawClient::RawClient(const std::string& address, const std::string& own) : socket_(platform::Socket::openStream()) {
   socket_.setNoDelay(true);
+  if (!socket_.bind({platform::parseIpv4(own.c_str()), 0})) throw std::runtime_error(own + " is no address of this machine");
   if (!socket_.connect({platform::parseIpv4(address.c_str()), port})) throw std::runtime_error("no head answers at " + address);
 }
 

@@ -13,7 +13,8 @@ namespace fringix::head {
 
 class RawClient {
  public:
-  explicit RawClient(const std::string& address = "127.0.0.2");  // connects; throws when nobody answers
+  // Connects, from the address `own`; throws when nobody answers.
+  explicit RawClient(const std::string& address = "127.0.0.2", const std::string& own = "0.0.0.0");
 
   std::int32_t greet();  // gives the head's greeting, answers it
 
