@@ -31,6 +31,7 @@ class HeadServer {
   void stop() noexcept;
 
   HeadModel& model() noexcept { return model_; }
+  const HeadModel& model() const noexcept { return model_; }
 
   // Raises a GPIO trigger, from any thread; gives the number of hosts that were told.
   std::size_t raiseTrigger() const { return triggers_.raise(); }

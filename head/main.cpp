@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -11,10 +12,11 @@
 #include <list>
 #include <string>
 
+#include "head/console.h"
 #include "head/head_server.h"
+#include "head/input_lines.h"
 #include "head/options.h"
 #include "head/pattern_files.h"
-#include "platform/clock.h"
 
 namespace {
 
@@ -30,11 +32,13 @@ static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may only
 
 void requestStop(int) { stopRequested = true; }
 
-// One write and a flush a line: sessions print side by side, and a reader at the end of a pipe waits for the last line.
-void printLine(const std::string& line) {
-  std::fputs((line + "\n").c_str(), stdout);
+// One write and a flush: sessions print side by side, and a reader at the end of a pipe waits for the last line.
+void print(const std::string& lines) {
+  std::fputs(lines.c_str(), stdout);
   std::fflush(stdout);
 }
+
+void printLine(const std::string& line) { print(line + "\n"); }
 
 std::string describe(Happening happening, const std::string& text) {
   switch (happening) {
@@ -60,8 +64,7 @@ head::Observer makeObserver(const HeadSettings& settings, bool verbose) {
   };
 }
 
-void serve(const head::Options& options) {
-  std::list<head::HeadServer> servers;
+void startHeads(const head::Options& options, std::list<head::HeadServer>& servers) {
   for (int i = 0; i < options.heads; ++i) {
     HeadSettings settings = settingsOf(options, i);
     if (!options.patternFolder.empty()) settings.patternStored = head::patternWriter(options.patternFolder, settings.serial);
@@ -74,7 +77,24 @@ void serve(const head::Options& options) {
   }
   const std::string count = options.heads == 1 ? "1 head" : fmt::format("{} heads", options.heads);
   printLine(fmt::format("ready: {} listening on port {}, end with Ctrl-C", count, head::commandPort));
-  while (!stopRequested) platform::sleepFor(std::chrono::milliseconds(50));
+}
+
+// Obeys standard input and raises triggers in time, until the program is to end.
+void serve(const head::Options& options) {
+  using Clock = std::chrono::steady_clock;
+  head::InputLines input;
+  std::list<head::HeadServer> servers;
+  startHeads(options, servers);
+  const bool triggers = options.triggerInterval > Clock::duration::zero();
+  for (auto next = Clock::now() + options.triggerInterval; !stopRequested;) {
+    constexpr std::chrono::milliseconds stopInterval{50};
+    const auto untilTrigger = std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now());
+    if (const auto line = input.next(triggers ? std::min(untilTrigger, stopInterval) : stopInterval)) print(obey(*line, servers));
+    if (!triggers || Clock::now() < next) continue;
+    const std::string told = triggerAll(servers);
+    if (options.verbose) print(told);
+    next = std::max(next + options.triggerInterval, Clock::now());  // what a busy machine misses is not made up for
+  }
 }
 
 }  // namespace

@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 
 #include <chrono>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -26,6 +28,21 @@ Size parseSize(const std::string& text) {
     throw CLI::ValidationError(fmt::format("\"{}\" is no size: give WIDTHxHEIGHT, each 1 to {}", text, largestSide));
   }
   return size;
+}
+
+std::chrono::milliseconds parseInterval(const std::string& text) {
+  static const std::map<std::string, double> milliseconds{{"ms", 1}, {"s", 1000}, {"min", 60000}};
+  constexpr double longest = 24 * 60 * 60000.0;
+  double number = 0;
+  std::string unit;
+  std::istringstream input(text);
+  input >> number >> unit;
+  const auto found = milliseconds.find(unit);
+  const double time = found == milliseconds.end() ? 0 : number * found->second;
+  if (!(time >= 1 && time <= longest)) {
+    throw CLI::ValidationError(fmt::format("\"{}\" is no time such as 2s, 500ms or 1min, from 1ms to 1440min", text));
+  }
+  return std::chrono::milliseconds(std::lround(time));
 }
 
 SerialScript readSerialScript(const std::string& file) {
@@ -106,6 +123,13 @@ void addMeasurement(CLI::App& app, Options& options) {
                  "Answer measurements with this number, without measuring; -2 is a failed one");
 }
 
+void addTriggers(CLI::App& app, Options& options) {
+  app.add_option_function<std::string>(
+         "--trigger-every", [&options](const std::string& text) { options.triggerInterval = parseInterval(text); },
+         "Raise a GPIO trigger of each head again and again after this time (2s, 500ms, 1min)")
+      ->type_name("TIME");
+}
+
 }  // namespace
 
 Options parseOptions(CLI::App& app, int argc, char** argv) {
@@ -113,10 +137,12 @@ Options parseOptions(CLI::App& app, int argc, char** argv) {
   addIdentity(app, options);
   addOptics(app, options.first);
   addMeasurement(app, options);
+  addTriggers(app, options);
   addStorage(app, options.first);
   addSerialPort(app, options.first);
   addPatternFolder(app, options);
   app.add_flag("--verbose", options.verbose, "Print every connection and every command, with time and client");
+  app.footer("While it runs: \"trigger\" on standard input raises a GPIO trigger of each head, \"trigger 2\" of the second one.");
   app.parse(argc, argv);
   return options;
 }

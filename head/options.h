@@ -2,6 +2,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -13,7 +14,8 @@ struct Options {
   HeadSettings first;
   int heads = 1;
   std::int32_t measurementFault = 0;
-  std::string patternFolder;  // where every stored pattern is written to; empty: nowhere
+  std::chrono::milliseconds triggerInterval{0};  // between two GPIO triggers of every head; 0: none by themselves
+  std::string patternFolder;                     // where every stored pattern is written to; empty: nowhere
   bool verbose = false;
 };
 

@@ -1,43 +1,17 @@
 #include <gtest/gtest.h>
 
-#include <array>
 #include <chrono>
 #include <optional>
-#include <stdexcept>
 #include <string>
-#include <vector>
+#include <utility>
 
+#include "host.h"
 #include "running_head.h"
 
 namespace fringix::head {
 namespace {
 
 constexpr std::chrono::seconds limit{5};
-
-// The trigger port of this machine, at all of its addresses.
-class Host {
- public:
-  Host() {
-    if (!socket_.bind({0, 44331})) throw std::runtime_error("the trigger port is taken");
-  }
-
-  // "SENDER: TEXT" of the next datagram.
-  std::string next() {
-    if (socket_.waitReadable(limit) != platform::Readiness::ready) return "nothing";
-    std::array<char, 100> bytes{};
-    platform::Ipv4Endpoint sender;
-    const std::ptrdiff_t size = socket_.receiveFrom(bytes.data(), bytes.size(), &sender);
-    return platform::formatIpv4(sender.address) + ": " +
-           std::string(bytes.data(), static_cast<std::size_t>(std::max<std::ptrdiff_t>(size, 0)));
-  }
-
-  // What is sent and received within this machine is there at once.
-  bool hearsMore() const { return socket_.waitReadable(std::chrono::milliseconds(0)) == platform::Readiness::ready; }
-
- private:
-  const platform::SocketLibrary library_;
-  platform::Socket socket_ = platform::Socket::openDatagram();
-};
 
 HeadSettings headAt(const std::string& address) {
   HeadSettings settings = smallHead();

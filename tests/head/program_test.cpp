@@ -1,0 +1,109 @@
+// The program fringix-head, as people and scripts use it.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "host.h"
+#include "support/child_process.h"
+
+namespace fringix::head {
+namespace {
+
+using test::ChildProcess;
+using test::Input;
+
+// A running program whose heads can be connected to.
+struct RunningProgram {
+  explicit RunningProgram(std::vector<std::string> arguments, Input input = Input::pipe) : process(FRINGIX_HEAD, small(arguments), input) {
+    EXPECT_NE(process.waitForLine("ready:"), "");
+  }
+
+  static std::vector<std::string> small(std::vector<std::string> arguments) {
+    arguments.insert(arguments.end(), {"--camera", "64x48", "--projector", "32x20"});
+    return arguments;
+  }
+
+  std::string answer(const std::string& line) {
+    process.write(line + "\n");
+    return process.nextLine().value_or("nothing");
+  }
+
+  ChildProcess process;
+};
+
+const std::string help = "\"trigger\" raises a GPIO trigger of each head, \"trigger N\" of the N-th head, 1 to 2";
+
+TEST(HeadProgramTest, TriggerOnStandardInputIsATriggerOfEachHead) {
+  Host host;
+  RunningProgram program({"--heads", "2"});
+  EXPECT_EQ(program.answer("trigger"), "head 1001  trigger");
+  EXPECT_EQ(program.process.nextLine(), "head 1002  trigger");
+  EXPECT_EQ(host.next(), "127.0.0.2: 02UDP_GPIO");
+  EXPECT_EQ(host.next(), "127.0.0.3: 02UDP_GPIO");
+}
+
+TEST(HeadProgramTest, ANumberChoosesTheHead) {
+  Host host;
+  RunningProgram program({"--heads", "2"});
+  EXPECT_EQ(program.answer("trigger 2"), "head 1002  trigger");
+  EXPECT_EQ(program.answer("  trigger\t1 \r"), "head 1001  trigger");
+  EXPECT_EQ(host.next(), "127.0.0.3: 02UDP_GPIO");
+  EXPECT_EQ(host.next(), "127.0.0.2: 02UDP_GPIO");
+}
+
+TEST(HeadProgramTest, OtherLinesGetHelpAndRaiseNothing) {
+  const Host host;
+  RunningProgram program({"--heads", "2"});
+  for (const char* line : {"help", "trigger 0", "trigger 3", "trigger -1", "trigger 1 2", "trigger2", "triggers", "TRIGGER", "\ntrigger x"})
+    EXPECT_EQ(program.answer(line), help) << line;
+  EXPECT_EQ(program.answer(std::string(100000, 'x')), help);
+  EXPECT_FALSE(host.hearsMore());
+}
+
+TEST(HeadProgramTest, TheEndOfInputEndsNoHead) {
+  for (const Input input : {Input::nullDevice, Input::closed}) {
+    Host host;
+    const RunningProgram program({"--trigger-every", "20ms"}, input);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(host.next(), "127.0.0.2: 02UDP_GPIO");
+  }
+}
+
+TEST(HeadProgramTest, ALastLineNeedsNoEnd) {
+  Host host;
+  RunningProgram program({});
+  program.process.write("trigger");
+  program.process.closeInput();
+  EXPECT_EQ(program.process.nextLine(), "head 1001  trigger");
+  EXPECT_EQ(host.next(), "127.0.0.2: 02UDP_GPIO");
+}
+
+TEST(HeadProgramTest, TriggersComeInTime) {
+  Host host;
+  const RunningProgram program({"--heads", "2", "--trigger-every", "50ms"});
+  EXPECT_EQ(host.next(), "127.0.0.2: 02UDP_GPIO");
+  const auto begin = std::chrono::steady_clock::now();
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(host.next(), "127.0.0.3: 02UDP_GPIO");
+    EXPECT_EQ(host.next(), "127.0.0.2: 02UDP_GPIO");
+  }
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(150));
+}
+
+TEST(HeadProgramTest, AnIntervalNeedsAUnitAndASense) {
+  for (const char* text : {"2", "2h", "0s", "0.5ms", "-1s", "25000min", "s", "nans", "2s2"}) {
+    ChildProcess process(FRINGIX_HEAD, {"--trigger-every", text});
+    EXPECT_EQ(process.nextLine(), "\"" + std::string(text) + "\" is no time such as 2s, 500ms or 1min, from 1ms to 1440min") << text;
+    EXPECT_EQ(process.wait(), 2) << text;
+  }
+}
+
+TEST(HeadProgramTest, CtrlCEndsItWhileItWaitsForALine) {
+  RunningProgram program({});
+  if (!program.process.interrupt()) GTEST_SKIP() << "no program can press Ctrl-C for another one here";
+  EXPECT_EQ(program.process.wait(), 0);
+}
+
+}  // namespace
+}  // namespace fringix::head
