@@ -8,6 +8,7 @@
 #include "device/camera_device.h"
 #include "device/open_session.h"
 #include "fringix/fringix.h"
+#include "support/announcing_head.h"
 #include "support/captured_trace.h"
 
 namespace fringix::test {
@@ -158,6 +159,46 @@ TEST(TraceTest, TheVersionTracesItsNameAlone) {
 
 TEST(TraceTest, APointerPrintedAsANumberShowsItsLowHalf) {
   EXPECT_EQ(printedAsInteger(reinterpret_cast<const void*>(std::uintptr_t{0x123456789ABCDEF0})), static_cast<std::int32_t>(0x9ABCDEF0U));
+}
+
+TEST(DiscoveryTraceTest, AScanTellsHowManyHeadsItFound) {
+  const AnnouncingHead head({{announcement(1)}, {announcement(2)}});
+  EXPECT_EQ(traced([] { SLGetDeviceKeyListSize(nullptr); }),
+            (Lines{line("SLGetDeviceKeyListSize, Parameter: " + null), line("DeviceEnumerator: Scan for Devices"),
+                   line("DeviceEnumerator: 2 Device(s) found"), line("Function SLGetDeviceKeyListSize finished")}));
+}
+
+// Lines without the pointer that ends some of them.
+Lines withoutPointers(Lines lines) {
+  for (std::string& text : lines) {
+    if (text.find(", Parameter: ") != std::string::npos) text.erase(text.rfind(' '));
+  }
+  return lines;
+}
+
+TEST(DiscoveryTraceTest, OnlyAnEntryThatIsHandedOutIsTraced) {
+  const AnnouncingHead head({{announcement(1)}});
+  SLGetDeviceKeyListSize(nullptr);
+  DeviceKeyEntry key{};
+  EXPECT_EQ(withoutPointers(traced([&] { SLGetDeviceKeyListEntry(0, &key); })),
+            (Lines{"<QOR> SLGetDeviceKeyListEntry, Parameter: 0,", line("DeviceEnumerator: returning entry 0"),
+                   line("Function SLGetDeviceKeyListEntry finished")}));
+  EXPECT_EQ(traced([] { SLGetDeviceKeyListEntry(0, nullptr); }),
+            (Lines{line("SLGetDeviceKeyListEntry, Parameter: 0, " + null), line("Function SLGetDeviceKeyListEntry finished")}));
+  EXPECT_EQ(withoutPointers(traced([&] { SLGetDeviceKeyListEntry(1, &key); })),
+            (Lines{"<QOR> SLGetDeviceKeyListEntry, Parameter: 1,", line("Function SLGetDeviceKeyListEntry finished")}));
+}
+
+TEST(DiscoveryTraceTest, OpeningBySerialTracesOnlyWhatItCalls) {
+  const AnnouncingHead head({{announcement(1)}, {announcement(2)}});
+  int handle = 0;
+  EXPECT_EQ(withoutPointers(traced([&] { SLDevAllocBySerial(2, &handle); })),
+            (Lines{"<QOR> SLGetDeviceKeyListSize, Parameter:", line("DeviceEnumerator: Scan for Devices"),
+                   line("DeviceEnumerator: 2 Device(s) found"), line("Function SLGetDeviceKeyListSize finished"),
+                   "<QOR> SLGetDeviceKeyListEntry, Parameter: 0,", line("DeviceEnumerator: returning entry 0"),
+                   line("Function SLGetDeviceKeyListEntry finished"), "<QOR> SLGetDeviceKeyListEntry, Parameter: 1,",
+                   line("DeviceEnumerator: returning entry 1"), line("Function SLGetDeviceKeyListEntry finished"),
+                   line("Function SLDevAlloc finished")}));
 }
 
 TEST(SessionTraceTest, OpeningAndClosing) {
