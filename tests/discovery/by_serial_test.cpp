@@ -23,7 +23,7 @@ TEST(BySerialTest, OpensTheHeadThatAnnouncesTheNumber) {
 }
 
 TEST(BySerialTest, OfSeveralTheFirstThatAnsweredIsTaken) {
-  if (!canAnswerFrom("127.0.0.7")) GTEST_SKIP() << "this system sends all datagrams of the loopback from one address";
+  if (!canAnswerFrom("127.0.0.7")) GTEST_SKIP() << "datagrams cannot be sent from a chosen address here";
   const AnnouncingHead announcing({{announcement(20), atOnce, "127.0.0.7"}, {announcement(20), atOnce, "127.0.0.8"}});
   ScriptedHead head(handshake(), "127.0.0.7");
   int32_t handle = -1;

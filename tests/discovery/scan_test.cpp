@@ -81,7 +81,7 @@ TEST(ScanTest, AnEntryTellsAllThatTheReplySaid) {
 }
 
 TEST(ScanTest, AHeadsAddressIsTheOneThatItAnswersFrom) {
-  if (!canAnswerFrom("127.201.2.103")) GTEST_SKIP() << "this system sends all datagrams of the loopback from one address";
+  if (!canAnswerFrom("127.201.2.103")) GTEST_SKIP() << "datagrams cannot be sent from a chosen address here";
   const AnnouncingHead head({{announcement(2), 0ms, "127.201.2.103"}, {announcement(1), 0ms, "127.0.0.2"}});
   ASSERT_EQ(scan(), 2);
   EXPECT_STREQ(entryAt(0).ipAddress, "127.0.0.2");

@@ -4,6 +4,8 @@
 #include <array>
 #include <stdexcept>
 
+#include "platform/datagram.h"
+
 namespace fringix::test {
 
 namespace {
@@ -14,16 +16,14 @@ constexpr std::uint16_t announcePort = 44332;
 constexpr std::uint32_t loopback = 0x7F000001;
 const Bytes theEnd = "end";
 
-void sendAll(Socket& socket, const Bytes& bytes, platform::Ipv4Endpoint receiver) {
+void send(Socket& socket, const Bytes& bytes, platform::Ipv4Endpoint receiver) {
   if (socket.sendTo(bytes.data(), bytes.size(), receiver) != static_cast<std::ptrdiff_t>(bytes.size())) {
     throw std::runtime_error("a datagram cannot be sent");
   }
 }
 
-Socket senderAt(const std::string& address) {
-  Socket socket = Socket::openDatagram();
-  if (!socket.bind({platform::parseIpv4(address.c_str()), 0})) throw std::runtime_error("no replies can come from " + address);
-  return socket;
+bool sendFrom(const std::string& address, const Bytes& bytes, platform::Ipv4Endpoint receiver) {
+  return platform::sendDatagram(platform::parseIpv4(address.c_str()), receiver, bytes.data(), bytes.size());
 }
 
 }  // namespace
@@ -39,7 +39,7 @@ AnnouncingHead::~AnnouncingHead() { requests(); }
 const std::vector<Bytes>& AnnouncingHead::requests() {
   if (thread_.joinable()) {
     Socket socket = Socket::openDatagram();
-    sendAll(socket, theEnd, {loopback, announcePort});
+    send(socket, theEnd, {loopback, announcePort});
     thread_.join();
   }
   return requests_;
@@ -59,12 +59,13 @@ void AnnouncingHead::serve() {
 }
 
 void AnnouncingHead::answer(platform::Ipv4Endpoint client) {
-  Socket socket;
-  std::string from;
-  for (const Announcement& reply : replies_) {
-    if (from != reply.from) socket = senderAt(from = reply.from);
-    if (reply.after > reply.after.zero()) std::this_thread::sleep_for(reply.after);
-    sendAll(socket, reply.bytes, client);
+  for (const auto& [bytes, after, from] : replies_) {
+    if (after > after.zero()) std::this_thread::sleep_for(after);
+    if (from.empty()) {
+      send(listener_, bytes, client);
+    } else if (!sendFrom(from, bytes, client)) {
+      throw std::runtime_error("no replies can come from " + from);
+    }
   }
 }
 
@@ -74,12 +75,11 @@ Bytes announcement(int serial, int modelCode, int info1) {
 
 bool canAnswerFrom(const std::string& address) {
   const platform::SocketLibrary library;
-  Socket receiver = senderAt("127.0.0.1");
-  Socket sender = senderAt(address);
-  sendAll(sender, "x", receiver.localEndpoint());
+  Socket receiver = Socket::openDatagram();
   char byte = 0;
   platform::Ipv4Endpoint seen;
-  return receiver.receiveFrom(&byte, 1, &seen) == 1 && platform::formatIpv4(seen.address) == address;
+  return receiver.bind({loopback, 0}) && sendFrom(address, "x", receiver.localEndpoint()) && receiver.receiveFrom(&byte, 1, &seen) == 1 &&
+         platform::formatIpv4(seen.address) == address;
 }
 
 }  // namespace fringix::test

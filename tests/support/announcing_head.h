@@ -18,7 +18,7 @@ namespace fringix::test {
 struct Announcement {
   Bytes bytes;
   std::chrono::milliseconds after{0};  // pause before it is sent
-  std::string from = "127.0.0.1";
+  std::string from{};                  // address of the sender; empty: 127.0.0.1
 };
 
 class AnnouncingHead {
@@ -43,7 +43,7 @@ class AnnouncingHead {
 // A reply in which the numbers stand where they belong: serial number, model code, and the seven information numbers.
 Bytes announcement(int serial, int modelCode = 1, int info1 = 5);
 
-// Whether datagrams can be sent from another address of the loopback than 127.0.0.1; Wine has only that one.
+// Whether datagrams can be sent from this address; under Wine that takes an administrator.
 bool canAnswerFrom(const std::string& address);
 
 }  // namespace fringix::test
