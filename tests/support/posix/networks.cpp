@@ -1,0 +1,147 @@
+#include "support/posix/networks.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <linux/if_tun.h>
+#include <net/if.h>
+#include <poll.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+#include <thread>
+
+namespace fringix::test {
+
+namespace {
+
+void require(bool condition, const std::string& what) {
+  if (!condition) throw std::runtime_error(what);
+}
+
+void run(const std::string& command) { require(std::system(command.c_str()) == 0, command); }
+
+int thisNamespace() { return open("/proc/self/ns/net", O_RDONLY | O_CLOEXEC); }
+
+// An Ethernet interface whose frames this process reads and writes; -1 where that is not permitted.
+int openInterface(const std::string& name) {
+  const int descriptor = open("/dev/net/tun", O_RDWR | O_NONBLOCK | O_CLOEXEC);
+  ifreq request{};
+  name.copy(request.ifr_name, IFNAMSIZ - 1);
+  request.ifr_flags = IFF_TAP | IFF_NO_PI;
+  return descriptor >= 0 && ioctl(descriptor, TUNSETIFF, &request) == 0 ? descriptor : -1;
+}
+
+bool writeFile(const char* path, const std::string& text) {
+  std::ofstream file(path);
+  file << text;
+  return static_cast<bool>(file.flush());
+}
+
+// An ordinary user gets the rights for networks by being root in a user namespace.
+bool enterNamespaces() {
+  const std::string user = std::to_string(getuid());
+  if (unshare(CLONE_NEWNET) == 0) return true;
+  return unshare(CLONE_NEWUSER | CLONE_NEWNET) == 0 && writeFile("/proc/self/uid_map", "0 " + user + " 1");
+}
+
+bool mayMakeNetworks() {
+  const int probe = enterNamespaces() ? openInterface("probe") : -1;
+  return probe >= 0 && close(probe) == 0 && std::system("ip link set lo up 2>/dev/null") == 0;
+}
+
+Outcome outcomeOf(const std::function<void()>& body) {
+  if (!mayMakeNetworks()) return Outcome::notPermitted;
+  try {
+    body();
+  } catch (const std::exception& failure) {
+    ADD_FAILURE() << "failed: " << failure.what();
+  }
+  return testing::Test::HasFailure() ? Outcome::failed : Outcome::passed;
+}
+
+}  // namespace
+
+// Carries frames between two interfaces until it is destroyed.
+class Cable {
+ public:
+  Cable(int oneEnd, int otherEnd) : ends_{oneEnd, otherEnd}, thread_([this] { carryAll(); }) {}
+  ~Cable() {
+    cut_ = true;
+    thread_.join();
+    for (const int end : ends_) close(end);
+  }
+
+ private:
+  void carryAll() {
+    constexpr int milliseconds = 20;  // how soon it notices that it is cut
+    while (!cut_) {
+      std::array<pollfd, 2> ready{pollfd{ends_[0], POLLIN, 0}, pollfd{ends_[1], POLLIN, 0}};
+      if (poll(ready.data(), ready.size(), milliseconds) <= 0) continue;
+      carry(ends_[0], ends_[1]);
+      carry(ends_[1], ends_[0]);
+    }
+  }
+
+  static void carry(int from, int to) {
+    std::array<char, 2048> frame;
+    const ssize_t size = read(from, frame.data(), frame.size());
+    // A frame for an interface that is down is lost, as on any cable.
+    if (size > 0) static_cast<void>(write(to, frame.data(), static_cast<std::size_t>(size)) == size);
+  }
+
+  std::array<int, 2> ends_;
+  std::atomic<bool> cut_ = false;
+  std::thread thread_;
+};
+
+Networks::Networks() : headsSide_(thisNamespace()) {
+  require(unshare(CLONE_NEWNET) == 0, "a second network namespace");
+  hostSide_ = thisNamespace();
+  run("ip link set lo up");
+}
+
+Networks::~Networks() {
+  cables_.clear();
+  close(headsSide_);
+  close(hostSide_);
+}
+
+void Networks::connect(const std::string& name, const std::string& hostAddress, const std::string& headsAddress) {
+  const auto interfaceAt = [&](const std::string& address) {
+    const int descriptor = openInterface(name);
+    require(descriptor >= 0, "the interface " + name);
+    if (!address.empty()) run("ip address add " + address + " dev " + name);
+    run("ip link set " + name + " up");
+    return descriptor;
+  };
+  const int hostEnd = interfaceAt(hostAddress);
+  onTheHeadsSide([&] { cables_.push_back(std::make_unique<Cable>(hostEnd, interfaceAt(headsAddress))); });
+}
+
+void Networks::onTheHeadsSide(const std::function<void()>& action) const {
+  require(setns(headsSide_, CLONE_NEWNET) == 0, "the heads' side");
+  action();
+  require(setns(hostSide_, CLONE_NEWNET) == 0, "the host's side");
+}
+
+Outcome inProcessWithNetworks(const std::function<void()>& body) {
+  const pid_t child = fork();
+  if (child == 0) {
+    const Outcome outcome = outcomeOf(body);
+    std::fflush(stdout);
+    _exit(static_cast<int>(outcome));
+  }
+  int status = 0;
+  const bool ended = child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status);
+  return ended ? static_cast<Outcome>(WEXITSTATUS(status)) : Outcome::failed;
+}
+
+}  // namespace fringix::test
