@@ -98,10 +98,10 @@ void oddMasks() {
 void networkThatIsDown() {
   Networks networks;
   networks.connect("third", "10.5.0.1/24", "");
-  ASSERT_EQ(std::system("ip link set third down && ip link set lo down"), 0);
+  ASSERT_EQ(std::system("ip link set third down"), 0);
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(scan(), Found{});
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(250));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(590)) << "the loopback takes 300";
 }
 
 class NetworksTest : public testing::TestWithParam<void (*)()> {};
