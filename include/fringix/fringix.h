@@ -228,6 +228,39 @@ FRINGIX_API int32_t SLSeqMakeFromCol8(int32_t handle, uint32_t sequenceId, uint8
 FRINGIX_API int32_t SLSeqMakeFromLine24(int32_t handle, uint32_t sequenceId, uint8_t imageIndex, const uint8_t* data, uint32_t length);
 FRINGIX_API int32_t SLSeqMakeFromCol24(int32_t handle, uint32_t sequenceId, uint8_t imageIndex, const uint8_t* data, uint32_t length);
 
+/* ---- Display and measurement ------------------------------------------------------------------------------------------- */
+
+/*
+ * Shows an image on the projector: 24 bits per pixel. It stays until something else is shown.
+ *
+ * data    height * stride bytes, rows from top to bottom; not null
+ * width   pixels, 1 to the projector's width, see SLGetProjectorSize
+ * height  pixels, 1 to the projector's height
+ * stride  bytes from one row to the next, width * 3 to projector width * 3
+ *
+ * SLBAD_PARAMETER  a null pointer or a size out of range; nothing was sent
+ */
+FRINGIX_API int32_t SLShowImage(int32_t handle, const uint8_t* data, int32_t width, int32_t height, int32_t stride);
+
+/* Shows one image of a sequence on the projector. Where the count of images begins is the head's business. */
+FRINGIX_API int32_t SLShowImageFromSeq(int32_t handle, uint32_t sequenceId, uint32_t imageIndex);
+
+/*
+ * Runs a measurement: the head projects the images of a sequence while its camera grabs. SLStartMeasurement takes the whole sequence,
+ * SLStartFromTo a range of its images; where the count begins and whether `toIndex` is included is the head's business.
+ *
+ * Blocks until the head has finished; other commands to the session wait meanwhile. A head that takes longer than 30 seconds counts
+ * as failed (SLCONNECTION_ERROR): split long sequences.
+ *
+ * SLStartMeasurement then fires event 0 (see SLRegisterEventhandler), whether the measurement succeeded or not: on the calling
+ * thread, before it returns. A handler must not wait for another thread that uses the same session. SLStartFromTo fires nothing.
+ *
+ * SLMEASUREMENT_FAILED  the head reported that the measurement failed
+ * SLSYSTEM_ERROR        the head reported another failure
+ */
+FRINGIX_API int32_t SLStartMeasurement(int32_t handle, uint32_t sequenceId);
+FRINGIX_API int32_t SLStartFromTo(int32_t handle, uint32_t sequenceId, uint32_t fromIndex, uint32_t toIndex);
+
 /* ---- Pictures ----------------------------------------------------------------------------------------------------------
  *
  * Live pictures are what the camera sees now; stored pictures were taken by a measurement and have an image index. Cameras are
@@ -493,6 +526,68 @@ FRINGIX_API int32_t SLExecProjCmd(int32_t handle, uint8_t command, uint8_t argum
  */
 FRINGIX_API int32_t SLGetGPIOStatus(int32_t handle, int32_t line, int32_t* state);
 FRINGIX_API int32_t SLSetGPIOValue(int32_t handle, int32_t line, int32_t value);
+
+/* ---- Triggers and events ------------------------------------------------------------------------------------------------ */
+
+/*
+ * A head reports a hardware trigger on its GPIO input with a datagram to UDP port 44331 of the host. All sessions of all processes of
+ * the host share that port; a trigger reaches the sessions that were opened with the address that it came from, written in full
+ * ("127.0.0.9"; a session opened as "127.0.9" gets none).
+ *
+ * Callbacks and handlers run on a thread of the session, handlers of event 0 on the thread that measured. They should return soon:
+ * triggers that arrive meanwhile wait, and SLDevFree waits 2 seconds for them and then reports SLSYSTEM_ERROR. They must let no
+ * exception out, and must not free their own session.
+ */
+
+/* Called on each trigger of the session's head; `context` is null. */
+typedef void (*SLGPIOCallback)(void* context);
+
+/*
+ * Called for each event of the session.
+ *
+ * event      0: SLStartMeasurement has its answer from the head; 1: the head has raised a trigger
+ * context    as given to SLRegisterEventhandler
+ * parameter  the head's serial number
+ */
+typedef void (*SLEventHandler)(int32_t event, void* context, int64_t parameter);
+
+#define SLEVENT_MEASUREMENT 0
+#define SLEVENT_TRIGGER 1
+
+/*
+ * Sets the callback for triggers; null for none. It replaces the one set before. A trigger that is being dispatched at the same time
+ * may still call the old one.
+ */
+FRINGIX_API int32_t SLRegisterGPIOCallback(int32_t handle, SLGPIOCallback callback);
+
+/*
+ * Adds a window that events are posted to. It stays until the session is freed; windows that no longer exist are passed over.
+ *
+ * Windows: `window` is a HWND, which gets `message` with the event number as WPARAM and the head's serial number as LPARAM.
+ *
+ * Elsewhere `window` is a descriptor, cast to a pointer: the writing end of a pipe, or a connected local socket (not descriptor 0).
+ * A post writes one SLPostedEvent to it, without waiting: a full one loses the post, a broken or closed one is passed over.
+ *
+ * message  the message number
+ */
+FRINGIX_API int32_t SLRegisterGPIOHandle(int32_t handle, void* window, int32_t message);
+
+/* What a post writes to a descriptor: 24 bytes in the machine's own byte order. */
+typedef struct SLPostedEvent {
+  uint32_t message;  /* as given to SLRegisterGPIOHandle */
+  uint32_t reserved; /* 0 */
+  uint64_t event;    /* as for SLEventHandler */
+  int64_t parameter; /* as for SLEventHandler */
+} SLPostedEvent;
+
+/*
+ * Adds or removes an event handler. A handler is known by its function and its context together; adding one twice keeps one, removing
+ * one that is not there changes nothing, and both are a success. Handlers are called in the order in which they were added, and one at
+ * a time for a session: when SLUnregisterEventhandler returns, the handler has been called for the last time. A handler may add and
+ * remove handlers of its own session, but must not wait for another thread that does.
+ */
+FRINGIX_API int32_t SLRegisterEventhandler(int32_t handle, SLEventHandler handler, void* context);
+FRINGIX_API int32_t SLUnregisterEventhandler(int32_t handle, SLEventHandler handler, void* context);
 
 #ifdef __cplusplus
 }

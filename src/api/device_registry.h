@@ -14,17 +14,16 @@ class DeviceRegistry {
   static DeviceRegistry& instance();
 
   // The entry of a handle; an empty one is made where there is none. An empty entry stands for no session; kept on purpose.
-  ICameraDevice*& entry(std::int32_t handle);
+  std::shared_ptr<ICameraDevice>& entry(std::int32_t handle);
 
   // Gives the session the next handle, which is never given again.
-  std::int32_t add(std::unique_ptr<ICameraDevice> session);
+  std::int32_t add(std::shared_ptr<ICameraDevice> session);
 
   // Takes the session of a handle out of the registry; null where there is none.
-  std::unique_ptr<ICameraDevice> remove(std::int32_t handle);
+  std::shared_ptr<ICameraDevice> remove(std::int32_t handle);
 
  private:
-  // Owned, but by plain pointers: sessions that are still open when the library is unloaded are neither closed nor destroyed.
-  std::map<std::int32_t, ICameraDevice*> sessions_;
+  std::map<std::int32_t, std::shared_ptr<ICameraDevice>> sessions_;
   std::int32_t nextHandle_ = 0;
 };
 

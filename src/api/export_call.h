@@ -27,16 +27,23 @@ class ExportCall {
   // An export without an entry line.
   explicit ExportCall(const char* name) { nameFromNowOn(name); }
 
-  ~ExportCall() { trace("Function %s finished", name_); }
+  ~ExportCall() {
+    if (exitLine_) trace("Function %s finished", name_);
+  }
 
   ExportCall(const ExportCall&) = delete;
   ExportCall& operator=(const ExportCall&) = delete;
+
+  ExportCall& withoutExitLine() noexcept {
+    exitLine_ = false;
+    return *this;
+  }
 
   // Calls `operation`, a member function of ICameraDevice or anything that takes one, on the session of `handle`.
   template <class Operation, class... Arguments>
   std::int32_t device(std::int32_t handle, Operation&& operation, Arguments... arguments) const {
     return guarded([&] {
-      ICameraDevice* session = DeviceRegistry::instance().entry(handle);
+      ICameraDevice* session = DeviceRegistry::instance().entry(handle).get();
       return session == nullptr ? SLUNKNOWN_DEVICE_ID : std::invoke(operation, *session, arguments...);
     });
   }
@@ -65,11 +72,18 @@ class ExportCall {
   }
 
   const char* name_ = "";
+  bool exitLine_ = true;
 };
 
 // A pointer as "%i" prints it, where a trace format asks for that: the low 32 bits.
 inline std::int32_t printedAsInteger(const void* pointer) noexcept {
   return static_cast<std::int32_t>(reinterpret_cast<std::uintptr_t>(pointer));
+}
+
+// A function as "%p" prints it.
+template <class Result, class... Parameters>
+const void* printedAsPointer(Result (*function)(Parameters...)) noexcept {
+  return reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(function));
 }
 
 // An integer as "%p" prints it.

@@ -14,7 +14,7 @@ int openSession(const char* address, int32_t* handle) {
   auto channel = std::make_unique<CommandChannel>();
   if (channel->Connect(address) != 0) return SLCONNECTION_ERROR;
   channel->socket()->setReceiveTimeout(receiveTimeout);
-  auto session = std::make_unique<CameraDevice>();
+  auto session = CameraDevice::create();
   const int result = session->Init(std::move(channel));
   if (result == SLALL_OKAY) *handle = DeviceRegistry::instance().add(std::move(session));
   return result;

@@ -19,6 +19,12 @@ constexpr std::chrono::milliseconds farewellPause{100};
 
 CameraDevice::~CameraDevice() { Close(); }
 
+std::shared_ptr<CameraDevice> CameraDevice::create(HeartbeatClock& clock) {
+  auto session = std::make_shared<CameraDevice>(clock);
+  CameraDevice* const open = session.get();
+  return {open, [session = std::move(session)](CameraDevice* closing) { closing->Close(); }};
+}
+
 int CameraDevice::Init(std::unique_ptr<CommandChannel> channel) {
   trace("Cameradevice: Init");
   if (!channel) {
@@ -28,7 +34,10 @@ int CameraDevice::Init(std::unique_ptr<CommandChannel> channel) {
   const std::lock_guard guard(lock_);
   adoptChannel(std::move(channel));
   int result = greet();
-  if (result == SLALL_OKAY) result = queryCameraSize();
+  if (result == SLALL_OKAY) {
+    startThreads();
+    result = queryCameraSize();
+  }
   if (result == SLALL_OKAY) result = queryProjectorSize();
   if (result != SLALL_OKAY) Close();
   return result;
@@ -65,22 +74,25 @@ int CameraDevice::Close() {
   const std::lock_guard guard(lock_);
   if (!channel_) return SLALL_OKAY;
   trace("Cameradevice: Closing");
+  const int result = stopThreads();
   const bool farewell = channel_->SendString("ByeBye=") == 0;
   platform::sleepFor(farewellPause);  // lets the head read the farewell before the connection goes
   dropChannel();
   trace("Cameradevice: closed");
-  return farewell ? SLALL_OKAY : SLCONNECTION_ERROR;
+  return farewell ? result : SLCONNECTION_ERROR;
 }
 
 void CameraDevice::HandleChannelFailure() {
   const std::lock_guard guard(lock_);
   trace("Cameradevice: Closing");
+  stopThreads();
   dropChannel();
   trace("Cameradevice: closed on error");
 }
 
 void CameraDevice::adoptChannel(std::unique_ptr<CommandChannel> channel) {
   address_ = channel->peerAddress();
+  lastSendTime_ = channel->sharedLastSendTime();
   channel_ = std::move(channel);
   connected_ = true;
 }
@@ -90,6 +102,31 @@ void CameraDevice::dropChannel() noexcept {
   channel_.reset();
   facts_.forget();
   scratchFrame_.reset();
+}
+
+// A thread that cannot be had is missed by nobody: the session goes on without.
+void CameraDevice::startThreads() {
+  const std::shared_ptr<void> share = weak_from_this().lock();
+  trace("Cameradevice: Start Heartbeatthread");
+  heartbeat_.setDevice(this);
+  heartbeat_.Start(share);
+  trace("Cameradevice: Start GPIOthread");
+  listener_.Start(address_, share);
+  listener_.setOwner(this);
+}
+
+int CameraDevice::stopThreads() {
+  listener_.setOwner(nullptr);
+  int result = SLALL_OKAY;
+  if (heartbeat_.Stop() != 0) {
+    trace("Cameradevice: Error while closing, cannot stop HeartbeatThread");
+    result = SLSYSTEM_ERROR;
+  }
+  if (listener_.Stop() != 0) {
+    trace("Cameradevice: Error while closing, cannot stop GPIOThread");
+    result = SLSYSTEM_ERROR;
+  }
+  return result;
 }
 
 int CameraDevice::ReadStatus() {

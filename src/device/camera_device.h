@@ -1,5 +1,9 @@
 // One open connection to one head. The session lock serializes commands; a failed transfer drops the connection for good, after which
 // every command gives SLSYSTEM_ERROR and only the destructor is left. Nothing reconnects.
+//
+// Two threads of its own work for an open session: the heartbeat and the trigger listener. They are stopped while the session lock is
+// held, and without asking which thread it is that stops them; both are kept on purpose. So a thread that is just then waiting for the
+// lock cannot end in time, and a thread whose own command breaks the connection waits for itself.
 #pragma once
 
 #include <atomic>
@@ -8,26 +12,43 @@
 #include <optional>
 #include <string>
 
-#include "device/absent_operations.h"
+#include "device/ICameraDevice.h"
 #include "device/exchange.h"
 #include "device/frame.h"
 #include "device/head_facts.h"
 #include "net/command_channel.h"
 #include "platform/reentrant_lock.h"
+#include "threads/event_registry.h"
+#include "threads/gpio_thread.h"
+#include "threads/heartbeat_thread.h"
+#include "threads/trigger_callback_class.h"
 
 namespace fringix {
 
-class CameraDevice : public AbsentOperations {
+class CameraDevice : public TriggerCallbackClass, public ICameraDevice, public std::enable_shared_from_this<CameraDevice> {
  public:
-  CameraDevice() = default;
-  ~CameraDevice() override;
+  explicit CameraDevice(HeartbeatClock& clock = HeartbeatClock::ofTheSystem()) : heartbeat_(clock) {}
+  virtual ~CameraDevice();
+
+  // A session that closes when its owner lets go of it. Its memory stays until the last abandoned worker has ended.
+  static std::shared_ptr<CameraDevice> create(HeartbeatClock& clock = HeartbeatClock::ofTheSystem());
+
   CameraDevice(const CameraDevice&) = delete;
   CameraDevice& operator=(const CameraDevice&) = delete;
 
   // Takes the connected channel and shakes hands with the head: greeting, our protocol version, camera and projector size.
   // SLHANDSHAKE_TIMEOUT when the head does not greet within 2 seconds. On a failure the session is closed.
-  int Init(std::unique_ptr<CommandChannel> channel);
+  int Init(std::unique_ptr<CommandChannel> channel) override;
   int Close() override;
+
+  void OnTrigger() override;
+  void SetTriggerWindow(WindowHandle window, std::uint32_t message) override;
+  void SetGPIOCallback(TriggerCallback callback) override;
+  void SetContextCallback(TriggerCallback callback, void* context) override;
+  int AddEventWindow(WindowHandle window, std::uint32_t message) override;
+  int AddEventHandler(EventHandler handler, void* context) override;
+  int RemoveEventWindow(WindowHandle window, std::uint32_t message) override;
+  int RemoveEventHandler(EventHandler handler, void* context) override;
 
   int EnableCamLogging() override;
   int GetSerial(std::int32_t* serial) override;
@@ -54,6 +75,12 @@ class CameraDevice : public AbsentOperations {
   int CalcGrayCode(std::uint8_t* result, std::int32_t pitch, std::uint32_t height, std::uint8_t g1, std::uint8_t g2, std::uint8_t g3,
                    std::uint8_t g4) override;
   int SeqMakeImage(std::uint32_t sequenceId, std::uint8_t g1, std::uint8_t g2, std::uint8_t g3, std::uint8_t g4) override;
+
+  int ShowImage24(const std::uint8_t* data, std::int32_t width, std::int32_t height, std::int32_t stride) override;
+  int ShowImage8(const std::uint8_t* data, std::int32_t width, std::int32_t height, std::int32_t stride) override;
+  int ShowFromSeq(std::uint32_t sequenceId, std::uint32_t imageIndex) override;
+  int StartMeasurement(std::uint32_t sequenceId) override;
+  int StartFromTo(std::uint32_t sequenceId, std::uint32_t fromIndex, std::uint32_t toIndex) override;
 
   int GetNumberOfChannels(std::uint32_t* channelCount) override;
   int GetLiveImage(std::uint8_t* buffer, std::uint32_t width, std::uint32_t height) override;
@@ -121,6 +148,11 @@ class CameraDevice : public AbsentOperations {
   void HandleChannelFailure();
   void adoptChannel(std::unique_ptr<CommandChannel> channel);
   void dropChannel() noexcept;
+  void startThreads();
+  int stopThreads();
+
+  bool fitsProjector(std::int32_t width, std::int32_t height, std::int32_t stride);
+  int showImage(Exchange exchange, const std::uint8_t* data, std::int32_t width, std::int32_t height, std::int32_t stride);
 
   int makeFromPixels(const char* name, std::uint32_t sequenceId, std::uint8_t imageIndex, const std::uint8_t* data, std::uint32_t length);
 
@@ -132,9 +164,13 @@ class CameraDevice : public AbsentOperations {
   platform::ReentrantLock lock_;
   std::unique_ptr<CommandChannel> channel_;  // null: not connected
   std::atomic<bool> connected_{false};       // whether there is a channel, for those who look without the lock
-  std::string address_;                      // outlives the channel, because GetDevKey hands out its text
+  std::shared_ptr<const std::atomic<std::int64_t>> lastSendTime_;
+  std::string address_;  // outlives the channel, because GetDevKey hands out its text
   HeadFacts facts_;
   std::unique_ptr<std::uint8_t[]> scratchFrame_;  // one camera frame, made when first needed
+  EventRegistry events_;
+  HeartbeatThread heartbeat_;
+  GPIOThread listener_;
 };
 
 }  // namespace fringix

@@ -1,10 +1,13 @@
 #include "device/exchange.h"
 
 #include "device/camera_device.h"
+#include "platform/worker.h"
 
 namespace fringix {
 
-Exchange::Exchange(CameraDevice& session, const char* name) : session_(session), lock_(session.lock_), name_(name) {}
+Exchange::Exchange(CameraDevice& session, const char* name) : session_(session), lock_(session.lock_), name_(name) {
+  if (platform::thisWorkerIsAbandoned()) result_ = SLSYSTEM_ERROR;  // the session has gone on without the thread that waited here
+}
 
 CommandChannel& Exchange::channel() { return *session_.channel_; }
 

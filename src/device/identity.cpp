@@ -36,10 +36,10 @@ int CameraDevice::fetchOnce(std::atomic<std::int32_t>& cache, const char* name, 
   return result;
 }
 
-// Takes no lock. The channel cannot go meanwhile: a session stops its heartbeat, the only caller, before it drops the channel.
+// Takes no lock, so the channel may go meanwhile; its send time outlives it.
 int CameraDevice::GetLastSendTime(std::int64_t* time) {
   if (!connected()) return SLSYSTEM_ERROR;
-  if (time != nullptr) *time = channel_->lastSendTime();
+  if (time != nullptr) *time = *lastSendTime_;
   return SLALL_OKAY;
 }
 

@@ -13,14 +13,14 @@ int CommandChannel::Connect(const std::string& address) {
   if (!socket_) return -1;
   socket_->Create();  // unchecked: without a socket Connect fails
   peerAddress_ = address;
-  lastSendTime_ = 0;
+  *lastSendTime_ = 0;
   socket_->enableKeepAlive();
   return socket_->Connect(address);
 }
 
 int CommandChannel::SendString(std::string_view text) {
   if (!socket_) return -1;
-  lastSendTime_ = platform::secondsSinceEpoch();
+  *lastSendTime_ = platform::secondsSinceEpoch();
   return socket_->SendString(text);
 }
 

@@ -33,13 +33,15 @@ class CommandChannel {
 
   myTcpSocket* socket() noexcept { return socket_.get(); }
   const std::string& peerAddress() const noexcept { return peerAddress_; }
-  std::int64_t lastSendTime() const noexcept { return lastSendTime_; }  // seconds since 1970; 0 before the first command
+  std::int64_t lastSendTime() const noexcept { return *lastSendTime_; }  // seconds since 1970; 0 before the first command
+  std::shared_ptr<const std::atomic<std::int64_t>> sharedLastSendTime() const noexcept { return lastSendTime_; }  // outlives the channel
 
  private:
   platform::SocketLibrary library_;  // first member: it outlives the socket
   std::unique_ptr<myTcpSocket> socket_;
   std::string peerAddress_;
-  std::atomic<std::int64_t> lastSendTime_{0};  // atomic: the heartbeat reads it without the session's lock
+  // Atomic: the heartbeat reads it without the session's lock.
+  std::shared_ptr<std::atomic<std::int64_t>> lastSendTime_ = std::make_shared<std::atomic<std::int64_t>>(0);
 };
 
 template <class... Integers>

@@ -1,0 +1,97 @@
+#include "platform/worker.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <csignal>
+#include <mutex>
+#include <system_error>
+#include <thread>
+
+namespace fringix::platform {
+
+namespace {
+
+// What a worker and its owner know of each other; the worker holds a share of it.
+class Progress {
+ public:
+  void finish() noexcept {
+    const std::lock_guard guard(lock_);
+    finished_ = true;
+    changed_.notify_all();
+  }
+
+  bool waitForEnd(std::chrono::milliseconds limit) noexcept {
+    std::unique_lock guard(lock_);
+    return changed_.wait_for(guard, limit, [&] { return finished_; });
+  }
+
+  std::atomic<bool> abandoned{false};
+
+ private:
+  std::mutex lock_;
+  std::condition_variable changed_;
+  bool finished_ = false;
+};
+
+thread_local const Progress* thisWorker = nullptr;
+
+// Signals are the host's: its handlers run on its own threads.
+class AllSignalsBlocked {
+ public:
+  AllSignalsBlocked() noexcept {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, &before_);
+  }
+  ~AllSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  AllSignalsBlocked(const AllSignalsBlocked&) = delete;
+  AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
+
+ private:
+  sigset_t before_;
+};
+
+}  // namespace
+
+struct Worker::Thread {
+  std::shared_ptr<Progress> progress = std::make_shared<Progress>();
+  std::thread thread;
+};
+
+Worker::Worker() noexcept = default;
+Worker::~Worker() = default;
+
+std::uint32_t Worker::start(Body body, void* argument, std::shared_ptr<void> share) noexcept {
+  try {
+    auto started = std::make_unique<Thread>();
+    const AllSignalsBlocked blocked;  // a new thread inherits the mask
+    started->thread = std::thread([body, argument, share = std::move(share), progress = started->progress]() mutable {
+      thisWorker = progress.get();
+      body(argument);
+      share.reset();
+      progress->finish();
+    });
+    thread_ = std::move(started);
+    return 0;
+  } catch (const std::system_error& error) {
+    return static_cast<std::uint32_t>(error.code().value());
+  } catch (...) {
+    return static_cast<std::uint32_t>(std::errc::not_enough_memory);
+  }
+}
+
+bool Worker::end(std::chrono::milliseconds limit) noexcept {
+  const std::unique_ptr<Thread> ending = std::move(thread_);
+  const bool ended = ending->progress->waitForEnd(limit);
+  if (ended) {
+    ending->thread.join();
+  } else {
+    ending->progress->abandoned = true;
+    ending->thread.detach();
+  }
+  return ended;
+}
+
+bool thisWorkerIsAbandoned() noexcept { return thisWorker != nullptr && thisWorker->abandoned; }
+
+}  // namespace fringix::platform

@@ -1,0 +1,50 @@
+// How the trigger listeners of a host, in one process or in many, share the one port that triggers arrive on. One listener at a time is
+// the receiver; the others follow and are told the sender of every trigger. When the receiver resigns, or its process dies, a follower
+// takes its place (on Windows the death of its process makes the followers fail instead).
+//
+// One object serves one listener thread and is used by it alone.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "platform/event.h"
+#include "platform/socket.h"
+
+namespace fringix::platform {
+
+class TriggerExchange {
+ public:
+  TriggerExchange();
+  ~TriggerExchange();  // lets go of everything
+  TriggerExchange(const TriggerExchange&) = delete;
+  TriggerExchange& operator=(const TriggerExchange&) = delete;
+
+  // The three things that are shared, opened in this order; where the system needs fewer, the others are there at once.
+  enum class Block { ready, noView, none };
+  Block openBlock() noexcept;                // carries the sender's address
+  bool openLock() noexcept;                  // elects the receiver
+  bool openNotification() noexcept;          // wakes the followers
+  std::uint32_t lastError() const noexcept;  // of openBlock()
+
+  // As a follower: waits without limit. The first that holds in this order counts.
+  enum class Turn { receiver, stop, trigger, failed };
+  Turn waitForTurn(const ManualResetEvent& stop) noexcept;
+  bool hasView() const noexcept;
+  bool readSender(std::uint32_t* address) noexcept;  // after Turn::trigger: host byte order; false: the block could not be read
+
+  // As the receiver.
+  bool openArrival() noexcept;
+  enum class Arrival { stop, datagram, noSelection, failed };
+  Arrival waitForDatagram(const ManualResetEvent& stop, const Socket& socket) noexcept;  // without limit
+  void resetArrival() noexcept;
+  bool announce(std::uint32_t address) noexcept;  // tells all followers; false: the block could not be written
+  void settle() noexcept;                         // the announcement is over
+  void resign() noexcept;
+
+ private:
+  struct Native;
+  std::unique_ptr<Native> native_;
+};
+
+}  // namespace fringix::platform

@@ -1,0 +1,177 @@
+#include "threads/gpio_thread.h"
+
+#include <array>
+#include <cstring>
+#include <utility>
+
+#include "api/trace.h"
+#include "platform/window.h"
+
+namespace fringix {
+
+namespace {
+
+using platform::TriggerExchange;
+
+constexpr std::uint16_t triggerPort = 44331;
+constexpr const char* triggerMark = "02UDP_GPIO";
+constexpr std::size_t receivedAtMost = 20;
+constexpr std::ptrdiff_t longestTrigger = 18;
+
+// The sender of a trigger, if that is what the next datagram is.
+bool takeTrigger(platform::Socket& socket, std::uint32_t* sender) {
+  std::array<char, receivedAtMost + 1> text{};
+  platform::Ipv4Endpoint peer;
+  const std::ptrdiff_t size = socket.receiveFrom(text.data(), receivedAtMost, &peer);
+  if (size <= 0 || size > longestTrigger) return false;
+  text[static_cast<std::size_t>(size)] = '\0';
+  *sender = peer.address;
+  return std::strstr(text.data(), triggerMark) != nullptr;
+}
+
+bool openBlock(TriggerExchange& exchange) {
+  const TriggerExchange::Block block = exchange.openBlock();
+  if (block == TriggerExchange::Block::none) {
+    trace("Could not create file mapping object (%d).\n", exchange.lastError());
+    trace("GPIOThread: Cannot access shared memory");
+  } else if (block == TriggerExchange::Block::noView) {
+    trace("Could not map view of file (%d).\n", exchange.lastError());
+  }
+  return block != TriggerExchange::Block::none;
+}
+
+std::uint32_t announcedSender(TriggerExchange& exchange) {
+  std::uint32_t sender = 0xFFFFFFFF;  // no head's
+  if (exchange.hasView() && !exchange.readSender(&sender)) trace("GPIOThread: Failed to read from shared memory.");
+  return sender;
+}
+
+bool openPort(platform::Socket& socket) {
+  if (!socket.setReuseAddress(true)) {
+    trace("ERROR: setsockopt for GPIO-socket failed");
+    return false;
+  }
+  if (!socket.bind({0, triggerPort}) || !socket.setNonBlocking(true)) {
+    trace("ERROR: openPort for GPIO-socket failed");
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::int32_t GPIOThread::Start(const std::string& headAddress, std::shared_ptr<void> share) {
+  headAddress_ = headAddress;
+  const std::uint32_t error = ThreadMgr::Start(std::move(share));
+  return error == 0 ? 0 : static_cast<std::int32_t>(0x80070000U | (error & 0xFFFFU));
+}
+
+void GPIOThread::setContextCallback(TriggerCallback callback, void* context) noexcept {
+  callbackContext_ = context;
+  contextCallback_ = callback;
+}
+
+void GPIOThread::setNotifyWindow(WindowHandle window, std::uint32_t message) noexcept {
+  notifyWindow_ = window;
+  notifyMessage_ = message;
+}
+
+std::int32_t GPIOThread::ThreadProc() {
+  trace("GPIOThread: ThreadProc started");
+  try {
+    TriggerExchange exchange;
+    return listen(exchange);
+  } catch (...) {
+    trace("GPIOThread: someone raised an exception, returning from ThreadProc\n");
+    return failed;
+  }
+}
+
+std::int32_t GPIOThread::listen(TriggerExchange& exchange) {
+  if (!openBlock(exchange)) return stopped;  // not a failure code; kept on purpose
+  if (!exchange.openLock()) {
+    trace("ERROR: CreateMutex for udpmutex failed");
+    return failed;
+  }
+  if (!exchange.openNotification()) {
+    trace("ERROR: CreateEvent for gpio_event failed");
+    return failed;
+  }
+  return follow(exchange);
+}
+
+std::int32_t GPIOThread::follow(TriggerExchange& exchange) {
+  while (!platform::thisWorkerIsAbandoned()) {
+    switch (exchange.waitForTurn(stopEvent())) {
+      case TriggerExchange::Turn::receiver:
+        return receive(exchange);
+      case TriggerExchange::Turn::stop:
+        trace("GPIOThread: returning from ThreadProc");
+        return stopped;
+      case TriggerExchange::Turn::trigger:
+        DispatchTrigger(announcedSender(exchange));
+        break;
+      case TriggerExchange::Turn::failed:
+        trace("ERROR: WaitForMultipleObjects in GPIO_Thread failed");
+        return failed;
+    }
+  }
+  return failed;
+}
+
+std::int32_t GPIOThread::receive(TriggerExchange& exchange) {
+  const platform::SocketLibrary library;
+  // The port is closed before another listener can become the receiver and bind it.
+  struct Resignation {
+    TriggerExchange& exchange;
+    ~Resignation() { exchange.resign(); }
+  } const resignation{exchange};
+  platform::Socket socket = library.usable() ? platform::Socket::openDatagram() : platform::Socket();
+  if (!openPort(socket) || !exchange.openArrival()) return failed;
+  return serve(exchange, socket);
+}
+
+std::int32_t GPIOThread::serve(TriggerExchange& exchange, platform::Socket& socket) {
+  while (!platform::thisWorkerIsAbandoned()) {
+    switch (exchange.waitForDatagram(stopEvent(), socket)) {
+      case TriggerExchange::Arrival::stop:
+        trace("GPIOThread: returning from ThreadProc");
+        return stopped;
+      case TriggerExchange::Arrival::noSelection:
+        trace("GPIOThread: Cannot select FD_READ, returning from thread.");
+        return failed;
+      case TriggerExchange::Arrival::failed:
+        trace("GPIOThread: error while waiting for udp-event, returning from ThreadProc");
+        return failed;
+      case TriggerExchange::Arrival::datagram:
+        break;
+    }
+    trace("GPIOThread: Trigger occured!");
+    std::uint32_t sender = 0;
+    const bool trigger = takeTrigger(socket, &sender);
+    exchange.resetArrival();  // also for what is ignored: it must not wake the listener twice
+    if (trigger) passOn(exchange, sender);
+  }
+  return failed;
+}
+
+// The announcement lasts as long as this thread's own dispatch: a follower that is quicker takes it for a second trigger; kept on
+// purpose.
+void GPIOThread::passOn(TriggerExchange& exchange, std::uint32_t address) {
+  if (!exchange.announce(address)) trace("GPIOThread: Failed to write to the view.");
+  DispatchTrigger(address);
+  exchange.settle();
+}
+
+void GPIOThread::DispatchTrigger(std::uint32_t address) {
+  if (platform::formatIpv4(address) != headAddress_) return;
+  if (const TriggerCallback callback = gpioCallback_) callback(nullptr);
+  if (platform::thisWorkerIsAbandoned()) return;
+  if (const TriggerCallback callback = contextCallback_) callback(callbackContext_);
+  if (platform::thisWorkerIsAbandoned()) return;
+  const WindowHandle window = notifyWindow_;
+  if (const std::uint32_t message = notifyMessage_; window != nullptr && message != 0) platform::Window(window).post(message, 0, 0);
+  if (TriggerCallbackClass* owner = owner_) owner->OnTrigger();
+}
+
+}  // namespace fringix
