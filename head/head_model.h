@@ -37,6 +37,7 @@ class HeadModel {
 
   const HeadSettings& settings() const { return settings_; }
   Controls& controls() { return controls_; }
+  const Controls& controls() const { return controls_; }
   Configuration& configuration() { return configuration_; }
   DataStore& data() { return *data_; }
   IoLines& lines() { return lines_; }

@@ -27,10 +27,16 @@ platform::Socket listenOn(const std::string& address) {
 }  // namespace
 
 HeadServer::HeadServer(HeadSettings settings, Observer observer)
-    : model_(std::move(settings)), triggers_(model_.settings().address), observer_(std::move(observer)) {}
+    : model_(std::move(settings)),
+      triggers_(model_.settings().address),
+      observer_(std::move(observer)),
+      announcer_(model_, [this](const std::string& client) {
+        if (observer_) observer_(Happening::found, client, "");
+      }) {}
 
 void HeadServer::start() {
   listener_ = listenOn(model_.settings().address);
+  announcer_.start();
   stopping_ = false;
   acceptor_ = std::thread([this] { acceptClients(); });
 }
@@ -38,6 +44,7 @@ void HeadServer::start() {
 void HeadServer::stop() noexcept {
   if (!acceptor_.joinable()) return;
   stopping_ = true;
+  announcer_.stop();
   listener_.shutdown();
   acceptor_.join();
   for (Session& session : sessions_) session.requestStop();

@@ -7,6 +7,7 @@
 #include <list>
 #include <thread>
 
+#include "head/announcer.h"
 #include "head/head_model.h"
 #include "head/head_settings.h"
 #include "head/session.h"
@@ -25,7 +26,8 @@ class HeadServer {
   HeadServer(const HeadServer&) = delete;
   HeadServer& operator=(const HeadServer&) = delete;
 
-  // Returns once clients can connect; throws std::runtime_error with a text for people when the address cannot be listened on.
+  // Returns once clients can find the head and connect; throws std::runtime_error with a text for people when the address, or the
+  // port of searches, cannot be listened on.
   void start();
   // Ends all connections and returns when every thread has ended. start() may follow.
   void stop() noexcept;
@@ -44,6 +46,7 @@ class HeadServer {
   HeadModel model_;
   TriggerOutput triggers_;
   const Observer observer_;
+  Announcer announcer_;
   std::atomic<bool> stopping_ = false;
   platform::Socket listener_;
   std::list<Session> sessions_;  // touched by the accepting thread only, while it runs

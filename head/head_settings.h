@@ -20,9 +20,14 @@ struct Size {
   bool operator==(const Size&) const = default;
 };
 
+// What is wrong with a head's answers to searches.
+enum class AnnounceFault { none, silent, late, doubled, malformed, oversized };
+
 struct HeadSettings {
   std::string address = "127.0.0.2";  // where it listens: one of this machine's IPv4 addresses, or 0.0.0.0 for all of them
   std::int32_t serial = 1001;
+  std::int32_t modelCode = 1;  // 0 to 2 are known to clients
+  AnnounceFault announceFault = AnnounceFault::none;
   Size camera{1280, 1024};  // of every channel
   Size projector{1280, 800};
   std::int32_t protocolVersion = 3300;  // commands that came with a later version are unknown to the head

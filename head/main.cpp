@@ -42,6 +42,8 @@ void printLine(const std::string& line) { print(line + "\n"); }
 
 std::string describe(Happening happening, const std::string& text) {
   switch (happening) {
+    case Happening::found:
+      return "found by a search";
     case Happening::connected:
       return "connected";
     case Happening::disconnected:

@@ -18,6 +18,7 @@ namespace fringix::head {
 namespace {
 
 constexpr std::int32_t largestSide = 16384;
+constexpr std::int32_t modelCount = 3;
 
 Size parseSize(const std::string& text) {
   Size size;
@@ -68,16 +69,37 @@ void addSize(CLI::App& app, const std::string& name, Size& size, const std::stri
 
 void addIdentity(CLI::App& app, Options& options) {
   HeadSettings& first = options.first;
-  app.add_option("--heads", options.heads, "How many heads; each one after the first has the next address and serial number")
+  app.add_option("--heads", options.heads, "How many heads; each one after the first has the next address, serial number and model")
       ->check(CLI::Range(1, 200))
       ->capture_default_str();
   app.add_option("--address", first.address, "IPv4 address of the (first) head; only this machine reaches a loopback address")
       ->check(CLI::Validator(checkAddress, "IPV4"))
       ->capture_default_str();
   app.add_option("--serial", first.serial, "Serial number of the (first) head")->check(CLI::NonNegativeNumber)->capture_default_str();
+  app.add_option("--model", first.modelCode, "Model code of the (first) head, 0 to 2; each one after it is of the next model")
+      ->check(CLI::NonNegativeNumber)
+      ->capture_default_str();
   app.add_option("--protocol", first.protocolVersion, "Protocol version: later commands are unknown to the head")
       ->check(CLI::NonNegativeNumber)
       ->capture_default_str();
+}
+
+AnnounceFault parseAnnounceFault(const std::string& text) {
+  static const std::map<std::string, AnnounceFault> faults{{"silent", AnnounceFault::silent},
+                                                           {"late", AnnounceFault::late},
+                                                           {"doubled", AnnounceFault::doubled},
+                                                           {"malformed", AnnounceFault::malformed},
+                                                           {"oversized", AnnounceFault::oversized}};
+  const auto found = faults.find(text);
+  if (found != faults.end()) return found->second;
+  throw CLI::ValidationError(fmt::format("\"{}\" is no fault of an answer: give silent, late, doubled, malformed or oversized", text));
+}
+
+void addAnnouncement(CLI::App& app, HeadSettings& first) {
+  app.add_option_function<std::string>(
+         "--announce-fault", [&first](const std::string& text) { first.announceFault = parseAnnounceFault(text); },
+         "What is wrong with the answers to searches: silent, late (by a second), doubled, malformed or oversized")
+      ->type_name("FAULT");
 }
 
 void addOptics(CLI::App& app, HeadSettings& first) {
@@ -135,6 +157,7 @@ void addTriggers(CLI::App& app, Options& options) {
 Options parseOptions(CLI::App& app, int argc, char** argv) {
   Options options;
   addIdentity(app, options);
+  addAnnouncement(app, options.first);
   addOptics(app, options.first);
   addMeasurement(app, options);
   addTriggers(app, options);
@@ -151,6 +174,7 @@ HeadSettings settingsOf(const Options& options, int index) {
   HeadSettings settings = options.first;
   settings.address = platform::formatIpv4(platform::parseIpv4(settings.address.c_str()) + static_cast<std::uint32_t>(index));
   settings.serial += index;
+  if (settings.modelCode < modelCount) settings.modelCode = (settings.modelCode + index) % modelCount;
   if (options.heads > 1 && !settings.storage.empty())
     settings.storage = (std::filesystem::path(settings.storage) / std::to_string(settings.serial)).string();
   return settings;

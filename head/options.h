@@ -22,7 +22,7 @@ struct Options {
 // Throws what CLI11 throws; `app` then prints it.
 Options parseOptions(CLI::App& app, int argc, char** argv);
 
-// Of head number `index`, counted from 0: the first one's, with the next address and serial number.
+// Of head number `index`, counted from 0: the first one's, with the next address, serial number and model.
 HeadSettings settingsOf(const Options& options, int index);
 
 }  // namespace fringix::head

@@ -13,9 +13,9 @@
 
 namespace fringix::head {
 
-enum class Happening { connected, command, trouble, disconnected };
+enum class Happening { found, connected, command, trouble, disconnected };
 
-// Told what happens, with the client's address; called on the sessions' threads.
+// Told what happens, with the client's address; called on the head's threads.
 using Observer = std::function<void(Happening happening, const std::string& client, const std::string& text)>;
 
 class Session {

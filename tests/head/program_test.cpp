@@ -99,6 +99,12 @@ TEST(HeadProgramTest, AnIntervalNeedsAUnitAndASense) {
   }
 }
 
+TEST(HeadProgramTest, AnUnknownFaultOfAnswersIsRefused) {
+  ChildProcess process(FRINGIX_HEAD, {"--announce-fault", "loud"});
+  EXPECT_EQ(process.nextLine(), "\"loud\" is no fault of an answer: give silent, late, doubled, malformed or oversized");
+  EXPECT_EQ(process.wait(), 2);
+}
+
 TEST(HeadProgramTest, CtrlCEndsItWhileItWaitsForALine) {
   RunningProgram program({});
   if (!program.process.interrupt()) GTEST_SKIP() << "no program can press Ctrl-C for another one here";
