@@ -18,8 +18,8 @@ Script handshake(const HeadSizes& sizes) {
 
 Bytes handshakeBytes() { return integer(3300) + text("40MSG_SLGetMaxImageSize") + text("45MSG_SLGetProjDimension"); }
 
-OpenSession::OpenSession(const Script& script, const HeadSizes& sizes) : head_(handshake(sizes) + script) {
-  if (const int result = SLDevAlloc("127.0.0.1", &handle_); result != SLALL_OKAY) {
+OpenSession::OpenSession(const Script& script, const HeadSizes& sizes, const char* address) : head_(handshake(sizes) + script, address) {
+  if (const int result = SLDevAlloc(address, &handle_); result != SLALL_OKAY) {
     throw std::runtime_error("the session did not open: " + std::to_string(result));
   }
 }

@@ -19,11 +19,13 @@ Bytes handshakeBytes();
 
 class OpenSession {
  public:
-  explicit OpenSession(const Script& script, const HeadSizes& sizes = {});
+  explicit OpenSession(const Script& script, const HeadSizes& sizes = {}, const char* address = "127.0.0.1");
   ~OpenSession();
 
   int handle() const { return handle_; }
   ICameraDevice& device() const;
+
+  void awaitEndOfScript() { head_.received(); }
 
   // Frees the session; the status of SLDevFree.
   int free();

@@ -1,0 +1,49 @@
+// A heartbeat's time, driven by a test: the heartbeat wakes when the test says so, at the time that the test sets.
+#pragma once
+
+#include <atomic>
+
+#include "platform/clock.h"
+#include "threads/heartbeat_thread.h"
+
+namespace fringix::test {
+
+class DrivenClock final : public HeartbeatClock {
+ public:
+  bool waitForStop(const platform::ManualResetEvent& stop, std::chrono::milliseconds limit) override {
+    lastLimit = limit;
+    ++waits;
+    for (;;) {
+      if (stop.wait(std::chrono::milliseconds(1))) return true;
+      if (takeWakeUp()) return false;
+    }
+  }
+
+  std::int64_t now() override {
+    ++looks;
+    return platform::secondsSinceEpoch() + ahead;
+  }
+
+  // Wakes the heartbeat once, so many seconds after now.
+  void wake(std::int64_t secondsAhead) {
+    ahead = secondsAhead;
+    ++pending_;
+  }
+
+  std::atomic<std::int64_t> ahead{0};
+  std::atomic<std::chrono::milliseconds> lastLimit{};
+  std::atomic<int> waits{0};
+  std::atomic<int> looks{0};
+
+ private:
+  bool takeWakeUp() {
+    int pending = pending_;
+    while (pending > 0 && !pending_.compare_exchange_weak(pending, pending - 1)) {
+    }
+    return pending > 0;
+  }
+
+  std::atomic<int> pending_{0};
+};
+
+}  // namespace fringix::test

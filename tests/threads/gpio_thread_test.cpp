@@ -1,0 +1,93 @@
+// The trigger listener by itself: whose triggers it takes, and how it fails.
+#include "threads/gpio_thread.h"
+
+#include <gtest/gtest.h>
+
+#include "api/trace.h"
+#include "support/captured_trace.h"
+#include "support/eventually.h"
+
+namespace fringix::test {
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+constexpr std::uint16_t triggerPort = 44331;
+
+std::string line(const std::string& message) { return "<QOR> " + message + "\r\n"; }
+
+struct CountingOwner final : TriggerCallbackClass {
+  void OnTrigger() override { ++triggers; }
+  int Init(std::unique_ptr<CommandChannel>) override { return 0; }
+  int triggers = 0;
+};
+
+class GPIOThreadTest : public testing::Test {
+ protected:
+  // The triggers that reach a listener for `address` when 127.0.0.9 sends one.
+  int triggersFor(const std::string& address) {
+    CountingOwner owner;
+    GPIOThread listener;
+    EXPECT_EQ(listener.Start(address), 0);
+    listener.Stop();
+    listener.setOwner(&owner);
+    listener.DispatchTrigger(0x7F000009);
+    return owner.triggers;
+  }
+};
+
+TEST_F(GPIOThreadTest, ComparesAddressesAsTexts) {
+  EXPECT_EQ(triggersFor("127.0.0.9"), 1);
+  for (const char* other : {"127.0.0.90", "127.0.0.", "127.0.9", "127.0.0.09", " 127.0.0.9", ""}) EXPECT_EQ(triggersFor(other), 0) << other;
+}
+
+TEST_F(GPIOThreadTest, WritesEveryByteOfTheAddressUnsigned) {
+  CountingOwner owner;
+  GPIOThread listener;
+  listener.Start("255.200.128.1");
+  listener.Stop();
+  listener.setOwner(&owner);
+  listener.DispatchTrigger(0xFFC88001);
+  EXPECT_EQ(owner.triggers, 1);
+}
+
+TEST_F(GPIOThreadTest, WithoutAnybodyToTellNothingHappens) {
+  GPIOThread listener;
+  listener.Start("127.0.0.9");
+  listener.Stop();
+  listener.DispatchTrigger(0x7F000009);
+}
+
+TEST_F(GPIOThreadTest, APortThatAStrangerHoldsEndsIt) {
+  const platform::SocketLibrary library;
+  platform::Socket stranger = platform::Socket::openDatagram();
+  stranger.setSoleListener();
+  ASSERT_TRUE(stranger.setReuseAddress(false));
+  ASSERT_TRUE(stranger.bind({0, triggerPort}));
+  GPIOThread listener;
+  CapturedTrace capture;
+  setDebugFlag(1);
+  const std::int32_t result = listener.ThreadProc();
+  setDebugFlag(0);
+  EXPECT_EQ(result, -1);
+  EXPECT_EQ(capture.lines(), (Lines{line("GPIOThread: ThreadProc started"), line("ERROR: openPort for GPIO-socket failed")}));
+}
+
+TEST_F(GPIOThreadTest, AStoppedFollowerLeavesTheReceiverAlone) {
+  GPIOThread receiver;
+  GPIOThread follower;
+  CapturedTrace capture;
+  setDebugFlag(1);
+  receiver.Start("127.0.0.9");
+  follower.Start("127.0.0.9");
+  EXPECT_EQ(follower.Stop(), 0);
+  EXPECT_EQ(receiver.Stop(), 0);
+  setDebugFlag(0);
+  const Lines lines = capture.lines();
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), line("GPIOThread: returning from ThreadProc")), 2);
+}
+
+}  // namespace
+
+}  // namespace fringix::test
