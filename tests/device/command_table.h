@@ -40,6 +40,7 @@ std::ostream& operator<<(std::ostream& out, const CommandCase& row);
 // The rows, by family.
 std::vector<CommandCase> sessionCommands();
 std::vector<CommandCase> sequenceCommands();
+std::vector<CommandCase> projectionCommands();
 std::vector<CommandCase> pictureCommands();
 std::vector<CommandCase> settingsCommands();
 std::vector<CommandCase> dataCommands();

@@ -158,7 +158,8 @@ TEST_P(VersionGateTest, FailsWhenTheVersionCannotBeFetched) {
 
 std::vector<CommandCase> rowsWhere(bool (*wanted)(const CommandCase&)) {
   std::vector<CommandCase> rows;
-  for (const auto& family : {sessionCommands(), sequenceCommands(), pictureCommands(), settingsCommands(), dataCommands()}) {
+  for (const auto& family :
+       {sessionCommands(), sequenceCommands(), projectionCommands(), pictureCommands(), settingsCommands(), dataCommands()}) {
     std::copy_if(family.begin(), family.end(), std::back_inserter(rows), wanted);
   }
   return rows;
@@ -170,6 +171,7 @@ std::string nameOf(const testing::TestParamInfo<CommandCase>& test) { return tes
 
 INSTANTIATE_TEST_SUITE_P(Session, CommandTest, testing::ValuesIn(sessionCommands()), nameOf);
 INSTANTIATE_TEST_SUITE_P(Sequences, CommandTest, testing::ValuesIn(sequenceCommands()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Projection, CommandTest, testing::ValuesIn(projectionCommands()), nameOf);
 INSTANTIATE_TEST_SUITE_P(Pictures, CommandTest, testing::ValuesIn(pictureCommands()), nameOf);
 INSTANTIATE_TEST_SUITE_P(Settings, CommandTest, testing::ValuesIn(settingsCommands()), nameOf);
 INSTANTIATE_TEST_SUITE_P(Data, CommandTest, testing::ValuesIn(dataCommands()), nameOf);
