@@ -1,0 +1,109 @@
+// The objects that all processes of a host share, used by their names as another program would.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <atomic>
+#include <cstring>
+#include <thread>
+
+#include "support/eventually.h"
+#include "threads/gpio_thread.h"
+
+namespace fringix::test {
+
+namespace {
+
+constexpr const char* blockName = "5CD4232B-DC80-424a-9B46-B85B97F28D95";
+constexpr const char* lockName = "C5128585-87BE-4b48-9F65-9A4CAC572E59";
+constexpr const char* notificationName = "01C8BBBF-2F08-43b6-A986-6EE1CA79A1BE";
+constexpr std::size_t blockSize = 64;
+constexpr std::uint32_t head = 0x7F000009;
+
+struct CountingOwner final : TriggerCallbackClass {
+  void OnTrigger() override { ++triggers; }
+  int Init(std::unique_ptr<CommandChannel>) override { return 0; }
+  std::atomic<int> triggers{0};
+};
+
+// The objects, as a program has them that knows nothing but their names.
+struct Stranger {
+  HANDLE mapping = CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, blockSize, blockName);
+  unsigned char* block = static_cast<unsigned char*>(MapViewOfFile(mapping, FILE_MAP_ALL_ACCESS, 0, 0, blockSize));
+  HANDLE lock = CreateMutexA(nullptr, FALSE, lockName);
+  HANDLE notification = CreateEventA(nullptr, TRUE, FALSE, notificationName);
+
+  ~Stranger() {
+    CloseHandle(notification);
+    CloseHandle(lock);
+    UnmapViewOfFile(block);
+    CloseHandle(mapping);
+  }
+};
+
+TEST(NamedObjectsTest, AListenerFollowsAReceiverThatIsNotOurs) {
+  Stranger stranger;
+  ASSERT_EQ(WaitForSingleObject(stranger.lock, 0), WAIT_OBJECT_0);
+  CountingOwner owner;
+  GPIOThread listener;
+  listener.setOwner(&owner);
+  listener.Start("127.0.0.9");
+  std::memcpy(stranger.block, &head, sizeof head);
+  SetEvent(stranger.notification);
+  EXPECT_TRUE(eventually([&] { return owner.triggers > 0; }));
+  ResetEvent(stranger.notification);
+  EXPECT_EQ(listener.Stop(), 0);
+  ReleaseMutex(stranger.lock);
+}
+
+TEST(NamedObjectsTest, AReceiverWritesTheSenderAndSignals) {
+  Stranger stranger;
+  std::memset(stranger.block, 0, blockSize);
+  struct Owner final : TriggerCallbackClass {
+    explicit Owner(HANDLE notification) : signal(notification) {}
+    void OnTrigger() override { signalled = WaitForSingleObject(signal, 0) == WAIT_OBJECT_0; }
+    int Init(std::unique_ptr<CommandChannel>) override { return 0; }
+    HANDLE signal;
+    std::atomic<bool> signalled{false};
+  } owner(stranger.notification);
+  GPIOThread listener;
+  listener.setOwner(&owner);
+  listener.Start("127.0.0.1");
+  const platform::SocketLibrary library;
+  platform::Socket socket = platform::Socket::openDatagram();
+  ASSERT_TRUE(eventually([&] {
+    socket.sendTo("02UDP_GPIO", 10, {0x7F000001, 44331});
+    return eventually([&] { return owner.signalled.load(); }, std::chrono::milliseconds(100));
+  }));
+  EXPECT_EQ(WaitForSingleObject(stranger.lock, 0), static_cast<DWORD>(WAIT_TIMEOUT)) << "held by the receiver";
+  EXPECT_EQ(listener.Stop(), 0);
+  EXPECT_EQ(WaitForSingleObject(stranger.notification, 0), static_cast<DWORD>(WAIT_TIMEOUT)) << "signalled during the dispatch only";
+  EXPECT_EQ(WaitForSingleObject(stranger.lock, 0), WAIT_OBJECT_0) << "released by the receiver";
+  ReleaseMutex(stranger.lock);
+  std::uint32_t sender = 0;
+  std::memcpy(&sender, stranger.block, sizeof sender);
+  EXPECT_EQ(sender, 0x7F000001U);
+  for (std::size_t i = sizeof sender; i < blockSize; ++i) EXPECT_EQ(stranger.block[i], 0) << "reserved";
+}
+
+TEST(NamedObjectsTest, AnAbandonedLockEndsTheFollowers) {
+  Stranger stranger;
+  platform::ManualResetEvent taken;
+  platform::ManualResetEvent leave;
+  std::thread holder([&] {
+    WaitForSingleObject(stranger.lock, INFINITE);
+    taken.set();
+    leave.wait(std::chrono::seconds(20));  // and ends without releasing it
+  });
+  taken.wait(std::chrono::seconds(20));
+  GPIOThread follower;
+  std::atomic<std::int32_t> result{1};
+  std::thread following([&] { result = follower.ThreadProc(); });
+  leave.set();
+  holder.join();
+  EXPECT_TRUE(eventually([&] { return result == -1; }));
+  following.join();
+}
+
+}  // namespace
+
+}  // namespace fringix::test
