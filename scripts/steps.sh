@@ -11,9 +11,10 @@ refuse() {
 
 packages_for() { # PURPOSE
   case $1 in
-    linux) echo cmake ninja-build ccache g++ zlib1g-dev libcli11-dev libfmt-dev nlohmann-json3-dev googletest ;;
+    linux) echo cmake ninja-build ccache g++ zlib1g-dev libcli11-dev libfmt-dev nlohmann-json3-dev googletest libgtk-3-dev ;;
     windows) packages_for linux && echo g++-mingw-w64-x86-64-posix libz-mingw-w64-dev llvm ;;
     isolation) echo iproute2 ;;
+    display) echo xvfb ;;
     wine) echo wine64 ;;
     format) echo clang-format ;;
     lint) echo clang-tidy shellcheck ;;

@@ -154,6 +154,26 @@ FRINGIX_API int32_t SLGetDeviceKeyListSize(int32_t* count);
 FRINGIX_API int32_t SLGetDeviceKeyListEntry(int32_t index, DeviceKeyEntry* entry);
 FRINGIX_API int32_t SLGetDeviceKeyListEntryEx(int32_t index, DeviceKeyEntryEx* entry);
 
+/*
+ * Shows the device selector, a small dialog in which the user picks a head, and blocks until it is closed. It scans when it opens, when
+ * the user asks for it, and once more when the user confirms: a head that has gone meanwhile is not given.
+ *
+ * parent  the window before which the dialog stands, or null: on Windows a window handle, on Linux the number of an X11 window
+ * result  out: not null. What happened is told here and not by the status, so fill it with values of your own before the call:
+ *         a head was picked         its serial number, first information number and address; the text is valid until the next scan
+ *         it could not be confirmed -1, -1 and null
+ *         cancelled, or not shown   untouched
+ *
+ * The dialog is not shown where there is no display. On Windows the library must have kept its name, DAXFringix.dll. On Linux the file
+ * libDAXFringix-dialog.so beside the library holds the dialog and needs GTK 3; call from the thread that uses GTK if the program does,
+ * else always from the same thread.
+ *
+ * One dialog at a time. Do not scan or read the list in another thread while it is open.
+ *
+ * SLBAD_PARAMETER  `result` is null
+ */
+FRINGIX_API int32_t SLShowDeviceDialog(void* parent, DeviceKeyEntry* result);
+
 /* ---- Library ----------------------------------------------------------------------------------------------------------- */
 
 /*

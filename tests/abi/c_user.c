@@ -24,6 +24,7 @@ int c_user_walk(void) {
   wrong += unless(SLGetDeviceKeyListSize(NULL) == SLALL_OKAY);
   wrong += unless(SLGetDeviceKeyListEntry(-1, &key) == SLBAD_PARAMETER && key.serial == 4);
   wrong += unless(SLGetDeviceKeyListEntryEx(256, &found) == SLBAD_PARAMETER && found.reserved == 6 && found.serial == 7);
+  wrong += unless(SLShowDeviceDialog(NULL, NULL) == SLBAD_PARAMETER);
   wrong += unless(SLDevAllocBySerial(4711, &handle) == SLCONNECTION_ERROR && handle == -1);
   wrong += unless(SLDevFree(no_such_handle) == SLUNKNOWN_DEVICE_ID);
   wrong += unless(SLGetDevKey(no_such_handle, &key) == SLUNKNOWN_DEVICE_ID && key.serial == 4);

@@ -141,6 +141,7 @@ INSTANTIATE_TEST_SUITE_P(
         ExportLines{"SLGetLEDPowerMinMax", [] { SLGetLEDPowerMinMax(no, nullptr, nullptr); }, "99, " + null + ", " + null},
         ExportLines{"SLGetDeviceKeyListEntry", [] { SLGetDeviceKeyListEntry(0, nullptr); }, "0, " + null},
         ExportLines{"SLGetDeviceKeyListEntryEx", [] { SLGetDeviceKeyListEntryEx(-1, nullptr); }, "-1, " + null},
+        ExportLines{"SLShowDeviceDialog", [] { SLShowDeviceDialog(nullptr, nullptr); }, null + ", " + null},
         ExportLines{"SLGetBrightnessMinMax", [] { SLGetBrightnessMinMax(no, nullptr, nullptr); }, "99, " + null + ", " + null},
         ExportLines{"SLGetGainMinMax", [] { SLGetGainMinMax(no, nullptr, nullptr); }, "99, " + null + ", " + null},
         ExportLines{"SLSetLEDPower", [] { SLSetLEDPower(no, -5); }, "99, -5"},
