@@ -16,6 +16,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <stdexcept>
@@ -150,6 +151,23 @@ class Device {
   // Throw SLSYSTEM_ERROR once the connection is lost: the sizes are unknown then.
   Size cameraSize() const { return size("SLGetCameraSize", SLGetCameraSize); }
   Size projectorSize() const { return size("SLGetProjectorSize", SLGetProjectorSize); }
+
+  // The projector. An image that is smaller than the projector is put where the head puts it.
+  void show(const RgbImage& image) const {
+    constexpr std::uint32_t largestSide = std::numeric_limits<std::int32_t>::max() / 3;
+    const bool whole = image.pixels.size() == std::uint64_t{image.width} * image.height * 3;
+    if (!whole || image.width > largestSide || image.height > largestSide) throw Error("SLShowImage", SLBAD_PARAMETER);
+    call("SLShowImage", SLShowImage, image.pixels.data(), static_cast<std::int32_t>(image.width), static_cast<std::int32_t>(image.height),
+         static_cast<std::int32_t>(image.width * 3));
+  }
+  void showFromSequence(std::uint32_t id, std::uint32_t index) const { call("SLShowImageFromSeq", SLShowImageFromSeq, id, index); }
+
+  // Measurements of a whole sequence, or of a range of its images. Block until the head has finished, 30 seconds at most.
+  void measure(std::uint32_t id) const { call("SLStartMeasurement", SLStartMeasurement, id); }
+  void measure(std::uint32_t id, std::uint32_t from, std::uint32_t to) const { call("SLStartFromTo", SLStartFromTo, id, from, to); }
+
+  // A plain function called on each trigger, in place of the one before; null for none. A Subscription hears more.
+  void setTriggerCallback(SLGPIOCallback callback) const { call("SLRegisterGPIOCallback", SLRegisterGPIOCallback, callback); }
 
   // Camera pictures, live and stored on the head. Channel 0 is the default camera; others need a head of protocol version 2600.
   std::uint32_t channelCount() const { return get<std::uint32_t>("SLGetNumberOfChannels", SLGetNumberOfChannels); }
@@ -331,6 +349,58 @@ class Device {
   static Size reduced(Size size, std::uint32_t factor) { return factor == 0 ? Size{} : Size{size.width / factor, size.height / factor}; }
 
   std::int32_t handle_ = closedHandle;
+};
+
+// Hears the events of a Device, from its construction until it is destroyed, or reset(); it has to end before its Device does.
+//
+//   fringix::Subscription triggers(head, [&](std::int32_t event, std::int64_t serial) { ... });
+//
+// The function runs on a thread of the session, or on the one that measures, one call at a time for a Device; fringix.h tells what it
+// may do. It may end its own Subscription. Ending one on another thread waits for a call that is under way; none follows. An exception
+// that leaves the function is lost. Moving hands the Subscription on while calls may come.
+class Subscription {
+ public:
+  using Function = std::function<void(std::int32_t event, std::int64_t serial)>;
+
+  Subscription() = default;  // of nothing
+  Subscription(const Device& device, Function function) : device_(device.handle()), handler_(std::make_shared<Handler>()) {
+    handler_->function = std::move(function);
+    check("SLRegisterEventhandler", SLRegisterEventhandler(device_, call, handler_.get()));
+  }
+  ~Subscription() { reset(); }
+  Subscription(Subscription&& other) noexcept : device_(other.device_), handler_(std::move(other.handler_)) {}
+  Subscription& operator=(Subscription&& other) noexcept {
+    Subscription(std::move(other)).swap(*this);
+    return *this;
+  }
+  Subscription(const Subscription&) = delete;
+  Subscription& operator=(const Subscription&) = delete;
+
+  void swap(Subscription& other) noexcept {
+    std::swap(device_, other.device_);
+    std::swap(handler_, other.handler_);
+  }
+
+  void reset() noexcept {
+    if (const std::shared_ptr<Handler> ending = std::move(handler_)) SLUnregisterEventhandler(device_, call, ending.get());
+  }
+
+ private:
+  // The library knows it by its address, which stays when the Subscription moves.
+  struct Handler : std::enable_shared_from_this<Handler> {
+    Function function;
+  };
+
+  static void call(std::int32_t event, void* context, std::int64_t serial) {
+    try {
+      const auto handler = static_cast<Handler*>(context)->shared_from_this();  // the function may end its own Subscription
+      handler->function(event, serial);
+    } catch (...) {  // the library's thread has nobody to tell
+    }
+  }
+
+  std::int32_t device_ = -1;
+  std::shared_ptr<Handler> handler_;
 };
 
 inline std::int32_t libraryVersion() { return QORFringixVersion(); }

@@ -4,6 +4,8 @@
 
 #include "head/head_server.h"
 #include "program.h"
+#include "support/child_process.h"
+#include "triggered_line.h"
 
 namespace fringix::test {
 namespace {
@@ -44,6 +46,21 @@ TEST_F(Examples, LivePictureInCxx) {
   EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
   EXPECT_EQ(outcome.output, "head 4711: 1280 x 1024 pixels in live.pgm\n");
   EXPECT_EQ(readBytes(scratch / "live.pgm").size(), std::string("P5 1280 1024 255\n").size() + 1280 * 1024);
+}
+
+TEST_F(Examples, WatchTriggersUntilEnter) {
+  ChildProcess example(EXAMPLE_OF_TRIGGERS, {});
+  EXPECT_EQ(example.nextLine(), "SLALL_OKAY, end with Enter");
+  EXPECT_EQ(lineAfterTrigger(example, server_), "trigger of head 4711");
+  example.write("\n");
+  EXPECT_EQ(example.wait(), 0);
+}
+
+TEST_F(Examples, WatchTriggersTellsAFailure) {
+  server_.stop();
+  const Outcome outcome = runProgram(EXAMPLE_OF_TRIGGERS, "");
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_EQ(outcome.output, "SLCONNECTION_ERROR, end with Enter\n");
 }
 
 TEST(ExamplesInReadme, LivePictureInCIsTheSameText) {

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
+#include <string>
+#include <thread>
 
 namespace fringix::tool {
 namespace {
@@ -67,6 +70,25 @@ TEST(ProgressBar, PrintsNothingWhereNobodyWatches) {
     ProgressBar bar(recording.stream(), false, 1);
     bar.advance();
   }
+  EXPECT_EQ(recording.text(), "");
+}
+
+TEST(ElapsedTime, CountsWhileSomethingTakesItsTimeAndIsGoneThen) {
+  Recording recording;
+  {
+    const ElapsedTime elapsed(recording.stream(), true, "measuring");
+    std::this_thread::sleep_for(std::chrono::milliseconds(250));
+  }
+  const std::string text = recording.text();
+  EXPECT_EQ(text.find("\rmeasuring ... 0.0 s"), 0U) << text;
+  EXPECT_NE(text.find("\rmeasuring ... 0.2 s"), std::string::npos) << text;
+  const std::string blank = "\r" + std::string(std::string("measuring ... 0.0 s").size(), ' ') + "\r";
+  EXPECT_EQ(text.substr(text.size() - blank.size()), blank);
+}
+
+TEST(ElapsedTime, IsNotDrawnWhereNobodySeesIt) {
+  Recording recording;
+  { const ElapsedTime elapsed(recording.stream(), false, "measuring"); }
   EXPECT_EQ(recording.text(), "");
 }
 

@@ -92,6 +92,17 @@ const CommandCase pictureCases[] = {
      [](const Device& head) { head.makeFromColumn24(90, 8, bytes); }},
 };
 
+const CommandCase projectionCases[] = {
+    {"Show", false, text("00MSG_SLShowImage24") + integers(2, 1, 6) + "abcdef", done,
+     [](const Device& head) {
+       head.show({2, 1, bytes});
+     }},
+    {"ShowFromSequence", false, text("02MSG_SLShowFromSeq") + integers(7, 300), done,
+     [](const Device& head) { head.showFromSequence(7, 300); }},
+    {"MeasureFromTo", false, text("61MSG_SLStartFromTo") + integers(7, 2, 5), integer(0),
+     [](const Device& head) { head.measure(7, 2, 5); }},
+};
+
 const CommandCase settingsCases[] = {
     {"CheckSystem", false, text("30MSG_SLCheckSystem"), integer(5), [](const Device& head) { EXPECT_EQ(head.checkSystem(), 5); }},
     {"Temperature", true, text("47MSG_SLGetTemperature"), integers(41, 0), [](const Device& head) { EXPECT_EQ(head.temperature(), 41); }},
@@ -168,6 +179,7 @@ TEST_P(WrapperCommand, Sends) {
 
 const auto nameOf = [](const auto& tested) { return std::string(tested.param.name); };
 INSTANTIATE_TEST_SUITE_P(Pictures, WrapperCommand, testing::ValuesIn(pictureCases), nameOf);
+INSTANTIATE_TEST_SUITE_P(Projection, WrapperCommand, testing::ValuesIn(projectionCases), nameOf);
 INSTANTIATE_TEST_SUITE_P(Settings, WrapperCommand, testing::ValuesIn(settingsCases), nameOf);
 INSTANTIATE_TEST_SUITE_P(Data, WrapperCommand, testing::ValuesIn(dataCases), nameOf);
 
@@ -246,6 +258,21 @@ TEST(WrapperPicture, UploadOfPixelsThatDoNotMatchTheirSizeIsRefused) {
   test::ScriptedHead head(scriptFor({"", false, "", "", {}}));
   const Device device("127.0.0.1");
   EXPECT_THROW(device.putImage(1, 0, {2, 1, {1, 2, 3}}), Error);
+}
+
+// Two commands in one: who hears of the measurement is told the serial number.
+TEST(WrapperProjection, AMeasurementOfAllImagesAsksForTheSerialNumberToo) {
+  using namespace test;
+  ScriptedHead head(scriptFor({"", false, text("60MSG_SLStartMeasurement") + integer(7), integer(0), {}}) +
+                    Script{expect(text("21MSG_SLGetSerial")), reply(integer(4711))});
+  const Device device("127.0.0.1");
+  EXPECT_NO_THROW(device.measure(7));
+}
+
+TEST(WrapperProjection, ImageWhosePixelsDoNotMatchItsSizeIsRefused) {
+  test::ScriptedHead head(scriptFor({"", false, "", "", {}}));
+  const Device device("127.0.0.1");
+  EXPECT_THROW(device.show({2, 1, {1, 2, 3}}), Error);
 }
 
 }  // namespace

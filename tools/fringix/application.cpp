@@ -27,6 +27,9 @@ constexpr Subcommand subcommands[] = {
     {"live", "Fetch the camera's current picture", defineLive},
     {"picture", "Fetch a picture that the head has stored", definePicture},
     {"pattern", "Fill the head with projector patterns", definePattern},
+    {"show", "Show an image on the projector", defineShow},
+    {"measure", "Run a measurement over a pattern sequence", defineMeasure},
+    {"watch", "Print the triggers of heads as they come", defineWatch},
     {"mask", "Darken parts of everything that is projected", defineMask},
     {"data", "Keep files on the head", defineData},
     {"ini", "Read and write the head's configuration", defineIni},
@@ -75,11 +78,18 @@ int fail(const Explanation& explanation) {
 }  // namespace
 
 void addAddress(CLI::App& app, Context& context) {
-  app.add_option("ADDRESS", context.address, "IPv4 address of the head, such as 192.168.0.10")
-      ->required()
-      ->check(CLI::Validator(checkAddress, ""))
-      ->type_name("");
+  defineAddress(app, app.add_option("ADDRESS", context.address, "IPv4 address of the head, such as 192.168.0.10"));
+}
+
+void defineAddress(CLI::App& app, CLI::Option* option) {
+  option->required()->check(CLI::Validator(checkAddress, ""))->type_name("");
   app.footer(blockingNote);
+}
+
+bool isConnected(const Device& head) {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  return SLGetCameraSize(head.handle(), &width, &height) == SLALL_OKAY && width != 0xFFFFFFFF;
 }
 
 Device openHead(const Context& context) {

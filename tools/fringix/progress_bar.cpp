@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace fringix::tool {
 namespace {
@@ -49,6 +50,29 @@ void ProgressBar::advance() {
   if (now - drawn_ < redrawInterval && done_ < total_) return;
   drawn_ = now;
   line_.show(progressText(done_, total_, now - start_));
+}
+
+ElapsedTime::ElapsedTime(std::FILE* stream, bool visible, std::string text) : line_(stream, visible), text_(std::move(text)) {
+  if (visible) thread_ = std::thread([this] { run(); });
+}
+
+ElapsedTime::~ElapsedTime() {
+  if (!thread_.joinable()) return;
+  {
+    const std::lock_guard lock(mutex_);
+    over_ = true;
+  }
+  changed_.notify_one();
+  thread_.join();
+}
+
+void ElapsedTime::run() {
+  const auto start = std::chrono::steady_clock::now();
+  std::unique_lock lock(mutex_);
+  do {
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    line_.show(fmt::format("{} ... {:.1f} s", text_, elapsed.count()));
+  } while (!changed_.wait_for(lock, redrawInterval, [this] { return over_; }));
 }
 
 }  // namespace fringix::tool

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <chrono>
+#include <condition_variable>
 #include <cstddef>
 #include <cstdio>
+#include <mutex>
 #include <string>
+#include <thread>
 
 namespace fringix::tool {
 
@@ -40,6 +43,25 @@ class ProgressBar {
   std::size_t total_;
   Clock::time_point start_ = Clock::now();
   Clock::time_point drawn_ = start_;
+};
+
+// How long something takes that tells nothing on its way: "measuring ... 2.4 s", as long as the object lives.
+class ElapsedTime {
+ public:
+  ElapsedTime(std::FILE* stream, bool visible, std::string text);
+  ~ElapsedTime();
+  ElapsedTime(const ElapsedTime&) = delete;
+  ElapsedTime& operator=(const ElapsedTime&) = delete;
+
+ private:
+  void run();
+
+  TransientLine line_;
+  const std::string text_;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool over_ = false;
+  std::thread thread_;  // none when nothing is drawn
 };
 
 }  // namespace fringix::tool

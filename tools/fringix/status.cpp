@@ -35,12 +35,6 @@ struct HeadStatus {
   std::vector<Reading> readings;
 };
 
-bool isConnected(const Device& head) {
-  std::uint32_t width = 0;
-  std::uint32_t height = 0;
-  return SLGetCameraSize(head.handle(), &width, &height) == SLALL_OKAY && width != 0xFFFFFFFF;
-}
-
 // What one value cannot tell leaves the others as they are, unless the connection is lost.
 Reading read(const Device& head, const Value& value, std::int32_t protocolVersion) {
   if (protocolVersion < value.since) return {&value, {}, {}, fmt::format("needs protocol version {}", value.since)};

@@ -18,6 +18,12 @@ Device openHead(const Context& context);
 // Adds the ADDRESS argument of a subcommand that talks to a head, and to its help what there is to know about connecting.
 void addAddress(CLI::App& app, Context& context);
 
+// What an argument needs that takes the addresses of heads.
+void defineAddress(CLI::App& app, CLI::Option* option);
+
+// Whether the library still has a connection to the head. Asks the library only.
+bool isConnected(const Device& head);
+
 void defineData(CLI::App& app, Context& context);
 void defineGet(CLI::App& app, Context& context);
 void defineGpio(CLI::App& app, Context& context);
@@ -25,12 +31,15 @@ void defineInfo(CLI::App& app, Context& context);
 void defineIni(CLI::App& app, Context& context);
 void defineLive(CLI::App& app, Context& context);
 void defineMask(CLI::App& app, Context& context);
+void defineMeasure(CLI::App& app, Context& context);
 void definePattern(CLI::App& app, Context& context);
 void definePicture(CLI::App& app, Context& context);
 void defineProjector(CLI::App& app, Context& context);
 void defineSerial(CLI::App& app, Context& context);
 void defineSet(CLI::App& app, Context& context);
 void defineSheet(CLI::App& app, Context& context);
+void defineShow(CLI::App& app, Context& context);
 void defineStatus(CLI::App& app, Context& context);
+void defineWatch(CLI::App& app, Context& context);
 
 }  // namespace fringix::tool

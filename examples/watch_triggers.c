@@ -1,0 +1,19 @@
+#include <fringix/fringix.h>
+#include <stdio.h>
+
+static void onEvent(int32_t event, void* context, int64_t serial) {
+  (void)context;
+  if (event == SLEVENT_TRIGGER) printf("trigger of head %d\n", (int)serial);
+  fflush(stdout);
+}
+
+int main(void) {
+  int32_t head;
+  int32_t status = SLDevAlloc("127.0.0.2", &head);
+  if (status == SLALL_OKAY) status = SLRegisterEventhandler(head, onEvent, NULL);
+  printf("%s, end with Enter\n", SLErrorcodeToChar(status));
+  fflush(stdout);
+  if (status == SLALL_OKAY) getchar();
+  SLDevFree(head);
+  return status == SLALL_OKAY ? 0 : 1;
+}

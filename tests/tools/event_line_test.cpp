@@ -1,0 +1,29 @@
+#include "event_line.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+
+namespace fringix::tool {
+namespace {
+
+HeadEvent event(std::int32_t number) {
+  return {std::chrono::system_clock::time_point(std::chrono::milliseconds(1795264215007)), "127.0.0.2", number, 1001};
+}
+
+TEST(EventLine, IsAlignedForPeople) {
+  const std::regex line("20\\d\\d-\\d\\d-\\d\\d \\d\\d:\\d\\d:15\\.007  127\\.0\\.0\\.2        head 1001  trigger");
+  EXPECT_TRUE(std::regex_match(formatEvent(event(1)), line)) << formatEvent(event(1));
+}
+
+TEST(EventLine, IsOneLineOfJsonInUniversalTime) {
+  EXPECT_EQ(formatEventAsJson(event(1)), R"({"time":"2026-11-21T12:30:15.007Z","address":"127.0.0.2","serial":1001,"event":"trigger"})");
+}
+
+TEST(EventLine, NamesEvents) {
+  EXPECT_NE(formatEvent(event(0)).find("  measurement"), std::string::npos);
+  EXPECT_NE(formatEvent(event(7)).find("  event 7"), std::string::npos) << "of a later library";
+}
+
+}  // namespace
+}  // namespace fringix::tool
