@@ -3,6 +3,8 @@
 #include <fringix/fringix.h>
 
 #include <cstring>
+#include <memory>
+#include <string_view>
 
 namespace fringix::bench {
 
@@ -94,6 +96,46 @@ void patternUploadByHand(MinimalClient& client, const Head&, std::uint8_t* buffe
   client.requireGoodStatus();
 }
 
+constexpr Head dataHead{8192, 8192};  // whose picture has the size of the data block: 64 MiB
+constexpr std::string_view fileName = "block.bin";
+constexpr std::size_t nameSize = fileName.size() + 1;  // the name crosses with its zero
+constexpr std::size_t seenOfBlock = 4096;              // what of a loaded block goes into the buffer, to be compared
+
+std::int32_t dataSave(std::int32_t handle, const Head& head, std::uint8_t* buffer) {
+  return SLSaveData(handle, buffer, static_cast<std::int32_t>(head.pixels()), fileName.data());
+}
+
+void dataSaveByHand(MinimalClient& client, const Head& head, std::uint8_t* buffer) {
+  client.command("80MSG_SLSaveDataToFile");
+  client.block(head.pixels());
+  client.block(nameSize);
+  client.requireGoodStatus();
+  client.bytes(fileName.data(), nameSize);
+  client.bytes(buffer, head.pixels());
+  client.requireGoodStatus();
+}
+
+std::int32_t dataLoad(std::int32_t handle, const Head&, std::uint8_t* buffer) {
+  std::uint8_t* block = nullptr;
+  std::int32_t size = 0;
+  const std::int32_t status = SLLoadData(handle, &block, &size, fileName.data());
+  if (status == SLALL_OKAY) std::memcpy(buffer, block, seenOfBlock);
+  SLFreeData(block);
+  return status;
+}
+
+void dataLoadByHand(MinimalClient& client, const Head&, std::uint8_t* buffer) {
+  client.command("81MSG_SLReadDataFromFile");
+  client.block(nameSize);
+  client.requireGoodStatus();
+  client.bytes(fileName.data(), nameSize);
+  const auto size = static_cast<std::size_t>(client.receiveInteger());
+  const auto block = std::make_unique_for_overwrite<std::uint8_t[]>(size);
+  client.receive(block.get(), size);
+  client.requireGoodStatus();
+  std::memcpy(buffer, block.get(), seenOfBlock);
+}
+
 }  // namespace
 
 const std::vector<Comparison>& comparisons() {
@@ -106,6 +148,8 @@ const std::vector<Comparison>& comparisons() {
       {"region 640x512", megapixel, Cores::two, centrePixels, region, regionByHand, transfer},
       {"reduced to 320x256", megapixel, Cores::two, reducedPixels, reducedPicture, reducedPictureByHand, transfer},
       {"pattern upload 1280x800x3", megapixel, Cores::two, patternBytes, patternUpload, patternUploadByHand, transfer},
+      {"data block 64 MiB, saved", dataHead, Cores::two, dataHead.pixels(), dataSave, dataSaveByHand, transfer},
+      {"data block 64 MiB, loaded", dataHead, Cores::two, dataHead.pixels(), dataLoad, dataLoadByHand, transfer},
   };
   return table;
 }

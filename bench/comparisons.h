@@ -34,7 +34,7 @@ struct Comparison {
   std::vector<Quantity> quantities;
 };
 
-inline constexpr std::size_t bufferSize = std::size_t{16} << 20;  // what `buffer` above has
+inline constexpr std::size_t bufferSize = std::size_t{64} << 20;  // what `buffer` above has
 
 const std::vector<Comparison>& comparisons();
 

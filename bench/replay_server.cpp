@@ -116,6 +116,22 @@ constexpr Command commands[] = {
        c.drop(std::size_t{height} * stride);
        c.answer(0);
      }},
+    {"80MSG_SLSaveDataToFile",
+     [](Connection& c) {
+       const auto [size, nameSize] = c.integers<2>();
+       c.answer(0);
+       c.drop(std::size_t{nameSize} + size);
+       c.answer(0);
+     }},
+    {"81MSG_SLReadDataFromFile",
+     [](Connection& c) {
+       const auto [nameSize] = c.integers<1>();
+       c.answer(0);
+       c.drop(nameSize);
+       c.answer(c.head().pixels());
+       c.answerPicture(c.head().pixels());
+       c.answer(0);
+     }},
     {"40MSG_SLGetMaxImageSize", [](Connection& c) { c.answer(c.head().width, c.head().height, 0); }},
     {"45MSG_SLGetProjDimension", [](Connection& c) { c.answer(Head::projectorWidth, Head::projectorHeight, 0); }},
     {"20MSG_SLGetProtocolVersion", [](Connection& c) { c.answer(protocolVersion); }},
