@@ -23,6 +23,7 @@ class ThreadMgr {
 
   void setDevice(ICameraDevice* device) noexcept { device_ = device; }  // borrowed; while no worker runs
 
+  // Start and Stop must not overlap: the owner calls both under a lock of its own.
   // Stops a worker that may still run and starts a new one. 0, or the system's error code. `share` keeps alive what an abandoned
   // worker may still touch.
   std::uint32_t Start(std::shared_ptr<void> share = {});
