@@ -137,14 +137,14 @@ TEST(ThreadMgrTest, AnAbandonedWorkerKeepsItsShareUntilItEnds) {
 
 TEST(ThreadMgrTest, AWorkerThatStopsItselfWaitsForItself) {
   struct Outcome {
-    platform::ManualResetEvent started;  // starting and stopping never overlap: a session does both under its lock
+    std::atomic<bool> started{false};  // starting and stopping never overlap: a session does both under its lock
     std::atomic<bool> stopping{false};
     std::atomic<int> result{-1};
     std::atomic<bool> knewItWasAbandoned{false};
   };
   const auto outcome = std::make_shared<Outcome>();
   auto thread = std::make_shared<TestThread>([outcome](TestThread& self) {
-    outcome->started.wait(patience);
+    eventually([&] { return outcome->started.load(); });
     outcome->stopping = true;
     const int result = self.Stop();
     outcome->knewItWasAbandoned = platform::thisWorkerIsAbandoned();
@@ -153,7 +153,7 @@ TEST(ThreadMgrTest, AWorkerThatStopsItselfWaitsForItself) {
   });
   thread->Start(thread);
   const auto start = Clock::now();
-  outcome->started.set();
+  outcome->started = true;
   if (workersAreEndedByForce()) {
     ASSERT_TRUE(eventually([&] { return outcome->stopping.load(); }));
     EXPECT_FALSE(eventually([&] { return outcome->result >= 0; }, stopLimit + std::chrono::milliseconds(500))) << "it ended there";
