@@ -116,12 +116,45 @@ struct Key {
   std::string address;
 };
 
+// A head that answered a search. Numbers that it did not tell are -1.
+struct FoundDevice {
+  std::int32_t serial = -1;
+  std::string model;    // "UNKNOWN_DEVICE" for a model that the library does not know
+  std::string address;  // of the answer's sender
+  std::array<std::int32_t, 7> info{};
+};
+
+// Searches all IPv4 networks of this machine, each for at least 300 ms, and gives the heads that answer, sorted by serial number: at
+// most 256, as many as the library hands out. Not beside another search, whose list it would read.
+inline std::vector<FoundDevice> findDevices() {
+  constexpr std::int32_t mostGiven = 256;
+  std::int32_t count = 0;
+  check("SLGetDeviceKeyListSize", SLGetDeviceKeyListSize(&count));
+  std::vector<FoundDevice> found;
+  for (std::int32_t index = 0; index < count && index < mostGiven; ++index) {
+    DeviceKeyEntryEx entry{};
+    check("SLGetDeviceKeyListEntryEx", SLGetDeviceKeyListEntryEx(index, &entry));
+    found.push_back({entry.serial,
+                     entry.modelName,
+                     entry.ipAddress,
+                     {entry.info1, entry.info2, entry.info3, entry.info4, entry.info5, entry.info6, entry.info7}});
+  }
+  return found;
+}
+
 // A session with one head. Moving from a Device leaves it closed; every command to a closed Device throws SLUNKNOWN_DEVICE_ID.
 class Device {
  public:
   // Blocks while connecting: up to minutes where nothing answers.
   explicit Device(const std::string& address) { check("SLDevAlloc", SLDevAlloc(address.c_str(), &handle_)); }
   static Device open(const std::string& address) { return Device(address); }
+
+  // Searches for the head as findDevices() does; throws SLCONNECTION_ERROR when none with this serial number answers.
+  static Device openBySerial(std::int32_t serial) {
+    Device device;
+    check("SLDevAllocBySerial", SLDevAllocBySerial(serial, &device.handle_));
+    return device;
+  }
 
   ~Device() {
     if (isOpen()) SLDevFree(handle_);
@@ -307,6 +340,8 @@ class Device {
   }
 
  private:
+  Device() = default;
+
   static constexpr std::int32_t closedHandle = -1;
   static constexpr std::uint32_t unknownSize = 0xFFFFFFFF;
   static constexpr std::size_t longestText = 999999;  // that a head can send

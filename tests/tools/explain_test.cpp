@@ -11,7 +11,7 @@ class ExplainEveryStatus : public testing::TestWithParam<std::int32_t> {};
 
 TEST_P(ExplainEveryStatus, WithItsNameItsCodeAndWhatToDoNext) {
   const std::string nameAndCode = std::string("(") + statusName(GetParam()) + ", " + std::to_string(GetParam()) + ")";
-  for (const char* operation : {"SLDevAlloc", "SLGetLiveImage", "SLSetGain"}) {
+  for (const char* operation : {"SLDevAlloc", "SLDevAllocBySerial", "SLGetLiveImage", "SLSetGain"}) {
     const Explanation explanation = explained(operation, GetParam());
     EXPECT_NE(explanation.what.find(nameAndCode), std::string::npos) << explanation.what;
     EXPECT_FALSE(explanation.next.empty());

@@ -2,8 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <string_view>
 
 #include "explain.h"
 #include "progress_bar.h"
@@ -20,6 +22,7 @@ struct Subcommand {
 };
 
 constexpr Subcommand subcommands[] = {
+    {"list", "Search the network for heads", defineList},
     {"info", "Show what a head says of itself", defineInfo},
     {"status", "Show settings and state of a head", defineStatus},
     {"get", "Print a value of the head", defineGet},
@@ -41,6 +44,11 @@ constexpr Subcommand subcommands[] = {
 
 constexpr const char* blockingNote =
     "Connecting blocks until the operating system gives up: where nothing answers,\nthat takes from some seconds to minutes.";
+
+// Known before the command line is parsed, because the arguments after ADDRESS move up where it is left out.
+bool namesASerial(int argc, const char* const* argv) {
+  return std::any_of(argv, argv + argc, [](std::string_view word) { return word == "--serial" || word.starts_with("--serial="); });
+}
 
 std::string checkAddress(std::string text) {
   return CLI::ValidIPV4(text).empty() ? "" : fmt::format("\"{}\" is no IPv4 address such as 192.168.0.10", text);
@@ -69,6 +77,14 @@ void defineGlobalOptions(CLI::App& app) {
   app.footer("\"fringix SUBCOMMAND --help\" tells the options of one.\nExit code: 0 success, 1 failure, 2 wrong usage.");
 }
 
+Device openBySerial(Context& context) {
+  context.address = fmt::format("serial number {}", context.serial);
+  const TransientLine line(stderr, isTerminal(stderr), fmt::format("searching for {} ...", context.address));
+  Device head = Device::openBySerial(context.serial);
+  context.address = head.key().address;
+  return head;
+}
+
 int fail(const Explanation& explanation) {
   fmt::print(stderr, "fringix: {}\n", explanation.what);
   if (!explanation.next.empty()) fmt::print(stderr, "  {}\n", explanation.next);
@@ -78,11 +94,17 @@ int fail(const Explanation& explanation) {
 }  // namespace
 
 void addAddress(CLI::App& app, Context& context) {
-  defineAddress(app, app.add_option("ADDRESS", context.address, "IPv4 address of the head, such as 192.168.0.10"));
+  if (!context.bySerial) defineAddress(app, app.add_option("ADDRESS", context.address, "IPv4 address of the head, such as 192.168.0.10"));
+  defineSerialNumber(app, app.add_option("--serial", context.serial, "Serial number of the head, in place of ADDRESS: it is searched for"));
 }
 
 void defineAddress(CLI::App& app, CLI::Option* option) {
   option->required()->check(CLI::Validator(checkAddress, ""))->type_name("");
+  app.footer(blockingNote);
+}
+
+void defineSerialNumber(CLI::App& app, CLI::Option* option) {
+  option->type_name("N");
   app.footer(blockingNote);
 }
 
@@ -92,13 +114,15 @@ bool isConnected(const Device& head) {
   return SLGetCameraSize(head.handle(), &width, &height) == SLALL_OKAY && width != 0xFFFFFFFF;
 }
 
-Device openHead(const Context& context) {
+Device openHead(Context& context) {
+  if (context.bySerial) return openBySerial(context);
   const TransientLine line(stderr, isTerminal(stderr), fmt::format("connecting to {}:{} ...", context.address, commandPort));
   return Device(context.address);
 }
 
 int run(int argc, const char* const* argv) {
   Context context;
+  context.bySerial = namesASerial(argc, argv);
   CLI::App app("Talks to network-attached structured-light 3D sensor heads.", "fringix");
   defineGlobalOptions(app);
   for (const Subcommand& subcommand : subcommands) subcommand.define(*app.add_subcommand(subcommand.name, subcommand.summary), context);

@@ -28,7 +28,7 @@ std::string describe(std::size_t size, Clock::time_point start) {
   return fmt::format("{} bytes in {:.1f} ms, {:.1f} MB/s", size, time.count() * 1000, static_cast<double>(size) / time.count() / 1e6);
 }
 
-void save(const DataOptions& options, const Context& context) {
+void save(const DataOptions& options, Context& context) {
   const std::vector<std::uint8_t> bytes = readFile(options.file);
   if (bytes.empty()) throw std::runtime_error(fmt::format("\"{}\" is empty, but a block has at least one byte", options.file));
   const Device head = openHead(context);
@@ -40,7 +40,7 @@ void save(const DataOptions& options, const Context& context) {
   fmt::print("{}: saved {}\n", options.name, describe(bytes.size(), start));
 }
 
-void load(const DataOptions& options, const Context& context) {
+void load(const DataOptions& options, Context& context) {
   requireWritable(options.file);
   const Device head = openHead(context);
   const auto start = Clock::now();

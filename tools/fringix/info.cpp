@@ -16,7 +16,7 @@ struct Facts {
   double openMilliseconds = 0;
 };
 
-Facts gather(const Context& context) {
+Facts gather(Context& context) {
   const auto start = std::chrono::steady_clock::now();
   const Device device = openHead(context);
   const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - start;

@@ -23,7 +23,7 @@ Image fetchLive(const Device& device, const LiveOptions& options) {
   return options.factor == 1 ? device.liveImage(channel) : device.liveLowRes(options.factor, channel);
 }
 
-void fetchLivePictures(const LiveOptions& options, const Context& context) {
+void fetchLivePictures(const LiveOptions& options, Context& context) {
   const auto path = [&](std::size_t i) {
     return options.count == 1 ? options.picture.output : numberedPath(options.picture.output, i + 1, options.count);
   };

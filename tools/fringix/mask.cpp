@@ -23,7 +23,7 @@ Image readMask(const std::string& file) {
   return mask;
 }
 
-void setMask(const MaskOptions& options, const Context& context) {
+void setMask(const MaskOptions& options, Context& context) {
   const Image mask = readMask(options.mask);
   openHead(context).setMask(mask, options.selector);
 }

@@ -16,7 +16,7 @@ struct MeasureOptions {
   std::uint32_t to = 0;
 };
 
-void measure(const MeasureOptions& options, bool inPart, const Context& context) {
+void measure(const MeasureOptions& options, bool inPart, Context& context) {
   const Device head = openHead(context);
   const auto start = std::chrono::steady_clock::now();
   {

@@ -27,7 +27,7 @@ void addSequence(CLI::App& app, PatternOptions& options) {
       ->type_name("");
 }
 
-void allocate(const PatternOptions& options, const Context& context) {
+void allocate(const PatternOptions& options, Context& context) {
   fmt::print("{}\n", openHead(context).allocateSequence(options.imageCount));
 }
 
@@ -49,7 +49,7 @@ void requireProjectorSize(const Raster& raster, const std::string& file, Size pr
                                        projector.width, projector.height));
 }
 
-void upload(const PatternOptions& options, const Context& context) {
+void upload(const PatternOptions& options, Context& context) {
   std::vector<Raster> rasters;
   for (const std::string& file : options.files) rasters.push_back(readPng(file));
   const Device device = openHead(context);
@@ -97,7 +97,7 @@ void defineGenerate(CLI::App& app, const std::shared_ptr<PatternOptions>& option
 
 enum class Direction { line, column };
 
-void makeFromFile(Direction direction, const PatternOptions& options, const Context& context) {
+void makeFromFile(Direction direction, const PatternOptions& options, Context& context) {
   const Raster raster = readPng(options.files.front());
   const bool line = direction == Direction::line;
   if ((line ? raster.height : raster.width) != 1) {

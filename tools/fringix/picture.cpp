@@ -22,7 +22,7 @@ Image fetchStored(const Device& device, const StoredOptions& options, std::size_
   return region ? device.storedRegion(index, *region, options.picture.channel) : device.storedImage(index, options.picture.channel);
 }
 
-void fetchStoredPictures(const StoredOptions& options, const Context& context) {
+void fetchStoredPictures(const StoredOptions& options, Context& context) {
   const std::size_t last = options.index + options.count - 1;
   if (last > largestIndex)
     throw CLI::ValidationError("--count", "the last stored picture would be number " + std::to_string(last) + ", above 255");

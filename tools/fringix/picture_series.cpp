@@ -51,7 +51,7 @@ void report(const PictureSeries& series, const Outcome& outcome) {
 
 }  // namespace
 
-void fetchSeries(const PictureSeries& series, const Context& context) {
+void fetchSeries(const PictureSeries& series, Context& context) {
   requireWritable(series.path(0));
   const Device device = openHead(context);
   report(series, fetchAll(series, device));

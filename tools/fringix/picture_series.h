@@ -18,6 +18,6 @@ struct PictureSeries {
 
 // Fetches and writes one picture after the other, with a bar on a terminal, and prints what was written and how quick that was.
 // A file that cannot be written is told before the head is asked.
-void fetchSeries(const PictureSeries& series, const Context& context);
+void fetchSeries(const PictureSeries& series, Context& context);
 
 }  // namespace fringix::tool

@@ -12,7 +12,7 @@ struct ProjectorOptions {
   std::uint32_t argument = 0;
 };
 
-void execute(const ProjectorOptions& options, const Context& context) {
+void execute(const ProjectorOptions& options, Context& context) {
   const auto results = openHead(context).projector(static_cast<std::uint8_t>(options.command), static_cast<std::uint8_t>(options.argument));
   fmt::print("{} {} {}\n", results[0], results[1], results[2]);
 }

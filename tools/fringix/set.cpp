@@ -18,7 +18,7 @@ bool contains(const Range& range, std::int32_t number) { return range.min <= num
 
 bool isRefusal(const Error& error) { return error.code() != SLCONNECTION_ERROR && error.code() != SLVERSION_TOO_OLD; }
 
-Explanation explainRefusal(const Device& head, const Value& value, std::int32_t number, const Error& error, const Context& context) {
+Explanation explainRefusal(const Device& head, const Value& value, std::int32_t number, const Error& error, Context& context) {
   const std::string what = fmt::format("{} {} is refused", value.label, number);
   const std::string meaning = fmt::format("{} is: {}. Which numbers it takes is the head's business.", value.name, value.meaning);
   if (value.range == nullptr) return {fmt::format("{} {}", what, inBrackets(error)), meaning};
@@ -29,7 +29,7 @@ Explanation explainRefusal(const Device& head, const Value& value, std::int32_t 
           fmt::format("\"fringix get {} {}\" shows the present value, which stays.", context.address, value.name)};
 }
 
-void set(const SetOptions& options, const Context& context) {
+void set(const SetOptions& options, Context& context) {
   const Value& value = findValue(options.name, Access::write);
   if (!contains(value.sendable, options.number))
     throw CLI::ValidationError("VALUE", fmt::format("{} is {} to {}", value.label, value.sendable.min, value.sendable.max));

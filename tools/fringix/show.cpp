@@ -21,7 +21,7 @@ RgbImage readImage(const std::string& file) {
   return {rgb.width, rgb.height, std::move(rgb.samples)};
 }
 
-void showImage(const std::string& image, const Context& context) {
+void showImage(const std::string& image, Context& context) {
   constexpr std::uint8_t dark = 0;
   constexpr std::uint8_t bright = 255;
   if (image == "black" || image == "white") {
@@ -32,7 +32,7 @@ void showImage(const std::string& image, const Context& context) {
   openHead(context).show(read);
 }
 
-void show(const ShowOptions& options, const Context& context) {
+void show(const ShowOptions& options, Context& context) {
   if (options.stored.empty() == options.image.empty()) throw CLI::ValidationError("IMAGE", "give either an image or --sequence");
   options.stored.empty() ? showImage(options.image, context)
                          : openHead(context).showFromSequence(options.stored.front(), options.stored.back());

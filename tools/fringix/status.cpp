@@ -104,7 +104,7 @@ void showAgainAndAgain(const StatusOptions& options, const Device& head) {
   } while (!interruption.waitFor(std::chrono::duration<double>(options.interval)));
 }
 
-void show(const StatusOptions& options, const Context& context) {
+void show(const StatusOptions& options, Context& context) {
   const Device head = openHead(context);
   options.interval > 0 ? showAgainAndAgain(options, head) : showOnce(options, head);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <fringix/fringix.hpp>
 #include <string>
 
@@ -9,17 +10,21 @@ namespace fringix::tool {
 
 // What all subcommands share; filled by the time a callback runs.
 struct Context {
-  std::string address;
+  std::string address;  // what stands for it while it is not known yet: "serial number 1001"
+  bool bySerial = false;
+  std::int32_t serial = 0;
 };
 
-// Opens the session with the head named on the command line. On a terminal a line says so while it blocks.
-Device openHead(const Context& context);
+// Opens the session with the head named on the command line, and then knows its address. On a terminal a line says so while it blocks.
+Device openHead(Context& context);
 
-// Adds the ADDRESS argument of a subcommand that talks to a head, and to its help what there is to know about connecting.
+// Adds the ADDRESS argument of a subcommand that talks to a head, or --serial in its place, and to its help what there is to know about
+// connecting.
 void addAddress(CLI::App& app, Context& context);
 
 // What an argument needs that takes the addresses of heads.
 void defineAddress(CLI::App& app, CLI::Option* option);
+void defineSerialNumber(CLI::App& app, CLI::Option* option);  // the same for serial numbers
 
 // Whether the library still has a connection to the head. Asks the library only.
 bool isConnected(const Device& head);
@@ -29,6 +34,7 @@ void defineGet(CLI::App& app, Context& context);
 void defineGpio(CLI::App& app, Context& context);
 void defineInfo(CLI::App& app, Context& context);
 void defineIni(CLI::App& app, Context& context);
+void defineList(CLI::App& app, Context& context);
 void defineLive(CLI::App& app, Context& context);
 void defineMask(CLI::App& app, Context& context);
 void defineMeasure(CLI::App& app, Context& context);

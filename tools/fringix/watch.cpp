@@ -21,6 +21,7 @@ constexpr std::chrono::seconds connectionInterval{1};
 
 struct WatchOptions {
   std::vector<std::string> addresses;
+  std::vector<std::int32_t> serials;  // in place of the addresses
   bool json = false;
   std::size_t count = 0;  // of events, then it ends; 0: with Ctrl-C only
 };
@@ -55,9 +56,17 @@ struct WatchedHead {
 
 std::vector<WatchedHead> openAll(const WatchOptions& options, Context& context) {
   std::vector<WatchedHead> heads;
+  const auto open = [&] {
+    Device head = openHead(context);
+    heads.push_back({context.address, std::move(head)});
+  };
   for (const std::string& address : options.addresses) {
     context.address = address;
-    heads.push_back({address, openHead(context)});
+    open();
+  }
+  for (const std::int32_t serial : options.serials) {
+    context.serial = serial;
+    open();
   }
   return heads;
 }
@@ -105,7 +114,10 @@ void watch(const WatchOptions& options, Context& context) {
 
 void defineWatch(CLI::App& app, Context& context) {
   const auto options = std::make_shared<WatchOptions>();
-  defineAddress(app, app.add_option("ADDRESS", options->addresses, "IPv4 addresses of the heads, such as 192.168.0.10"));
+  if (!context.bySerial)
+    defineAddress(app, app.add_option("ADDRESS", options->addresses, "IPv4 addresses of the heads, such as 192.168.0.10"));
+  defineSerialNumber(
+      app, app.add_option("--serial", options->serials, "Serial numbers of the heads, in place of the addresses: they are searched for"));
   app.add_flag("--json", options->json, "Print one line of JSON for each event");
   app.add_option("-n,--count", options->count, "End after this many events")->type_name("N")->check(CLI::PositiveNumber.description(""));
   app.callback([options, &context] { watch(*options, context); });
