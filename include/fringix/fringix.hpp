@@ -19,6 +19,7 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -140,6 +141,23 @@ inline std::vector<FoundDevice> findDevices() {
                      {entry.info1, entry.info2, entry.info3, entry.info4, entry.info5, entry.info6, entry.info7}});
   }
   return found;
+}
+
+// A head that a user picked.
+struct SelectedHead {
+  std::int32_t serial = 0;
+  std::int32_t info1 = 0;
+  std::string address;
+};
+
+// Shows the device selector before a window (see SLShowDeviceDialog) and blocks until it is closed. Nothing when the user cancelled it,
+// or where it cannot be shown. Throws SLCONNECTION_ERROR when the head that was picked does not answer any more.
+inline std::optional<SelectedHead> selectHead(void* parent = nullptr) {
+  DeviceKeyEntry entry = {0, 0, nullptr};
+  check("SLShowDeviceDialog", SLShowDeviceDialog(parent, &entry));
+  if (entry.ipAddress != nullptr) return SelectedHead{entry.serial, entry.info1, entry.ipAddress};
+  if (entry.serial == -1) throw Error("SLShowDeviceDialog", SLCONNECTION_ERROR);
+  return std::nullopt;
 }
 
 // A session with one head. Moving from a Device leaves it closed; every command to a closed Device throws SLUNKNOWN_DEVICE_ID.

@@ -1,35 +1,21 @@
 // The device selector as a user meets it: the real dialog, driven from another thread, and what its caller finds afterwards.
 #include <gtest/gtest.h>
 
-#include <exception>
 #include <functional>
 #include <optional>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
 #include "fringix/fringix.h"
-#include "shown_dialog.h"
-#include "support/announcing_head.h"
+#include "user.h"
 
 namespace fringix::test {
 
 namespace {
 
-constexpr int ok = 1;
-constexpr int cancel = 2;
-constexpr int rescan = 1005;
 constexpr std::int32_t untouched = 77;
 const char* const someAddress = "10.0.0.1";
-
-// An address for each serial number, where datagrams can be sent from a chosen one.
-std::string addressOf(int serial) {
-  static const bool chosen = canAnswerFrom("127.0.0.3");
-  return chosen ? "127.0.0." + std::to_string(serial) : "127.0.0.1";
-}
-
-Announcement head(int serial) { return {announcement(serial, 1, serial * 10), {}, addressOf(serial)}; }
 
 ShownLine lineOf(int serial) { return {" Serial: " + std::to_string(serial) + "   (IP: " + addressOf(serial) + ")", serial}; }
 
@@ -43,21 +29,6 @@ const ShownLine noDevices = {"No devices available", 0};
 
 using Drive = std::function<void(const ShownDialog&)>;
 
-// Operates the dialog as told; one that is still open in the end, or after a failure, is cancelled.
-void operate(const Drive& drive) {
-  try {
-    const ShownDialog dialog;
-    try {
-      drive(dialog);
-    } catch (const std::exception& failure) {
-      ADD_FAILURE() << failure.what();
-      dialog.press(cancel);
-    }
-  } catch (const std::exception& failure) {
-    ADD_FAILURE() << failure.what();
-  }
-}
-
 class DeviceDialogTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -66,9 +37,8 @@ class DeviceDialogTest : public testing::Test {
 
   // Shows the dialog on this thread, as a program does, while `drive` operates it from another one.
   void show(const Drive& drive, void* parent = nullptr) {
-    std::thread user([&] { operate(drive); });
+    const User user(drive);
     EXPECT_EQ(SLShowDeviceDialog(parent, &record_), SLALL_OKAY);
-    user.join();
   }
 
   void expectRecord(std::int32_t serial, std::int32_t info1) const {

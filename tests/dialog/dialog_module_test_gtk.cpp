@@ -5,10 +5,9 @@
 #include <clocale>
 #include <cstdlib>
 #include <filesystem>
-#include <thread>
 
 #include "fringix/fringix.h"
-#include "shown_dialog.h"
+#include "user.h"
 
 namespace fringix::test {
 
@@ -20,17 +19,19 @@ class DialogModuleTest : public testing::Test {
     if (const std::string reason = whyNoDisplay(); !reason.empty()) GTEST_SKIP() << reason;
   }
 
-  void showAndCancel(void* parent) {
-    std::thread user([this] {
-      ShownDialog().press(2);
-      shown_ = true;
-    });
-    DeviceKeyEntry record = {};
-    EXPECT_EQ(SLShowDeviceDialog(parent, &record), SLALL_OKAY);
-    user.join();
+  // Whether there was a dialog to cancel.
+  static bool showAndCancel(void* parent) {
+    bool shown = false;
+    {
+      const User user([&](const ShownDialog& dialog) {
+        shown = true;
+        dialog.press(cancel);
+      });
+      DeviceKeyEntry record = {};
+      EXPECT_EQ(SLShowDeviceDialog(parent, &record), SLALL_OKAY);
+    }
+    return shown;
   }
-
-  bool shown_ = false;
 };
 
 TEST_F(DialogModuleTest, ALibraryWithoutItsModuleShowsNothing) {
@@ -53,15 +54,11 @@ TEST_F(DialogModuleTest, ALibraryWithoutItsModuleShowsNothing) {
 TEST_F(DialogModuleTest, TheProgramKeepsItsLocale) {
   setenv("LC_ALL", "C.UTF-8", 1);
   ASSERT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
-  showAndCancel(nullptr);
-  EXPECT_TRUE(shown_);
+  EXPECT_TRUE(showAndCancel(nullptr));
   EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
 }
 
-TEST_F(DialogModuleTest, AParentThatIsNoWindowIsNone) {
-  showAndCancel(reinterpret_cast<void*>(std::uintptr_t{0x1234567}));
-  EXPECT_TRUE(shown_);
-}
+TEST_F(DialogModuleTest, AParentThatIsNoWindowIsNone) { EXPECT_TRUE(showAndCancel(reinterpret_cast<void*>(std::uintptr_t{0x1234567}))); }
 
 }  // namespace
 

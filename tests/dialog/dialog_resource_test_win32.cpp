@@ -3,12 +3,11 @@
 
 #include <windows.h>
 
-#include <thread>
 #include <vector>
 
 #include "dialog_template_win32.h"
 #include "fringix/fringix.h"
-#include "shown_dialog.h"
+#include "user.h"
 
 namespace fringix::test {
 
@@ -81,8 +80,7 @@ void expectShownAs(HWND control, const TemplateControl& expected) {
 
 TEST(DialogResourceTest, WindowsShowsTheControlsInTheirPlaces) {
   if (const std::string reason = whyNoDisplay(); !reason.empty()) GTEST_SKIP() << reason;
-  std::thread user([] {
-    const ShownDialog dialog;
+  const User user([](const ShownDialog& dialog) {
     const HWND window = FindWindowA("#32770", "Device selector");
     HWND control = GetWindow(window, GW_CHILD);
     for (const TemplateControl& expected : table) {
@@ -90,11 +88,10 @@ TEST(DialogResourceTest, WindowsShowsTheControlsInTheirPlaces) {
       control = GetWindow(control, GW_HWNDNEXT);
     }
     EXPECT_EQ(control, nullptr);
-    dialog.press(2);
+    dialog.press(cancel);
   });
   DeviceKeyEntry record = {};
   EXPECT_EQ(SLShowDeviceDialog(nullptr, &record), SLALL_OKAY);
-  user.join();
 }
 
 std::string versionText(const std::vector<char>& information, const char* name) {

@@ -23,6 +23,7 @@ struct Subcommand {
 
 constexpr Subcommand subcommands[] = {
     {"list", "Search the network for heads", defineList},
+    {"select", "Let you pick a head in a dialog", defineSelect},
     {"info", "Show what a head says of itself", defineInfo},
     {"status", "Show settings and state of a head", defineStatus},
     {"get", "Print a value of the head", defineGet},

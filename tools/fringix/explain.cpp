@@ -38,6 +38,8 @@ constexpr Row rows[] = {
      "Check that this is the head's address. If it is, switch the head off and on again."},
     {"SLDevAlloc", SLSYSTEM_ERROR, "the head at {address} reports a failure when asked for its camera",
      "Switch the head off and on again."},
+    {"SLShowDeviceDialog", SLCONNECTION_ERROR, "the head that you picked does not answer any more",
+     "Check that it is on and connected, then pick it again."},
     {"SLGetLiveImageROI", SLBAD_PARAMETER, "the region does not lie within the picture, or the factor does not divide its sides",
      "\"fringix info {address}\" shows the size of the camera's pictures."},
     {"SLGetLiveImageLowRes", SLBAD_PARAMETER, "the factor does not divide the sides of the camera's pictures",

@@ -41,6 +41,7 @@ void defineMeasure(CLI::App& app, Context& context);
 void definePattern(CLI::App& app, Context& context);
 void definePicture(CLI::App& app, Context& context);
 void defineProjector(CLI::App& app, Context& context);
+void defineSelect(CLI::App& app, Context& context);
 void defineSerial(CLI::App& app, Context& context);
 void defineSet(CLI::App& app, Context& context);
 void defineSheet(CLI::App& app, Context& context);
