@@ -41,8 +41,6 @@ class ChildProcess {
   std::optional<int> wait(
       std::chrono::milliseconds limit = defaultLimit);  // its exit code; none when it still runs, or was killed by a signal
 
-  std::chrono::microseconds processorTime() const;  // that it has used so far; of one that runs
-
  private:
   // Per platform.
   void start(const std::filesystem::path& program, const std::vector<std::string>& arguments, Input input);

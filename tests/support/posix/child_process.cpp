@@ -4,7 +4,6 @@
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <array>
@@ -96,13 +95,6 @@ std::optional<int> ChildProcess::wait(std::chrono::milliseconds limit) {
     }
   }
   return exitCode_;
-}
-
-std::chrono::microseconds ChildProcess::processorTime() const {
-  clockid_t clock{};
-  timespec time{};
-  if (clock_getcpuclockid(idOf(process_), &clock) != 0 || clock_gettime(clock, &time) != 0) return {};
-  return std::chrono::microseconds(time.tv_sec * 1'000'000 + time.tv_nsec / 1000);
 }
 
 void ChildProcess::release() noexcept {

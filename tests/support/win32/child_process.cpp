@@ -98,16 +98,6 @@ std::optional<int> ChildProcess::wait(std::chrono::milliseconds limit) {
   return exitCode_;
 }
 
-std::chrono::microseconds ChildProcess::processorTime() const {
-  FILETIME created{};
-  FILETIME ended{};
-  FILETIME kernel{};
-  FILETIME user{};
-  GetProcessTimes(handleOf(process_), &created, &ended, &kernel, &user);
-  const auto ticks = [](FILETIME time) { return (static_cast<std::uint64_t>(time.dwHighDateTime) << 32U) + time.dwLowDateTime; };
-  return std::chrono::microseconds((ticks(kernel) + ticks(user)) / 10);  // a tick is 100 ns
-}
-
 void ChildProcess::release() noexcept {
   closeInput();
   CloseHandle(handleOf(output_));
