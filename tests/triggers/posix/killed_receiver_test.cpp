@@ -57,7 +57,9 @@ TEST(KilledReceiverTest, AnotherProcessReceivesWithinATenthOfASecond) {
     takeovers.push_back(takeover(listeners));
     for (const auto& listener : listeners)
       ASSERT_TRUE(listener->hears(1, std::chrono::steady_clock::now())) << "one hangs after kill " << i;
-    if (i % 10 == 0) EXPECT_TRUE(areCalm(listeners)) << "one spins after kill " << i;
+    if (i % 10 == 0) {
+      EXPECT_TRUE(areCalm(listeners)) << "one spins after kill " << i;
+    }
     listeners.push_back(startListening(source));
   }
   std::sort(takeovers.begin(), takeovers.end());

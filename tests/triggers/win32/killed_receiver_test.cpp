@@ -43,7 +43,9 @@ TEST_F(KilledReceiverTest, ItsFollowersEndAndTheNextSessionsListen) {
     const int before = ends();
     receiver->kill();
     ASSERT_TRUE(eventually([&] { return ends() == before + 2; })) << "kill " << i;
-    if (i % 10 == 0) EXPECT_TRUE(areCalm(listeners_)) << "one spins after kill " << i;
+    if (i % 10 == 0) {
+      EXPECT_TRUE(areCalm(listeners_)) << "one spins after kill " << i;
+    }
     for (const auto& follower : listeners_) {
       ASSERT_TRUE(follower->close() && follower->open()) << "kill " << i;
       expectHearing(*follower);
