@@ -1,24 +1,16 @@
-// What is compared: one row per command, made by the library and by hand.
+// The commands that are compared: one row each, made by the library and by hand.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "head.h"
-#include "metric.h"
+#include "measurement.h"
 #include "minimal_client.h"
 
 namespace fringix::bench {
-
-// A quantity to show, and how large the library's may be in proportion to the minimal client's; for one of which more is
-// better, how small.
-struct Quantity {
-  Metric metric;
-  std::optional<double> bound;
-};
 
 // On one core a call's latency is the work that both sides do. On two it is mostly the wake-up of an idle core, which hides
 // what the client costs, but a transfer then runs as fast as the client reads.
@@ -37,5 +29,8 @@ struct Comparison {
 inline constexpr std::size_t bufferSize = std::size_t{64} << 20;  // what `buffer` above has
 
 const std::vector<Comparison>& comparisons();
+
+// Both clients against one server. Throws when a call fails or the two do not get the same bytes.
+Measurement measure(const Comparison& comparison, const Plan& plan);
 
 }  // namespace fringix::bench

@@ -53,6 +53,11 @@ void pinTo(std::size_t core) {
   if (sched_setaffinity(0, sizeof set, &set) != 0) throwSystemError("sched_setaffinity");
 }
 
+void runAtIdlePriority() {
+  const sched_param lowest{};
+  if (sched_setscheduler(0, SCHED_IDLE, &lowest) != 0) throwSystemError("sched_setscheduler");
+}
+
 double seconds(clockid_t clock) {
   timespec now{};
   if (clock_gettime(clock, &now) != 0) throwSystemError("clock_gettime");

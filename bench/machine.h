@@ -21,6 +21,8 @@ MachineFacts machineFacts();
 std::vector<std::size_t> allowedCores();
 void pinTo(std::size_t core);  // the calling thread and all it starts later
 
+void runAtIdlePriority();  // the calling thread: only when nobody else wants the core
+
 double seconds(clockid_t clock);
 
 }  // namespace fringix::bench

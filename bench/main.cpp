@@ -13,6 +13,7 @@
 #include "measurement.h"
 #include "private_network.h"
 #include "report.h"
+#include "triggers.h"
 
 namespace {
 
@@ -50,15 +51,21 @@ Plan settled(const Options& options) {
   return plan;
 }
 
-std::vector<Finding> runAll(const Plan& plan, const std::string& only) {
-  std::vector<Finding> all;
-  for (const Comparison& comparison : comparisons()) {
+template <class Table>
+void runTable(const Table& table, const Plan& plan, const std::string& only, std::vector<Finding>& all) {
+  for (const auto& comparison : table) {
     if (comparison.name.find(only) == std::string::npos) continue;
     const std::vector<Finding> findings = findingsOf(measure(comparison, plan));
     printFindings(findings);
     std::fflush(stdout);
     all.insert(all.end(), findings.begin(), findings.end());
   }
+}
+
+std::vector<Finding> runAll(const Plan& plan, const std::string& only) {
+  std::vector<Finding> all;
+  runTable(comparisons(), plan, only, all);
+  runTable(triggerComparisons(), plan, only, all);
   return all;
 }
 

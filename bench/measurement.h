@@ -1,11 +1,14 @@
-// Runs a comparison: both clients against one server, in turns, so that what disturbs the machine disturbs both alike.
+// Measures two sides in turns, so that what disturbs the machine disturbs both alike.
 #pragma once
 
+#include <time.h>
+
 #include <cstddef>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "comparisons.h"
 #include "metric.h"
 
 namespace fringix::bench {
@@ -18,13 +21,37 @@ struct Plan {
   bool againstItself = false;  // a second minimal client stands in for the library: shows how much the method itself scatters
 };
 
+// A quantity to show, and how large the library's may be in proportion to the other side's; for one of which more is better, how
+// small.
+struct Quantity {
+  Metric metric;
+  std::optional<double> bound;
+};
+
+// What is measured: does one thing and gives the time at which it was done, in seconds of CLOCK_MONOTONIC.
+using Call = std::function<double()>;
+
+struct Sides {
+  Call library;
+  Call byHand;
+  std::size_t bytesPerCall;
+  clockid_t serverClock;
+};
+
 struct Measurement {
-  const Comparison* comparison;
+  std::string name;
+  std::vector<Quantity> quantities;
   std::vector<Batch> library;
   std::vector<Batch> byHand;
 };
 
-// Throws when a call fails or the two clients do not get the same bytes.
-Measurement measure(const Comparison& comparison, const Plan& plan);
+// Of a row of one of the tables of what is compared, by its name and quantities.
+template <class Row>
+Measurement measurementOf(const Row& row) {
+  return {row.name, row.quantities, {}, {}};
+}
+
+// Adds the plan's rounds to a measurement.
+void takeTurns(const Sides& sides, const Plan& plan, Measurement& measurement);
 
 }  // namespace fringix::bench

@@ -134,6 +134,7 @@ constexpr Command commands[] = {
      }},
     {"40MSG_SLGetMaxImageSize", [](Connection& c) { c.answer(c.head().width, c.head().height, 0); }},
     {"45MSG_SLGetProjDimension", [](Connection& c) { c.answer(Head::projectorWidth, Head::projectorHeight, 0); }},
+    {"21MSG_SLGetSerial", [](Connection& c) { c.answer(1001); }},
     {"20MSG_SLGetProtocolVersion", [](Connection& c) { c.answer(protocolVersion); }},
     {"100MSG_SLNOOP", [](Connection&) {}},
     {"ByeBye=", [](Connection&) {}},

@@ -69,11 +69,11 @@ ordered_json jsonOf(const Finding& finding) {
 
 std::vector<Finding> findingsOf(const Measurement& measurement) {
   std::vector<Finding> findings;
-  for (const Quantity& quantity : measurement.comparison->quantities) {
+  for (const Quantity& quantity : measurement.quantities) {
     const Summary library = summarize(measurement.library, quantity.metric);
     const Summary byHand = summarize(measurement.byHand, quantity.metric);
     const double ratio = library.median / byHand.median;
-    findings.push_back({measurement.comparison->name, quantity, library, byHand, ratio, isMet(quantity, ratio)});
+    findings.push_back({measurement.name, quantity, library, byHand, ratio, isMet(quantity, ratio)});
   }
   return findings;
 }

@@ -1,8 +1,5 @@
 #include "wakefulness.h"
 
-#include <sched.h>
-
-#include "descriptor.h"
 #include "machine.h"
 
 namespace fringix::bench {
@@ -11,8 +8,7 @@ namespace {
 
 void spin(std::size_t core) {
   pinTo(core);
-  const sched_param lowest{};
-  if (sched_setscheduler(0, SCHED_IDLE, &lowest) != 0) throwSystemError("sched_setscheduler");
+  runAtIdlePriority();
   for (volatile bool forEver = true; forEver;) {
   }
 }

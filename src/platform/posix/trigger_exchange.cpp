@@ -1,5 +1,6 @@
-// One abstract local socket: who has bound its name is the receiver, every follower is connected to it and reads the senders' addresses.
-// The system frees the name and ends the connections when the receiver goes, however it goes.
+// One abstract local socket: who has bound its name is the receiver. A follower connects to it and is handed a pipe, from which it reads
+// the senders' addresses; a pipe because it wakes its reader a third sooner than a socket does. The system frees the name and ends the
+// pipes when the receiver goes, however it goes.
 #include "platform/trigger_exchange.h"
 
 #include <fcntl.h>
@@ -21,7 +22,8 @@ namespace {
 
 constexpr char exchangeName[] = "C5128585-87BE-4b48-9F65-9A4CAC572E59";
 
-// While the name is bound but nobody listens: that lasts as long as the other side's next call, or for ever if it is a stranger's.
+// While the name is bound but nobody listens or hands out pipes: that lasts as long as the other side's next call, or for ever if it is
+// a stranger's.
 constexpr int shortestRetryPause = 1;  // milliseconds
 constexpr int longestRetryPause = 64;
 // While no descriptor is left to take another follower in.
@@ -53,21 +55,66 @@ bool isReady(const pollfd& entry) noexcept { return entry.revents != 0; }
 
 pollfd watch(int descriptor) noexcept { return {descriptor, POLLIN, 0}; }
 
+// One byte that carries a descriptor to another process.
+class Envelope {
+ public:
+  Envelope() noexcept {
+    message_.msg_iov = &content_;
+    message_.msg_iovlen = 1;
+    message_.msg_control = control_;
+    message_.msg_controllen = sizeof control_;
+  }
+  Envelope(const Envelope&) = delete;
+  Envelope& operator=(const Envelope&) = delete;
+
+  bool send(int connection, int descriptor) noexcept {
+    cmsghdr* const header = CMSG_FIRSTHDR(&message_);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = SCM_RIGHTS;
+    header->cmsg_len = CMSG_LEN(sizeof descriptor);
+    std::memcpy(CMSG_DATA(header), &descriptor, sizeof descriptor);
+    return sendmsg(connection, &message_, MSG_DONTWAIT | MSG_NOSIGNAL) == 1;
+  }
+
+  // Invalid when nothing like that came.
+  Socket receive(int connection) noexcept {
+    if (recvmsg(connection, &message_, MSG_DONTWAIT | MSG_CMSG_CLOEXEC) <= 0) return {};
+    const cmsghdr* const header = CMSG_FIRSTHDR(&message_);
+    if (header == nullptr || header->cmsg_type != SCM_RIGHTS || header->cmsg_len != CMSG_LEN(sizeof(int))) return {};
+    int descriptor = -1;
+    std::memcpy(&descriptor, CMSG_DATA(header), sizeof descriptor);
+    return Socket(descriptor);
+  }
+
+ private:
+  char byte_ = 0;
+  iovec content_{&byte_, 1};
+  alignas(cmsghdr) char control_[CMSG_SPACE(sizeof(int))]{};
+  msghdr message_{};
+};
+
 }  // namespace
 
+// Pipes are kept as sockets: what both need is to be closed.
 struct TriggerExchange::Native {
-  Socket local;  // follower: the connection to the receiver; receiver: the listening socket
+  Socket local;  // receiver: the listening socket; follower: the connection until the pipe has come
+  Socket pipe;   // follower: from the receiver
   bool receiver = false;
   bool crowded = false;
   std::uint32_t sender = 0;
-  std::vector<Socket> followers;
+  std::vector<Socket> followers;  // receiver: the pipes to them
   std::vector<pollfd> entries;
 
   bool becomeReceiver() noexcept;
-  bool follow() noexcept;
-  bool takeSender() noexcept;
+  bool connect() noexcept;
+  bool follows() const noexcept { return pipe.valid() || local.valid(); }
+  int source() const noexcept { return pipe.valid() ? pipe.handle() : local.handle(); }
+  bool hear() noexcept;
+  void takePipe() noexcept;
+  bool takeFollowerIn(const Socket& connection);
   void takeFollowersIn() noexcept;
   void dropFollowersThatLeft() noexcept;
+  void watchAll(const ManualResetEvent& stop, const Socket& socket);
 };
 
 TriggerExchange::TriggerExchange() : native_(std::make_unique<Native>()) {}
@@ -89,32 +136,43 @@ bool TriggerExchange::Native::becomeReceiver() noexcept {
   return true;
 }
 
-bool TriggerExchange::Native::follow() noexcept {
+bool TriggerExchange::Native::connect() noexcept {
   const ExchangeAddress address;
   Socket connection = openLocal();
-  if (connect(connection.handle(), address.generic(), address.size) != 0) return false;
+  if (::connect(connection.handle(), address.generic(), address.size) != 0) return false;
   local = std::move(connection);
   return true;
 }
 
-// The next address from the receiver; without one, there is no receiver any more.
-bool TriggerExchange::Native::takeSender() noexcept {
-  if (recv(local.handle(), &sender, sizeof sender, MSG_DONTWAIT) == sizeof sender) return true;
+void TriggerExchange::Native::takePipe() noexcept {
+  pipe = Envelope().receive(local.handle());
   local.close();
+}
+
+// Whether it was a sender's address. When it was the end of what comes from the receiver, nothing is followed any more.
+bool TriggerExchange::Native::hear() noexcept {
+  if (!pipe.valid()) {
+    takePipe();
+    return false;
+  }
+  if (read(pipe.handle(), &sender, sizeof sender) == sizeof sender) return true;
+  pipe.close();
   return false;
 }
 
 TriggerExchange::Turn TriggerExchange::waitForTurn(const ManualResetEvent& stop) noexcept {
+  bool rebuffed = false;  // by who has the name: asking again at once would be no use
   for (int pause = shortestRetryPause;; pause = std::min(pause * 2, longestRetryPause)) {
-    const bool following = native_->local.valid() || native_->follow();
+    const bool following = native_->follows() || (!rebuffed && native_->connect());
     if (!following && native_->becomeReceiver()) return Turn::receiver;
-    pollfd entries[] = {watch(native_->local.handle()), watch(static_cast<int>(stop.native()))};  // poll passes over -1
+    pollfd entries[] = {watch(native_->source()), watch(static_cast<int>(stop.native()))};  // poll passes over -1
     const int ready = pollAll(entries, 2, following ? withoutLimit : pause);
     if (ready < 0) return Turn::failed;
-    if (ready == 0) continue;
-    if (isReady(entries[0]) && !native_->takeSender() && native_->becomeReceiver()) return Turn::receiver;
+    const bool trigger = isReady(entries[0]) && native_->hear();
+    rebuffed = following && !native_->follows();
+    if (rebuffed && native_->becomeReceiver()) return Turn::receiver;
     if (isReady(entries[1])) return Turn::stop;
-    if (isReady(entries[0]) && native_->local.valid()) return Turn::trigger;
+    if (trigger) return Turn::trigger;
   }
 }
 
@@ -125,21 +183,33 @@ bool TriggerExchange::readSender(std::uint32_t* address) noexcept {
 
 bool TriggerExchange::openArrival() noexcept { return true; }
 
+// False: there is no room for another one.
+bool TriggerExchange::Native::takeFollowerIn(const Socket& connection) {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) return false;
+  const Socket reading(ends[0]);
+  Socket writing(ends[1]);
+  if (Envelope().send(connection.handle(), reading.handle())) followers.push_back(std::move(writing));
+  return true;
+}
+
+// A follower that is not taken in sees its connection end, and tries again.
 void TriggerExchange::Native::takeFollowersIn() noexcept {
-  for (;;) {
-    Socket follower(accept4(local.handle(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-    crowded = !follower.valid() && errno != EAGAIN && errno != ECONNABORTED && errno != EINTR;
-    if (!follower.valid()) return;
-    try {
-      followers.push_back(std::move(follower));
-    } catch (...) {
-      crowded = true;  // the follower sees its connection end, and tries again
+  while (!crowded) {
+    const Socket connection(accept4(local.handle(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    if (!connection.valid()) {
+      crowded = errno != EAGAIN && errno != ECONNABORTED && errno != EINTR;
       return;
+    }
+    try {
+      crowded = !takeFollowerIn(connection);
+    } catch (...) {
+      crowded = true;
     }
   }
 }
 
-// Followers say nothing: one that can be read from has left, or is none.
+// The pipe of one that has left is broken.
 void TriggerExchange::Native::dropFollowersThatLeft() noexcept {
   constexpr std::size_t firstFollower = 3;
   for (std::size_t entry = entries.size(); entry > firstFollower; --entry) {
@@ -147,32 +217,39 @@ void TriggerExchange::Native::dropFollowersThatLeft() noexcept {
   }
 }
 
+void TriggerExchange::Native::watchAll(const ManualResetEvent& stop, const Socket& socket) {
+  entries = {watch(static_cast<int>(stop.native())), watch(socket.handle()), watch(crowded ? -1 : local.handle())};
+  for (const Socket& follower : followers) entries.push_back(watch(follower.handle()));
+}
+
 TriggerExchange::Arrival TriggerExchange::waitForDatagram(const ManualResetEvent& stop, const Socket& socket) noexcept {
-  auto& [local, receiver, crowded, sender, followers, entries] = *native_;
+  Native& native = *native_;
   for (;;) {
     try {
-      entries = {watch(static_cast<int>(stop.native())), watch(socket.handle()), watch(crowded ? -1 : local.handle())};
-      for (const Socket& follower : followers) entries.push_back(watch(follower.handle()));
+      native.watchAll(stop, socket);
     } catch (...) {
       return Arrival::failed;
     }
-    const int ready = pollAll(entries.data(), entries.size(), crowded ? crowdedPause : withoutLimit);
+    const int ready = pollAll(native.entries.data(), native.entries.size(), native.crowded ? crowdedPause : withoutLimit);
     if (ready < 0) return Arrival::failed;
-    if (isReady(entries[0])) return Arrival::stop;
-    const bool newcomers = isReady(entries[2]);
-    const bool datagram = isReady(entries[1]);
-    native_->dropFollowersThatLeft();
-    crowded = false;
-    if (newcomers) native_->takeFollowersIn();
+    if (isReady(native.entries[0])) return Arrival::stop;
+    const bool datagram = isReady(native.entries[1]);
+    const bool newcomers = isReady(native.entries[2]);
+    native.dropFollowersThatLeft();
+    native.crowded = false;
+    if (newcomers) native.takeFollowersIn();
     if (datagram) return Arrival::datagram;
   }
 }
 
 void TriggerExchange::resetArrival() noexcept {}
 
-// A follower that takes no more is one that does not run: it misses triggers, and nobody waits for it.
+// A follower that takes no more is one that does not run: it misses triggers, and nobody waits for it. The signal of a broken pipe is
+// blocked in worker threads.
 bool TriggerExchange::announce(std::uint32_t address) noexcept {
-  for (const Socket& follower : native_->followers) send(follower.handle(), &address, sizeof address, MSG_DONTWAIT | MSG_NOSIGNAL);
+  for (const Socket& follower : native_->followers) {
+    [[maybe_unused]] const ssize_t written = write(follower.handle(), &address, sizeof address);
+  }
   return true;
 }
 
