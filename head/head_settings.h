@@ -38,9 +38,9 @@ struct HeadSettings {
   std::size_t sequenceMemory = std::size_t{512} << 20;  // bytes for all sequences together
   std::size_t pictureMemory = std::size_t{1} << 30;     // bytes for all stored pictures together
 
-  std::string storage;                              // folder for data blocks; empty: they last as long as the head
+  std::string storage{};                            // folder for data blocks; empty: they last as long as the head
   std::size_t dataMemory = std::size_t{256} << 20;  // bytes for all data blocks together, at most 2^31 - 1
-  SerialScript serialScript;                        // what the device at the serial port answers; empty: it repeats every command
+  SerialScript serialScript{};                      // what the device at the serial port answers; empty: it repeats every command
   Clock clock = std::chrono::steady_clock::now;     // for uptime and temperatures
 
   // Told of every image that has been put into a sequence, on the thread of the client's session; may be empty.

@@ -6,6 +6,7 @@
 
 #include "device/open_session.h"
 #include "fringix/fringix.h"
+#include "support/process_state.h"
 
 namespace fringix::test {
 
@@ -15,6 +16,9 @@ const Bytes saveRequest = text("80MSG_SLSaveDataToFile") + integers(4, 6);
 const Bytes loadRequest = text("81MSG_SLReadDataFromFile") + integers(6);
 const Bytes name("a.bin", 6);
 const std::uint8_t content[4] = {1, 2, 3, 4};
+
+// What a reply that only claims to be huge may cost in memory.
+constexpr std::size_t costOfAClaim = std::size_t{8} << 20;
 
 struct Loaded {
   std::uint8_t* data = reinterpret_cast<std::uint8_t*>(16);  // no block: the call must replace it
@@ -78,7 +82,9 @@ TEST(DataTest, ASizeBelowZeroIsAnErrorAndBreaksTheConnection) {
 
 TEST(DataTest, AHugeSizeWithNothingBehindItFails) {
   OpenSession session({expect(loadRequest), reply(integer(0)), expect(name), reply(integer(INT_MAX)), cut()});
+  const std::size_t before = residentBytes();
   const Loaded loaded(session);
+  EXPECT_LT(residentBytes(), before + costOfAClaim);
   EXPECT_TRUE(loaded.result == SLCONNECTION_ERROR || loaded.result == SLSYSTEM_ERROR) << loaded.result;
   EXPECT_EQ(session.device().Noop(), SLSYSTEM_ERROR);
 }
@@ -141,7 +147,9 @@ TEST_F(SerialTest, LengthsThatNoHonestHeadSendsFail) {
     SCOPED_TRACE(field);
     OpenSession session({expect(text("20MSG_SLGetProtocolVersion")), reply(integer(2500)), expect(text("200MSG_SLRS232Exec") + text("go")),
                          reply(std::string(field) + "abc"), cut()});
+    const std::size_t before = residentBytes();
     EXPECT_EQ(exec(session, 8), SLCONNECTION_ERROR);
+    EXPECT_LT(residentBytes(), before + costOfAClaim);
     EXPECT_EQ(Bytes(buffer_, 8), Bytes(8, '#'));
   }
 }

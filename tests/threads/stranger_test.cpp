@@ -8,6 +8,7 @@
 #include "platform/clock.h"
 #include "platform/datagram.h"
 #include "support/eventually.h"
+#include "support/process_state.h"
 
 namespace fringix::test {
 
@@ -17,6 +18,7 @@ constexpr std::uint32_t thisHost = 0x7F000001;
 constexpr std::uint16_t triggerPort = 44331;
 constexpr int flood = 100000;
 constexpr std::size_t longest = 2000;
+constexpr std::size_t mostGrowth = std::size_t{2} << 20;  // 20 bytes kept of each datagram would be as much
 
 void count(std::int32_t, void* context, std::int64_t) { ++*static_cast<std::atomic<int>*>(context); }
 
@@ -38,9 +40,11 @@ TEST(StrangerTest, AFloodOfDatagramsTriggersNothingAndTheListenerLives) {
   const int before = events;
   const Bytes bytes = noise(longest);
   platform::Socket stranger = platform::Socket::openDatagram();
+  const std::size_t memory = residentBytes();
   for (int i = 0; i < flood; ++i) stranger.sendTo(bytes.data(), static_cast<std::size_t>(i) % (longest + 1), {thisHost, triggerPort});
   EXPECT_EQ(events, before);
   EXPECT_TRUE(triggerArrives(events));
+  EXPECT_LT(residentBytes(), memory + mostGrowth);
 }
 
 }  // namespace
