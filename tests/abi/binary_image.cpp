@@ -110,12 +110,15 @@ class ElfReader {
     constexpr std::uint64_t needed = 1;
     constexpr std::uint64_t flags = 30;
     constexpr std::uint64_t bindNow = 8;
+    constexpr std::uint64_t moreFlags = 0x6FFFFFFB;
+    constexpr std::uint64_t noDelete = 8;
     const std::size_t start = file_.at<std::uint64_t>(section + 24);
     for (std::size_t entry = start; entry < start + file_.at<std::uint64_t>(section + 32); entry += 16) {
       const auto tag = file_.at<std::uint64_t>(entry);
       const auto value = file_.at<std::uint64_t>(entry + 8);
       if (tag == needed) image.needs.push_back(file_.textAt(names + value));
       if (tag == flags) image.hardened = (value & bindNow) != 0;
+      if (tag == moreFlags) image.staysLoaded = (value & noDelete) != 0;
     }
   }
 

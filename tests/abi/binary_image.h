@@ -11,6 +11,7 @@ struct BinaryImage {
   std::vector<std::string> needs;    // in file order
   int exportSlots = 0;               // ordinals from the first to the last; PE only
   bool hardened = false;             // PE: high-entropy ASLR and DEP; ELF: everything bound at start, relocations read-only
+  bool staysLoaded = false;          // whatever its host does to unload it; ELF only
 };
 
 // Throws std::runtime_error for a file that is neither.

@@ -42,10 +42,9 @@ TEST(ExportsTest, AreExactlyTheKeptList) {
   EXPECT_EQ(library().exports, keptList());
 }
 
-TEST(ExportsTest, TheDllHas190Slots) {
-  const bool hasOrdinals = lowered(LIBRARY_FILE).ends_with(".dll");
-  EXPECT_EQ(library().exportSlots, hasOrdinals ? 190 : 0);
-}
+bool isDll() { return lowered(LIBRARY_FILE).ends_with(".dll"); }
+
+TEST(ExportsTest, TheDllHas190Slots) { EXPECT_EQ(library().exportSlots, isDll() ? 190 : 0); }
 
 TEST(ImportsTest, NameSystemLibrariesOnly) {
   const std::set<std::string> system = {"advapi32.dll",   "kernel32.dll",  "msvcrt.dll",          "user32.dll",
@@ -56,6 +55,9 @@ TEST(ImportsTest, NameSystemLibrariesOnly) {
 }
 
 TEST(ImageTest, IsHardened) { EXPECT_TRUE(library().hardened); }
+
+// On Windows no thread outlives its session.
+TEST(ImageTest, StaysLoadedForThreadsThatWereAbandoned) { EXPECT_EQ(library().staysLoaded, !isDll()); }
 
 }  // namespace
 
