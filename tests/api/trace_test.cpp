@@ -84,10 +84,10 @@ TEST_P(ExportTraceTest, WritesEntryAndExit) {
   EXPECT_EQ(traced(call), expected);
 }
 
-// A null pointer as "%p" prints it here.
-std::string pointerText() {
+// A pointer as "%p" prints it here.
+std::string pointerText(const void* pointer = nullptr) {
   char text[32];
-  std::snprintf(text, sizeof text, "%p", static_cast<void*>(nullptr));
+  std::snprintf(text, sizeof text, "%p", pointer);
   return text;
 }
 
@@ -168,6 +168,31 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(TraceTest, TheVersionTracesItsNameAlone) {
   EXPECT_EQ(traced([] { QORFringixVersion(); }), (Lines{line("QORFringixVersion"), line("Function QORFringixVersion finished")}));
+}
+
+// No exit line, and no comma after the handle; kept on purpose.
+TEST(TraceTest, ChangingTheEventHandlersTracesTheEntryAlone) {
+  const auto handler = reinterpret_cast<SLEventHandler>(std::uintptr_t{0x1230});  // of no session: never called
+  void* const context = reinterpret_cast<void*>(std::uintptr_t{0x4560});
+  const std::string parameters = ", Parameter: 99 " + pointerText(printedAsPointer(handler)) + ", " + pointerText(context);
+  EXPECT_EQ(traced([&] { EXPECT_EQ(SLRegisterEventhandler(no, handler, context), SLUNKNOWN_DEVICE_ID); }),
+            Lines{line("SLRegisterEventhandler" + parameters)});
+  EXPECT_EQ(traced([&] { EXPECT_EQ(SLUnregisterEventhandler(no, handler, context), SLUNKNOWN_DEVICE_ID); }),
+            Lines{line("SLUnregisterEventhandler" + parameters)});
+}
+
+TEST(TraceTest, ChangingTheEventHandlersOfASessionTracesTheEntryAlone) {
+  OpenSession session(Script{});
+  const std::string parameters = ", Parameter: " + std::to_string(session.handle()) + " " + null + ", " + null;
+  EXPECT_EQ(withoutThreadStarts(traced([&] { SLRegisterEventhandler(session.handle(), nullptr, nullptr); })),
+            Lines{line("SLRegisterEventhandler" + parameters)});
+  EXPECT_EQ(withoutThreadStarts(traced([&] { SLUnregisterEventhandler(session.handle(), nullptr, nullptr); })),
+            Lines{line("SLUnregisterEventhandler" + parameters)});
+}
+
+TEST(TraceTest, RegisteringForTriggersOfNoSessionIsRefused) {
+  EXPECT_EQ(SLRegisterGPIOCallback(no, nullptr), SLUNKNOWN_DEVICE_ID);
+  EXPECT_EQ(SLRegisterGPIOHandle(no, nullptr, 0x8001), SLUNKNOWN_DEVICE_ID);
 }
 
 TEST(TraceTest, APointerPrintedAsANumberShowsItsLowHalf) {

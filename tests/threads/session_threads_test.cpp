@@ -77,7 +77,7 @@ class SessionThreadsTest : public testing::Test {
 
 TEST_F(SessionThreadsTest, TheHeartbeatKeepsAnIdleConnectionAlive) {
   open({expect(noop)});
-  clock_.wake(15);
+  clock_.wake(10);
   ASSERT_TRUE(eventually([&] { return clock_.looks == 1; }));
   clock_.wake(16);
   ASSERT_TRUE(eventually([&] { return clock_.waits == 3; }));

@@ -29,6 +29,7 @@ class TestThread : public ThreadMgr {
     return result;
   }
 
+  void askToStop() { const_cast<platform::ManualResetEvent&>(stopEvent()).set(); }
   bool waitForStop() const { return stopEvent().wait(patience); }
   bool isAskedToStop() const { return stopEvent().wait(std::chrono::milliseconds(0)); }
 
@@ -41,6 +42,7 @@ class TestThread : public ThreadMgr {
 
 TEST(ThreadMgrTest, StoppingWhatNeverRanOnlyResetsTheEvent) {
   TestThread thread([](TestThread&) { return 0; });
+  thread.askToStop();
   EXPECT_EQ(thread.Stop(), 0);
   EXPECT_FALSE(thread.isAskedToStop());
   EXPECT_EQ(thread.runs, 0);
