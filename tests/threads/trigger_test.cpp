@@ -1,87 +1,21 @@
 // Triggers from the datagram to everybody who is told.
-#include <gtest/gtest.h>
-
 #include <atomic>
-#include <mutex>
-#include <stdexcept>
 
 #include "api/trace.h"
-#include "device/open_session.h"
-#include "fringix/fringix.h"
-#include "platform/clock.h"
-#include "platform/datagram.h"
+#include "device/camera_device.h"
 #include "support/captured_trace.h"
-#include "support/eventually.h"
 #include "support/test_window.h"
+#include "threads/raised_triggers.h"
 
 namespace fringix::test {
 
 namespace {
 
-using Calls = std::vector<std::string>;
-
-constexpr std::uint32_t thisHost = 0x7F000001;
-constexpr std::uint32_t otherHead = 0x7F000002;
-constexpr std::uint16_t triggerPort = 44331;
-constexpr std::chrono::milliseconds aMoment{300};
-constexpr int serial = 70123;
-
-const Bytes trigger = "02UDP_GPIO";
-
-void sendFrom(std::uint32_t head, const Bytes& datagram) {
-  ASSERT_TRUE(platform::sendDatagram(head, {thisHost, triggerPort}, datagram.data(), datagram.size()));
+void connect(CameraDevice& session) {
+  auto channel = std::make_unique<CommandChannel>();
+  ASSERT_EQ(channel->Connect("127.0.0.1"), 0);
+  ASSERT_EQ(session.Init(std::move(channel)), SLALL_OKAY);
 }
-
-// A head that tells its serial number when it is asked.
-Script tellsItsSerial(int number = serial) { return {expect(text("21MSG_SLGetSerial")), reply(integer(number))}; }
-
-// Who was called, in order, by any thread.
-class Journal {
- public:
-  void note(const std::string& call) {
-    const std::lock_guard guard(lock_);
-    calls_.push_back(call);
-  }
-  Calls take() {
-    const std::lock_guard guard(lock_);
-    return std::exchange(calls_, {});
-  }
-  std::size_t size() {
-    const std::lock_guard guard(lock_);
-    return calls_.size();
-  }
-
- private:
-  std::mutex lock_;
-  Calls calls_;
-};
-
-void noteEvent(std::int32_t event, void* context, std::int64_t parameter) {
-  static_cast<Journal*>(context)->note("event " + std::to_string(event) + " of " + std::to_string(parameter));
-}
-
-class TriggerTest : public testing::Test {
- protected:
-  // Raises triggers until one has got through: the listener may still be on its way to the port.
-  static void awaitListener(Journal& journal, std::uint32_t head = thisHost) {
-    ASSERT_TRUE(eventually([&] {
-      sendFrom(head, trigger);
-      return eventually([&] { return journal.size() > 0; }, aMoment);
-    }));
-    platform::sleepFor(aMoment);
-    journal.take();
-  }
-
-  static Calls awaited(Journal& journal, std::size_t count) {
-    eventually([&] { return journal.size() >= count; });
-    return journal.take();
-  }
-
-  platform::SocketLibrary library_;
-  Journal journal_;
-};
-
-const Calls oneEvent{"event 1 of 70123"};
 
 TEST_F(TriggerTest, GoesToCallbacksTriggerWindowHandlersAndEventWindowsInThisOrder) {
   static Journal* journal = nullptr;
@@ -100,6 +34,39 @@ TEST_F(TriggerTest, GoesToCallbacksTriggerWindowHandlersAndEventWindowsInThisOrd
   EXPECT_EQ(awaited(journal_, 3), (Calls{"callback", "context callback", "event 1 of 70123"}));
   EXPECT_EQ(session.free(), SLALL_OKAY);
   EXPECT_EQ(window.posts(), (std::vector<Post>{{0x8001, 0, 0}, {0x8002, 1, serial}}));
+}
+
+// Stays in a call until the test has looked around.
+struct Stay {
+  platform::ManualResetEvent entered;
+  platform::ManualResetEvent leave;
+  void call() {
+    entered.set();
+    leave.wait(patience);
+  }
+};
+
+TEST_F(TriggerTest, TheWindowPostsHaveTheirPlaceAmongTheCalls) {
+  Stay inCallback;
+  Stay inHandler;
+  OpenSession session(tellsItsSerial());
+  SLRegisterEventhandler(session.handle(), noteEvent, &journal_);
+  awaitListener(journal_);
+  TestWindow window;
+  ICameraDevice& device = session.device();
+  device.SetContextCallback([](void* context) { static_cast<Stay*>(context)->call(); }, &inCallback);
+  device.SetTriggerWindow(window.handle(), 0x8001);
+  device.AddEventHandler([](std::int32_t, void* context, std::int64_t) { static_cast<Stay*>(context)->call(); }, &inHandler);
+  device.AddEventWindow(window.handle(), 0x8002);
+  sendFrom(thisHost, trigger);
+  ASSERT_TRUE(inCallback.entered.wait(patience));
+  EXPECT_EQ(window.posts(), std::vector<Post>{});
+  inCallback.leave.set();
+  ASSERT_TRUE(inHandler.entered.wait(patience));
+  EXPECT_EQ(window.posts(), (std::vector<Post>{{0x8001, 0, 0}}));
+  inHandler.leave.set();
+  EXPECT_EQ(session.free(), SLALL_OKAY);
+  EXPECT_EQ(window.posts(), (std::vector<Post>{{0x8002, 1, serial}}));
 }
 
 TEST_F(TriggerTest, ATriggerWindowWithoutAMessageGetsNone) {
@@ -180,63 +147,38 @@ TEST_F(TriggerTest, AnAddressThatIsNotWrittenInFullGetsNone) {
   EXPECT_EQ(none.size(), 0U);
 }
 
-TEST_F(TriggerTest, ReachesOnlyTheSessionOfItsHead) {
-  OpenSession first(tellsItsSerial());
-  OpenSession second(tellsItsSerial(8), {}, "127.0.0.2");
-  Journal others;
-  SLRegisterEventhandler(first.handle(), noteEvent, &journal_);
-  SLRegisterEventhandler(second.handle(), noteEvent, &others);
-  awaitListener(journal_);
-  awaitListener(others, otherHead);
-  EXPECT_EQ(journal_.take(), Calls{});
-  sendFrom(thisHost, trigger);
-  EXPECT_EQ(awaited(journal_, 1), oneEvent);
-  sendFrom(otherHead, trigger);
-  const Calls calls = awaited(others, 1);
-  EXPECT_EQ(calls.front(), "event 1 of 8");
-  platform::sleepFor(aMoment);
-  EXPECT_EQ(journal_.take(), Calls{});
-}
-
-TEST_F(TriggerTest, ClosingTheReceiverHandsThePortOver) {
-  auto first = std::make_unique<OpenSession>(tellsItsSerial());
-  SLRegisterEventhandler(first->handle(), noteEvent, &journal_);
-  awaitListener(journal_);
-  OpenSession second(tellsItsSerial(8), {}, "127.0.0.2");
-  Journal others;
-  SLRegisterEventhandler(second.handle(), noteEvent, &others);
-  awaitListener(others, otherHead);
-  CapturedTrace capture;
-  first.reset();
-  awaitListener(others, otherHead);
-  EXPECT_EQ(journal_.take(), Calls{});
-}
-
 TEST_F(TriggerTest, RegistrationsOutliveTheConnection) {
+  ScriptedHead head(std::vector<Script>{handshake(), handshake() + tellsItsSerial()});
+  const auto session = CameraDevice::create();
+  TestWindow window;
+  session->AddEventHandler(noteEvent, &journal_);
+  session->AddEventWindow(window.handle(), 0x8002);
+  session->SetTriggerWindow(window.handle(), 0x8001);
+  session->SetGPIOCallback(noteCallback);
+  session->SetContextCallback([](void* context) { static_cast<Journal*>(context)->note("context callback"); }, &journal_);
+  connect(*session);
+  EXPECT_EQ(session->Close(), SLALL_OKAY);
+  connect(*session);
+  ASSERT_TRUE(eventually([&] {
+    sendFrom(thisHost, trigger);
+    return eventually([&] { return journal_.size() > 0; }, aMoment);
+  }));
+  EXPECT_EQ(session->Close(), SLALL_OKAY);
+  const Calls calls = journal_.take();
+  const std::vector<Post> posts = window.posts();
+  ASSERT_GE(calls.size(), 2U);
+  ASSERT_GE(posts.size(), 2U);
+  EXPECT_EQ(Calls(calls.begin(), calls.begin() + 2), (Calls{"context callback", "event 1 of 70123"}));
+  EXPECT_EQ(std::vector<Post>(posts.begin(), posts.begin() + 2), (std::vector<Post>{{0x8001, 0, 0}, {0x8002, 1, serial}}));
+  EXPECT_GT(callbacks.size(), 0U);
+}
+
+TEST_F(TriggerTest, UnregisteringWorksWithoutAConnectionAndTwice) {
   OpenSession session(tellsItsSerial());
-  EXPECT_EQ(SLRegisterEventhandler(session.handle(), noteEvent, &journal_), SLALL_OKAY);
+  SLRegisterEventhandler(session.handle(), noteEvent, &journal_);
   session.device().Close();
   EXPECT_EQ(SLUnregisterEventhandler(session.handle(), noteEvent, &journal_), SLALL_OKAY);
   EXPECT_EQ(SLUnregisterEventhandler(session.handle(), noteEvent, &journal_), SLALL_OKAY) << "not there any more";
-}
-
-TEST_F(TriggerTest, AThrowingHandlerEndsTheListenerAndAnotherTakesOver) {
-  OpenSession first(tellsItsSerial());
-  SLRegisterEventhandler(first.handle(), noteEvent, &journal_);
-  awaitListener(journal_);
-  OpenSession second(tellsItsSerial(8), {}, "127.0.0.2");
-  Journal others;
-  SLRegisterEventhandler(second.handle(), noteEvent, &others);
-  SLRegisterEventhandler(
-      first.handle(), [](std::int32_t, void*, std::int64_t) { throw std::runtime_error("the handler's"); }, nullptr);
-  CapturedTrace capture;
-  setDebugFlag(1);
-  sendFrom(thisHost, trigger);
-  awaitListener(others, otherHead);
-  setDebugFlag(0);
-  const auto lines = capture.lines();
-  EXPECT_EQ(std::count(lines.begin(), lines.end(), "<QOR> GPIOThread: someone raised an exception, returning from ThreadProc\r\n"), 1);
-  EXPECT_EQ(first.free(), SLALL_OKAY);
 }
 
 }  // namespace
