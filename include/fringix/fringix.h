@@ -18,6 +18,9 @@
  * - Threads: commands to one session may come from any number of threads, they run one after the other; different sessions run
  *   side by side. Opening and closing sessions (SLDevAlloc, SLDevFree) and calls with a handle that was never given out must
  *   not run while another thread is inside the library.
+ * - Processes: a child process that was forked and runs no other program must not use the library. As long as it lives it keeps the
+ *   connections of its parent open, and triggers from reaching other processes once the parent has ended. Start such children
+ *   before the first session.
  * - Protocol version: a command that needs a newer head than the one connected gives SLVERSION_TOO_OLD. Commands without a
  *   stated minimum work with every head.
  */
@@ -105,9 +108,12 @@ FRINGIX_API int32_t SLDevAlloc(const char* address, int32_t* handle);
 FRINGIX_API int32_t SLDevAllocBySerial(int32_t serial, int32_t* handle);
 
 /*
- * Ends a session: says farewell to the head, closes the connection (100 ms) and frees everything the session held. The handle is
- * gone in any case, and with it the text that SLGetDevKey gave.
+ * Ends a session: stops its threads, says farewell to the head, closes the connection (100 ms) and frees everything the session held.
+ * The handle is gone in any case, and with it the text that SLGetDevKey gave. A command that another thread is carrying out is waited
+ * for; so is a callback, for 2 seconds.
  *
+ * SLSYSTEM_ERROR      a thread of the session did not end within 2 seconds (see "Triggers and events"); the session is closed all the
+ *                     same
  * SLCONNECTION_ERROR  the farewell could not be sent; the session is closed all the same
  */
 FRINGIX_API int32_t SLDevFree(int32_t handle);
@@ -177,8 +183,8 @@ FRINGIX_API int32_t SLShowDeviceDialog(void* parent, DeviceKeyEntry* result);
 /* ---- Library ----------------------------------------------------------------------------------------------------------- */
 
 /*
- * Switches tracing on (any value but 0) or off (0, as at the start) for the whole process. Trace lines, one or two per call, begin
- * with "<QOR> " and go to the debugger's output on Windows, to standard error elsewhere. Always SLALL_OKAY. Any thread, any time.
+ * Switches tracing on (any value but 0) or off (0, as at the start) for the whole process. Trace lines, of the calls and of
+ * what goes on in the sessions, begin with "<QOR> " and go to the debugger's output on Windows, to standard error elsewhere. Always SLALL_OKAY. Any thread, any time.
  */
 FRINGIX_API int32_t SLSetDebugFlag(int32_t flag);
 
@@ -290,8 +296,9 @@ FRINGIX_API int32_t SLStartFromTo(int32_t handle, uint32_t sequenceId, uint32_t 
  * All functions of this section that fetch a picture:
  *
  * SLSYSTEM_ERROR      the head has no picture to give (what arrived begins with 0x00 0xFF and stays in the buffer); or the session
- *                     has lost its connection; or the picture cannot be held, because memory ran out or the head states an
- *                     impossible camera size: then the connection is dropped, too
+ *                     has lost its connection; or there is no memory to receive a picture of another size than the buffer's (it
+ *                     stays unread and would be taken for the replies to later commands: free the handle); or the head states a
+ *                     camera size below 0: the connection is dropped then
  * SLCONNECTION_ERROR  the connection broke
  * SLVERSION_TOO_OLD   the head's protocol version is below 2600 and the function needs it, or it could not be fetched
  */
@@ -499,7 +506,8 @@ FRINGIX_API int32_t SLSaveData(int32_t handle, const uint8_t* data, int32_t size
  * size      out: its size in bytes, 0 for a file that is empty; not null
  * fileName  the head's name for it; not null
  *
- * SLSYSTEM_ERROR  also when there is no memory for the size that the head states; the connection is dropped then
+ * SLSYSTEM_ERROR  also when there is no memory for the size that the head states, or that is below 0. The block is not read then, so
+ *                 what comes of it would be taken for the replies to later commands: free the handle and open the head again.
  * any other       the number with which the head refused to give the file
  */
 FRINGIX_API int32_t SLLoadData(int32_t handle, uint8_t** data, int32_t* size, const char* fileName);
@@ -524,8 +532,8 @@ FRINGIX_API int32_t SLWriteIniInt(int32_t handle, int32_t value, const char* sec
  * replySize  bytes at `reply`, 1 or more
  *
  * SLVERSION_TOO_OLD  also when the session has lost its connection
- * SLBAD_PARAMETER    a pointer is null, and nothing was sent; or `replySize` is below 1, which costs the connection, because the
- *                    answer could not be taken
+ * SLBAD_PARAMETER    a pointer is null, and nothing was sent; or `replySize` is below 1: the command was carried out, but the status
+ *                    behind its answer was not read and would be taken for the reply to the next command, so free the handle
  */
 FRINGIX_API int32_t SLExecRS232(int32_t handle, const char* command, char* reply, int32_t replySize);
 
@@ -555,8 +563,15 @@ FRINGIX_API int32_t SLSetGPIOValue(int32_t handle, int32_t line, int32_t value);
  * ("127.0.0.9"; a session opened as "127.0.9" gets none).
  *
  * Callbacks and handlers run on a thread of the session, handlers of event 0 on the thread that measured. They should return soon:
- * triggers that arrive meanwhile wait, and SLDevFree waits 2 seconds for them and then reports SLSYSTEM_ERROR. They must let no
- * exception out, and must not free their own session.
+ * triggers that arrive meanwhile wait, and SLDevFree waits 2 seconds for them and then reports SLSYSTEM_ERROR. On Linux such a callback
+ * still runs to its end: what it uses must outlive it. On Windows its thread is ended.
+ *
+ * They must let no exception out, must not free their own session, and must not call commands of their own session while another
+ * thread may be in SLStartMeasurement: each would wait for the other for ever.
+ *
+ * On Windows, when the connection breaks under one of the session's own threads (the keep-alive, or the first trigger while the
+ * serial number is not yet known), calls that need the session do not return any more, SLDevFree among them. SLGetDevKey right after
+ * opening makes the serial number known. On Linux such calls give SLSYSTEM_ERROR.
  */
 
 /* Called on each trigger of the session's head; `context` is null. */

@@ -38,9 +38,8 @@ int32_t listEntry(int32_t index, Record* record) {
 
 int32_t SLGetDeviceKeyListSize(int32_t* count) {
   return ExportCall("SLGetDeviceKeyListSize", "%s, Parameter: %p", count).guarded([&] {
-    DeviceEnumerator& enumerator = DeviceEnumerator::instance();
-    enumerator.ScanForDevices();
-    if (count != nullptr) *count = static_cast<int32_t>(enumerator.size());
+    const std::size_t found = DeviceEnumerator::instance().ScanForDevices();
+    if (count != nullptr) *count = static_cast<int32_t>(found);
     return SLALL_OKAY;
   });
 }

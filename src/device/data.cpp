@@ -38,7 +38,8 @@ int CameraDevice::SaveData(const std::uint8_t* data, std::int32_t size, const ch
       .status();
 }
 
-// The block is the caller's as soon as it is made, also when the rest fails.
+// The block is the caller's as soon as it is made, also when the rest fails. One that cannot be made stays unread, and the session goes
+// on; on purpose.
 int CameraDevice::LoadData(std::uint8_t** data, std::int32_t* size, const char* fileName) {
   if (data == nullptr || size == nullptr || fileName == nullptr) return SLBAD_PARAMETER;
   *data = nullptr;
@@ -50,7 +51,7 @@ int CameraDevice::LoadData(std::uint8_t** data, std::int32_t* size, const char* 
   if (!exchange.undecided()) return exchange.result();
 
   if (*size > 0) *data = new (std::nothrow) std::uint8_t[static_cast<std::size_t>(*size)];
-  if (*data == nullptr) return exchange.abandon(SLSYSTEM_ERROR);
+  if (*data == nullptr) return exchange.finish(SLSYSTEM_ERROR);
   return exchange.receiveBytes(*data, static_cast<std::size_t>(*size)).status();
 }
 
@@ -77,13 +78,13 @@ int CameraDevice::SetGPIOValue(std::int32_t line, std::int32_t value) {
   return command("230MSG_SLSetGPIOValue").since(2700).send(line, value).status();
 }
 
-// Without a connection this command alone gives -40, on purpose.
+// Without a connection this command alone gives -40, and without room for the answer it leaves the status unread; both on purpose.
 int CameraDevice::ExecRS232(const char* request, char* reply, std::int32_t replySize) {
   std::string received;
   auto exchange = command("200MSG_SLRS232Exec");
   exchange.connectedOr(SLVERSION_TOO_OLD).since(2500).require(request != nullptr && reply != nullptr).text(request).receiveText(&received);
   if (!exchange.undecided()) return exchange.result();
-  if (!copyReply(received, reply, replySize)) return exchange.abandon(SLBAD_PARAMETER);
+  if (!copyReply(received, reply, replySize)) return exchange.finish(SLBAD_PARAMETER);
   return exchange.status();
 }
 

@@ -113,6 +113,11 @@ int Exchange::picture(std::uint8_t* pixels, std::size_t size, int noPicture) {
   return marked ? noPicture : SLALL_OKAY;
 }
 
+int Exchange::finish(int result) {
+  if (requested()) result_ = result;
+  return *result_;
+}
+
 int Exchange::abandon(int result) {
   if (requested()) {
     session_.HandleChannelFailure();

@@ -58,8 +58,8 @@ class Exchange {
   int result();  // no status word follows
   // Receives a picture, which no status word follows: `noPicture` when it begins with the two bytes that stand for none.
   int picture(std::uint8_t* pixels, std::size_t size, int noPicture = SLSYSTEM_ERROR);
-  // The reply cannot be taken: what the head still sends would be read as the next reply, so the connection is dropped.
-  int abandon(int result);
+  int finish(int result);   // this one; what the head still sends is not read
+  int abandon(int result);  // this one, and the connection is dropped
 
  private:
   bool requested();  // undecided, and the name is on its way

@@ -145,7 +145,7 @@ int CameraDevice::receiveFrame(Exchange& exchange, std::uint8_t* buffer, std::ui
   if (!frame || (width == frame->width && height == frame->height)) return receiveWhole(exchange, buffer, SLSYSTEM_ERROR);
 
   if (!scratchFrame_) scratchFrame_.reset(new (std::nothrow) std::uint8_t[frame->pixels()]);
-  if (!scratchFrame_) return exchange.abandon(SLSYSTEM_ERROR);
+  if (!scratchFrame_) return exchange.finish(SLSYSTEM_ERROR);  // the next call tries again
   const int result = exchange.picture(scratchFrame_.get(), frame->pixels());
   if (scratchFrame_) copyCorner(scratchFrame_.get(), *frame, buffer, width, height);  // gone with a broken connection
   return result;

@@ -44,7 +44,7 @@ DeviceEnumerator& DeviceEnumerator::instance() {
   return enumerator;
 }
 
-void DeviceEnumerator::ScanForDevices() {
+std::size_t DeviceEnumerator::ScanForDevices() {
   trace("DeviceEnumerator: Scan for Devices");
   const std::lock_guard guard(lock_);
   list_.clear();
@@ -54,6 +54,7 @@ void DeviceEnumerator::ScanForDevices() {
   // Heads that answered twice stand next to each other, the first answer first; kept on purpose.
   std::stable_sort(list_.begin(), list_.end(), [](const auto& a, const auto& b) { return a.reply.serial < b.reply.serial; });
   trace("DeviceEnumerator: %i Device(s) found", static_cast<int>(list_.size()));
+  return list_.size();
 }
 
 void DeviceEnumerator::askNetwork(const std::string& broadcastAddress) {

@@ -24,10 +24,8 @@ class DeviceEnumerator {
   static DeviceEnumerator& instance();
 
   // Asks every network in turn and makes the list anew, sorted by serial number. Blocks for 300 ms a network, and 300 ms more from
-  // each reply on. What the network refuses adds no entries.
-  void ScanForDevices();
-
-  std::size_t size() const noexcept { return list_.size(); }
+  // each reply on. What the network refuses adds no entries. Gives the number of entries.
+  std::size_t ScanForDevices();
 
   // Null for an index outside of the list, or above 255.
   const DeviceListEntry* entry(std::int32_t index) const noexcept;
@@ -36,7 +34,7 @@ class DeviceEnumerator {
   void askNetwork(const std::string& broadcastAddress);
   void take(std::string_view datagram, std::uint32_t sender);
 
-  platform::ReentrantLock lock_;
+  platform::ReentrantLock& lock_ = *new platform::ReentrantLock;  // never destroyed: another thread may still scan at the end
   std::vector<DeviceListEntry> list_;
 };
 

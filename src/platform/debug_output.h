@@ -6,7 +6,8 @@
 
 namespace fringix::platform {
 
-// Hands one finished line to the debugger's output (Windows) or, in a single write, to standard error. Never blocks for a reader.
+// Hands one finished line to the debugger's output (Windows) or, in a single write, to standard error, where it is lost when the reader
+// does not keep up or has gone.
 void writeDebugOutput(const char* line) noexcept;
 
 // Formats into `buffer` at most `limit` characters and a terminating zero (so `buffer` holds at least limit + 1). Gives the number

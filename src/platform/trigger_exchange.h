@@ -38,8 +38,9 @@ class TriggerExchange {
   enum class Arrival { stop, datagram, noSelection, failed };
   Arrival waitForDatagram(const ManualResetEvent& stop, const Socket& socket) noexcept;  // without limit
   void resetArrival() noexcept;
-  bool announce(std::uint32_t address) noexcept;  // tells all followers; false: the block could not be written
-  void settle() noexcept;                         // the announcement is over
+  bool writeSender(std::uint32_t address) noexcept;  // host byte order; false: the block could not be written
+  void announce() noexcept;                          // tells all followers what was written
+  void settle() noexcept;                            // the announcement is over
   void resign() noexcept;
 
  private:

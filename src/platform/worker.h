@@ -29,6 +29,8 @@ class Worker {
   // waits for the whole limit.
   bool end(std::chrono::milliseconds limit) noexcept;
 
+  static bool isEndedByForce() noexcept;  // what becomes of a worker that does not end in time; false: it is abandoned
+
  private:
   struct Thread;
   std::unique_ptr<Thread> thread_;

@@ -8,6 +8,18 @@
 
 namespace fringix {
 
+// One under way; a handler may start another one inside it.
+struct EventRegistry::Dispatch {
+  explicit Dispatch(EventRegistry& of) : registry(of), outer(std::exchange(of.dispatch_, this)) {}
+  ~Dispatch() { registry.dispatch_ = outer; }
+  Dispatch(const Dispatch&) = delete;
+  Dispatch& operator=(const Dispatch&) = delete;
+
+  EventRegistry& registry;
+  Dispatch* const outer;
+  std::size_t next = 0;  // handler to be called
+};
+
 void EventRegistry::addHandler(EventHandler handler, void* context) {
   const std::lock_guard guard(lock_);
   const Handler added{handler, context};
@@ -18,7 +30,10 @@ void EventRegistry::removeHandler(EventHandler handler, void* context) {
   const std::lock_guard guard(lock_);
   const auto found = std::find(handlers_.begin(), handlers_.end(), Handler{handler, context});
   if (found == handlers_.end()) return;
-  if (static_cast<std::size_t>(found - handlers_.begin()) < nextHandler_) --nextHandler_;
+  const auto place = static_cast<std::size_t>(found - handlers_.begin());
+  for (Dispatch* dispatch = dispatch_; dispatch != nullptr; dispatch = dispatch->outer) {
+    if (place < dispatch->next) --dispatch->next;
+  }
   handlers_.erase(found);
 }
 
@@ -47,14 +62,9 @@ void EventRegistry::FireEvent(std::int32_t event, std::int64_t parameter) {
 }
 
 void EventRegistry::callHandlers(std::int32_t event, std::int64_t parameter) {
-  // A handler may start a dispatch of its own.
-  struct Dispatch {
-    std::size_t& next;
-    std::size_t outer = std::exchange(next, 0);
-    ~Dispatch() { next = outer; }
-  } dispatch{nextHandler_};
-  while (nextHandler_ < handlers_.size() && !platform::thisWorkerIsAbandoned()) {
-    const Handler handler = handlers_[nextHandler_++];
+  Dispatch dispatch(*this);
+  while (dispatch.next < handlers_.size() && !platform::thisWorkerIsAbandoned()) {
+    const Handler handler = handlers_[dispatch.next++];
     if (handler.function != nullptr) handler.function(event, handler.context, parameter);
   }
 }

@@ -40,11 +40,13 @@ class EventRegistry {
     }
   };
 
+  struct Dispatch;
+
   void callHandlers(std::int32_t event, std::int64_t parameter);
 
   std::vector<Handler> handlers_;
   std::vector<EventWindow> windows_;
-  std::size_t nextHandler_ = 0;  // of the dispatch under way, so that a handler may remove itself
+  Dispatch* dispatch_ = nullptr;  // the innermost; known so that handlers may remove handlers
   platform::ReentrantLock lock_;
 };
 

@@ -63,7 +63,8 @@ bool openPort(platform::Socket& socket) {
 std::int32_t GPIOThread::Start(const std::string& headAddress, std::shared_ptr<void> share) {
   headAddress_ = headAddress;
   const std::uint32_t error = ThreadMgr::Start(std::move(share));
-  return error == 0 ? 0 : static_cast<std::int32_t>(0x80070000U | (error & 0xFFFFU));
+  const auto result = static_cast<std::int32_t>(error);
+  return result <= 0 ? result : static_cast<std::int32_t>(0x80070000U | (error & 0xFFFFU));
 }
 
 void GPIOThread::setContextCallback(TriggerCallback callback, void* context) noexcept {
@@ -82,9 +83,13 @@ std::int32_t GPIOThread::ThreadProc() {
     TriggerExchange exchange;
     return listen(exchange);
   } catch (...) {
-    trace("GPIOThread: someone raised an exception, returning from ThreadProc\n");
-    return failed;
+    return endByException();
   }
+}
+
+std::int32_t GPIOThread::endByException() noexcept {
+  trace("GPIOThread: someone raised an exception, returning from ThreadProc\n");
+  return failed;
 }
 
 std::int32_t GPIOThread::listen(TriggerExchange& exchange) {
@@ -127,8 +132,15 @@ std::int32_t GPIOThread::receive(TriggerExchange& exchange) {
     ~Resignation() { exchange.resign(); }
   } const resignation{exchange};
   platform::Socket socket = library.usable() ? platform::Socket::openDatagram() : platform::Socket();
-  if (!openPort(socket) || !exchange.openArrival()) return failed;
-  return serve(exchange, socket);
+  if (!openPort(socket) || !exchange.openArrival()) {
+    exchange.resign();  // here before the port is closed; kept on purpose
+    return failed;
+  }
+  try {
+    return serve(exchange, socket);
+  } catch (...) {
+    return endByException();
+  }
 }
 
 std::int32_t GPIOThread::serve(TriggerExchange& exchange, platform::Socket& socket) {
@@ -156,14 +168,19 @@ std::int32_t GPIOThread::serve(TriggerExchange& exchange, platform::Socket& sock
 }
 
 // The announcement lasts as long as this thread's own dispatch: a follower that is quicker takes it for a second trigger; kept on
-// purpose.
+// purpose. It ends when a callback throws, too: followers would take it for triggers without end.
 void GPIOThread::passOn(TriggerExchange& exchange, std::uint32_t address) {
-  if (!exchange.announce(address)) trace("GPIOThread: Failed to write to the view.");
+  if (!exchange.writeSender(address)) trace("GPIOThread: Failed to write to the view.");
+  struct Announcement {
+    TriggerExchange& exchange;
+    explicit Announcement(TriggerExchange& used) : exchange(used) { exchange.announce(); }
+    ~Announcement() { exchange.settle(); }
+  } const announcement(exchange);
   DispatchTrigger(address);
-  exchange.settle();
 }
 
 void GPIOThread::DispatchTrigger(std::uint32_t address) {
+  if (platform::thisWorkerIsAbandoned()) return;
   if (platform::formatIpv4(address) != headAddress_) return;
   if (const TriggerCallback callback = gpioCallback_) callback(nullptr);
   if (platform::thisWorkerIsAbandoned()) return;

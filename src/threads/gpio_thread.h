@@ -41,6 +41,7 @@ class GPIOThread : public ThreadMgr {
   std::int32_t receive(platform::TriggerExchange& exchange);
   std::int32_t serve(platform::TriggerExchange& exchange, platform::Socket& socket);
   void passOn(platform::TriggerExchange& exchange, std::uint32_t address);
+  static std::int32_t endByException() noexcept;
 
   std::atomic<TriggerCallback> gpioCallback_{nullptr};
   std::atomic<WindowHandle> notifyWindow_{nullptr};

@@ -27,7 +27,8 @@ int ThreadMgr::Stop() {
     stopEvent_.set();
     ended = thread_.end(stopLimit);
   }
-  stopEvent_.reset();
+  const bool goesOn = !ended && !platform::Worker::isEndedByForce();
+  if (!goesOn) stopEvent_.reset();  // one that was abandoned has yet to see it
   return ended ? 0 : 1;
 }
 

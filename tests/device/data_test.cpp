@@ -70,13 +70,13 @@ TEST(DataTest, ABlockIsTheCallersWhateverBecomesOfTheRest) {
   }
 }
 
-TEST(DataTest, ASizeBelowZeroIsAnErrorAndBreaksTheConnection) {
+TEST(DataTest, ASizeBelowZeroIsAnErrorAndTheSessionGoesOn) {
   for (const int size : {-1, INT_MIN}) {
-    OpenSession session({expect(loadRequest), reply(integer(0)), expect(name), reply(integer(size))});
+    OpenSession session({expect(loadRequest), reply(integer(0)), expect(name), reply(integer(size)), expect(text("100MSG_SLNOOP"))});
     const Loaded loaded(session);
     EXPECT_EQ(loaded.result, SLSYSTEM_ERROR);
     EXPECT_EQ(loaded.data, nullptr);
-    EXPECT_EQ(session.device().Noop(), SLSYSTEM_ERROR);
+    EXPECT_EQ(session.device().Noop(), SLALL_OKAY);
   }
 }
 
@@ -133,12 +133,15 @@ TEST_F(SerialTest, OneByteHoldsTheTerminatingZero) {
   EXPECT_EQ(Bytes(buffer_, 8), Bytes("\0#######", 8));
 }
 
-TEST_F(SerialTest, WithoutRoomTheReplyIsLostAndTheConnectionWithIt) {
+TEST_F(SerialTest, WithoutRoomTheReplyIsLostAndTheStatusStaysUnread) {
   for (const int size : {0, -1, INT_MIN}) {
-    OpenSession session(answer(text("abc")));
+    OpenSession session({expect(text("20MSG_SLGetProtocolVersion")), reply(integer(2500)), expect(text("200MSG_SLRS232Exec") + text("go")),
+                         reply(text("abc") + integer(9)), expect(text("21MSG_SLGetSerial"))});
     EXPECT_EQ(exec(session, size), SLBAD_PARAMETER);
     EXPECT_EQ(Bytes(buffer_, 8), Bytes(8, '#'));
-    EXPECT_EQ(session.device().Noop(), SLSYSTEM_ERROR);
+    std::int32_t next = 0;
+    EXPECT_EQ(session.device().GetSerial(&next), SLALL_OKAY);
+    EXPECT_EQ(next, 9);
   }
 }
 

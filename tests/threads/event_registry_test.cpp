@@ -147,6 +147,16 @@ TEST_F(EventRegistryTest, AHandlerMayFireAnEventItself) {
   EXPECT_EQ(fired(), (Calls{"a1:5", "a0:6", "b0:6", "b1:5"}));
 }
 
+TEST_F(EventRegistryTest, AHandlerMayRemoveItselfInAnEventInsideAnEvent) {
+  bool nested = false;
+  a_.also = [&] {
+    if (!std::exchange(nested, true)) registry_.FireEvent(0, 6);
+  };
+  b_.also = [&] { registry_.removeHandler(note, &b_); };
+  for (Listener* listener : {&a_, &b_, &c_}) registry_.addHandler(note, listener);
+  EXPECT_EQ(fired(), (Calls{"a1:5", "a0:6", "b0:6", "c0:6", "c1:5"}));
+}
+
 TEST_F(EventRegistryTest, AThrowingHandlerLeavesTheLockFree) {
   a_.also = [] { throw std::runtime_error("the handler's"); };
   registry_.addHandler(note, &a_);

@@ -62,7 +62,7 @@ class Envelope {
     message_.msg_iov = &content_;
     message_.msg_iovlen = 1;
     message_.msg_control = control_;
-    message_.msg_controllen = sizeof control_;
+    message_.msg_controllen = CMSG_LEN(sizeof(int));  // for one descriptor: the system drops what comes beyond
   }
   Envelope(const Envelope&) = delete;
   Envelope& operator=(const Envelope&) = delete;
@@ -244,13 +244,17 @@ TriggerExchange::Arrival TriggerExchange::waitForDatagram(const ManualResetEvent
 
 void TriggerExchange::resetArrival() noexcept {}
 
+bool TriggerExchange::writeSender(std::uint32_t address) noexcept {
+  native_->sender = address;
+  return true;
+}
+
 // A follower that takes no more is one that does not run: it misses triggers, and nobody waits for it. The signal of a broken pipe is
 // blocked in worker threads.
-bool TriggerExchange::announce(std::uint32_t address) noexcept {
+void TriggerExchange::announce() noexcept {
   for (const Socket& follower : native_->followers) {
-    [[maybe_unused]] const ssize_t written = write(follower.handle(), &address, sizeof address);
+    [[maybe_unused]] const ssize_t written = write(follower.handle(), &native_->sender, sizeof native_->sender);
   }
-  return true;
 }
 
 void TriggerExchange::settle() noexcept {}

@@ -6,42 +6,15 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
-#include <ctime>
 #include <mutex>
+
+#include "platform/posix/silenced_pipe_signal.h"
 
 namespace fringix::platform {
 
 namespace {
 
 int descriptorOf(WindowHandle handle) noexcept { return static_cast<int>(reinterpret_cast<std::intptr_t>(handle)); }
-
-// While it lives, writing to a pipe without a reader raises no signal in this thread.
-class SilencedPipeSignal {
- public:
-  SilencedPipeSignal() noexcept {
-    sigemptyset(&pipeSignal_);
-    sigaddset(&pipeSignal_, SIGPIPE);
-    sigset_t pending;
-    sigpending(&pending);
-    wasPending_ = sigismember(&pending, SIGPIPE) == 1;
-    pthread_sigmask(SIG_BLOCK, &pipeSignal_, &before_);
-  }
-
-  ~SilencedPipeSignal() {
-    const timespec noTime{};
-    if (!wasPending_) sigtimedwait(&pipeSignal_, nullptr, &noTime);
-    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
-  }
-
-  SilencedPipeSignal(const SilencedPipeSignal&) = delete;
-  SilencedPipeSignal& operator=(const SilencedPipeSignal&) = delete;
-
- private:
-  sigset_t pipeSignal_;
-  sigset_t before_;
-  bool wasPending_ = false;
-};
 
 // The host's descriptor may be in blocking mode, which is not ours to change: a pipe that polls as writable takes a record whole, and
 // the lock keeps other posts of this process from filling it in between.
@@ -58,10 +31,10 @@ void writeToPipe(int descriptor, const PostedRecord& record) noexcept {
 
 Window::Window(WindowHandle handle) noexcept : handle_(handle), identity_(identityOf(handle)) {}
 
-// Other files than pipes and sockets have none: nothing is ever written to them.
+// Other files than pipes and sockets have none, nor has null, which is no descriptor here: nothing is ever written to them.
 Window::Identity Window::identityOf(WindowHandle handle) noexcept {
   struct stat file;
-  if (fstat(descriptorOf(handle), &file) != 0 || !(S_ISFIFO(file.st_mode) || S_ISSOCK(file.st_mode))) return {};
+  if (handle == nullptr || fstat(descriptorOf(handle), &file) != 0 || !(S_ISFIFO(file.st_mode) || S_ISSOCK(file.st_mode))) return {};
   return {file.st_dev, file.st_ino};
 }
 

@@ -35,17 +35,19 @@ class Progress {
 
 thread_local const Progress* thisWorker = nullptr;
 
-// Signals are the host's: its handlers run on its own threads.
-class AllSignalsBlocked {
+// Signals are the host's: its handlers run on its own threads. Only faults come to the thread that makes them: blocked, they would end
+// the process past the handler.
+class SentSignalsBlocked {
  public:
-  AllSignalsBlocked() noexcept {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_BLOCK, &all, &before_);
+  SentSignalsBlocked() noexcept {
+    sigset_t sent;
+    sigfillset(&sent);
+    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT}) sigdelset(&sent, fault);
+    pthread_sigmask(SIG_BLOCK, &sent, &before_);
   }
-  ~AllSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  AllSignalsBlocked(const AllSignalsBlocked&) = delete;
-  AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
+  ~SentSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  SentSignalsBlocked(const SentSignalsBlocked&) = delete;
+  SentSignalsBlocked& operator=(const SentSignalsBlocked&) = delete;
 
  private:
   sigset_t before_;
@@ -64,7 +66,7 @@ Worker::~Worker() = default;
 std::uint32_t Worker::start(Body body, void* argument, std::shared_ptr<void> share) noexcept {
   try {
     auto started = std::make_unique<Thread>();
-    const AllSignalsBlocked blocked;  // a new thread inherits the mask
+    const SentSignalsBlocked blocked;  // a new thread inherits the mask
     started->thread = std::thread([body, argument, share = std::move(share), progress = started->progress]() mutable {
       thisWorker = progress.get();
       body(argument);
@@ -91,6 +93,8 @@ bool Worker::end(std::chrono::milliseconds limit) noexcept {
   }
   return ended;
 }
+
+bool Worker::isEndedByForce() noexcept { return false; }
 
 bool thisWorkerIsAbandoned() noexcept { return thisWorker != nullptr && thisWorker->abandoned; }
 

@@ -110,11 +110,11 @@ TriggerExchange::Arrival TriggerExchange::waitForDatagram(const ManualResetEvent
 
 void TriggerExchange::resetArrival() noexcept { WSAResetEvent(native_->arrival); }
 
-bool TriggerExchange::announce(std::uint32_t address) noexcept {
-  const bool written = WriteProcessMemory(GetCurrentProcess(), native_->view, &address, sizeof address, nullptr) != 0;
-  SetEvent(native_->notification);
-  return written;
+bool TriggerExchange::writeSender(std::uint32_t address) noexcept {
+  return WriteProcessMemory(GetCurrentProcess(), native_->view, &address, sizeof address, nullptr) != 0;
 }
+
+void TriggerExchange::announce() noexcept { SetEvent(native_->notification); }
 
 void TriggerExchange::settle() noexcept { ResetEvent(native_->notification); }
 

@@ -55,6 +55,8 @@ bool Worker::end(std::chrono::milliseconds limit) noexcept {
   return ended;
 }
 
+bool Worker::isEndedByForce() noexcept { return true; }
+
 bool thisWorkerIsAbandoned() noexcept { return false; }
 
 }  // namespace fringix::platform
