@@ -120,8 +120,9 @@ void defineWatch(CLI::App& app, Context& context) {
       app, app.add_option("--serial", options->serials, "Serial numbers of the heads, in place of the addresses: they are searched for"));
   app.add_flag("--json", options->json, "Print one line of JSON for each event");
   app.add_option("-n,--count", options->count, "End after this many events")->type_name("N")->check(CLI::PositiveNumber.description(""));
-  app.footer(app.get_footer() +
-             "\nA connection that is lost ends it with exit code 1. On Windows it is not noticed, and\nCtrl-C has to be pressed twice then.");
+  app.footer(
+      app.get_footer() +
+      "\nA connection that is lost ends it with exit code 1. On Windows it is not noticed, and\nCtrl-C has to be pressed twice then.");
   app.callback([options, &context] { watch(*options, context); });
 }
 
