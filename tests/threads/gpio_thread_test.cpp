@@ -1,11 +1,10 @@
 // The trigger listener by itself: whose triggers it takes, and how it fails.
-#include "threads/gpio_thread.h"
-
 #include <gtest/gtest.h>
 
 #include "api/trace.h"
+#include "platform/datagram.h"
 #include "support/captured_trace.h"
-#include "support/eventually.h"
+#include "threads/held_listener.h"
 
 namespace fringix::test {
 
@@ -72,6 +71,21 @@ TEST_F(GPIOThreadTest, APortThatAStrangerHoldsEndsIt) {
   setDebugFlag(0);
   EXPECT_EQ(result, -1);
   EXPECT_EQ(capture.lines(), (Lines{line("GPIOThread: ThreadProc started"), line("ERROR: openPort for GPIO-socket failed")}));
+}
+
+TEST_F(GPIOThreadTest, AReceiverStopsBeforeItTakesAnotherDatagram) {
+  const platform::SocketLibrary library;
+  const auto sendTrigger = [] { return platform::sendDatagram(0x7F000001, {0x7F000001, triggerPort}, "02UDP_GPIO", 10); };
+  HeldListener listener;
+  listener.Start("127.0.0.1");
+  ASSERT_TRUE(eventually([&] {
+    sendTrigger();
+    return listener.entered.wait(std::chrono::milliseconds(100));
+  }));
+  ASSERT_TRUE(sendTrigger());
+  listener.stopWhileHeld();
+  EXPECT_EQ(listener.result, 0);
+  EXPECT_EQ(listener.triggers, 1);
 }
 
 TEST_F(GPIOThreadTest, AStoppedFollowerLeavesTheReceiverAlone) {

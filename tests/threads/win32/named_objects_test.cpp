@@ -4,13 +4,13 @@
 
 #include <atomic>
 #include <cstring>
+#include <functional>
 #include <thread>
 
 #include "api/trace.h"
-#include "platform/datagram.h"
 #include "support/captured_trace.h"
 #include "support/eventually.h"
-#include "threads/gpio_thread.h"
+#include "threads/held_listener.h"
 
 namespace fringix::test {
 
@@ -47,7 +47,82 @@ struct Stranger {
   }
 };
 
-TEST(NamedObjectsTest, AListenerFollowsAReceiverThatIsNotOurs) {
+// An object of whatever kind.
+struct Object {
+  HANDLE handle;
+  ~Object() { CloseHandle(handle); }
+};
+
+class NamedObjectsTest : public testing::Test {
+ protected:
+  // What a listener writes that cannot begin.
+  Lines linesOfAFailure(std::int32_t result) {
+    HeldListener listener;
+    CapturedTrace capture;
+    setDebugFlag(1);
+    listener.Start("127.0.0.9");
+    EXPECT_TRUE(eventually([&] { return listener.ended.load(); }));
+    setDebugFlag(0);
+    EXPECT_EQ(listener.result, result);
+    return capture.lines();
+  }
+
+  // The lines of a follower that has been asked to stop, and that `also` happens to, while it is busy with a trigger that does not end.
+  Lines linesAfterAHeldTrigger(Stranger& stranger, const std::function<void()>& also) {
+    HeldListener listener;
+    CapturedTrace capture;
+    setDebugFlag(1);
+    listener.Start("127.0.0.9");
+    std::memcpy(stranger.block, &head, sizeof head);
+    SetEvent(stranger.notification);
+    EXPECT_TRUE(listener.entered.wait(HeldListener::patience));
+    also();
+    listener.stopWhileHeld();
+    setDebugFlag(0);
+    ResetEvent(stranger.notification);
+    EXPECT_EQ(listener.triggers, 1);
+    return capture.lines();
+  }
+};
+
+TEST_F(NamedObjectsTest, ABlockOfAnotherKindEndsTheListenerWithoutAFailureCode) {
+  const Object event{CreateEventA(nullptr, TRUE, FALSE, blockName)};
+  EXPECT_EQ(linesOfAFailure(0), (Lines{line("GPIOThread: ThreadProc started"), line("Could not create file mapping object (6)."),
+                                       line("GPIOThread: Cannot access shared memory")}));
+}
+
+TEST_F(NamedObjectsTest, ALockOfAnotherKindEndsTheListener) {
+  const Object event{CreateEventA(nullptr, TRUE, FALSE, lockName)};
+  EXPECT_EQ(linesOfAFailure(-1), (Lines{line("GPIOThread: ThreadProc started"), line("ERROR: CreateMutex for udpmutex failed")}));
+}
+
+TEST_F(NamedObjectsTest, ANotificationOfAnotherKindEndsTheListener) {
+  const Object mutex{CreateMutexA(nullptr, FALSE, notificationName)};
+  EXPECT_EQ(linesOfAFailure(-1), (Lines{line("GPIOThread: ThreadProc started"), line("ERROR: CreateEvent for gpio_event failed")}));
+}
+
+TEST_F(NamedObjectsTest, AFollowerStopsBeforeItTakesAnotherTrigger) {
+  Stranger stranger;
+  ASSERT_EQ(WaitForSingleObject(stranger.lock, 0), WAIT_OBJECT_0);
+  EXPECT_EQ(linesAfterAHeldTrigger(stranger, [] {}),
+            (Lines{line("GPIOThread: ThreadProc started"), line("GPIOThread: returning from ThreadProc")}));
+  ReleaseMutex(stranger.lock);
+}
+
+// The port is taken, so that a receiver says that it is one.
+TEST_F(NamedObjectsTest, AFollowerBecomesTheReceiverBeforeItStops) {
+  const platform::SocketLibrary library;
+  platform::Socket owner = platform::Socket::openDatagram();
+  owner.setSoleListener();
+  ASSERT_TRUE(owner.setReuseAddress(false));
+  ASSERT_TRUE(owner.bind({0, 44331}));
+  Stranger stranger;
+  ASSERT_EQ(WaitForSingleObject(stranger.lock, 0), WAIT_OBJECT_0);
+  EXPECT_EQ(linesAfterAHeldTrigger(stranger, [&] { ReleaseMutex(stranger.lock); }),
+            (Lines{line("GPIOThread: ThreadProc started"), line("ERROR: openPort for GPIO-socket failed")}));
+}
+
+TEST_F(NamedObjectsTest, AListenerFollowsAReceiverThatIsNotOurs) {
   Stranger stranger;
   ASSERT_EQ(WaitForSingleObject(stranger.lock, 0), WAIT_OBJECT_0);
   CountingOwner owner;
@@ -62,7 +137,7 @@ TEST(NamedObjectsTest, AListenerFollowsAReceiverThatIsNotOurs) {
   ReleaseMutex(stranger.lock);
 }
 
-TEST(NamedObjectsTest, AReceiverWritesTheSenderAndSignals) {
+TEST_F(NamedObjectsTest, AReceiverWritesTheSenderAndSignals) {
   Stranger stranger;
   std::memset(stranger.block, 0, blockSize);
   struct Owner final : TriggerCallbackClass {
@@ -92,7 +167,7 @@ TEST(NamedObjectsTest, AReceiverWritesTheSenderAndSignals) {
   for (std::size_t i = sizeof sender; i < blockSize; ++i) EXPECT_EQ(stranger.block[i], 0) << "reserved";
 }
 
-TEST(NamedObjectsTest, AnAbandonedLockEndsTheFollowers) {
+TEST_F(NamedObjectsTest, AnAbandonedLockEndsTheFollowers) {
   Stranger stranger;
   platform::ManualResetEvent taken;
   platform::ManualResetEvent leave;
