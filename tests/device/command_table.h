@@ -2,6 +2,7 @@
 // The tests in command_test.cpp hold for every row.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <ostream>
@@ -21,6 +22,9 @@ struct Turn {
   Bytes reply;
 };
 
+// What a connection that breaks leaves at the output after so many bytes of the reply.
+using Remains = std::function<Bytes(std::size_t arrived)>;
+
 struct CommandCase {
   std::string name;
   std::function<int(OpenSession& session, std::uint8_t* output)> call;  // `output` is 8-byte aligned, filled with guard bytes
@@ -30,7 +34,8 @@ struct CommandCase {
   Bytes written = {};  // what the call leaves at `output`; everything behind stays as it was
   StatusWord statusWord = StatusWord::none;
   int minimumVersion = 0;     // 0: the command asks for no version
-  Bytes writtenOnBreak = {};  // what a broken connection leaves at `output` where the reply had not begun to arrive there
+  Remains leftByBreak = {};   // unless given: nothing before all of the reply has arrived, and `written` from then on
+  Bytes writtenOffline = {};  // what the call leaves at `output` without a connection
   int whenVersionFails = SLVERSION_TOO_OLD;
   int withoutConnection = SLSYSTEM_ERROR;
 };
@@ -44,6 +49,19 @@ std::vector<CommandCase> projectionCommands();
 std::vector<CommandCase> pictureCommands();
 std::vector<CommandCase> settingsCommands();
 std::vector<CommandCase> dataCommands();
+
+// Bytes that go straight into the caller's buffer.
+inline Remains asItArrives(const Bytes& reply) {
+  return [reply](std::size_t arrived) { return reply.substr(0, arrived); };
+}
+
+// An integer that is stored once it is there, and is 0 before.
+inline Remains zeroUntil(const Bytes& number) {
+  return [number](std::size_t arrived) { return arrived < number.size() ? integer(0) : number; };
+}
+
+// Nothing, however much of the reply has arrived.
+inline Bytes untouched(std::size_t) { return {}; }
 
 inline std::int32_t* asInteger(std::uint8_t* output) { return reinterpret_cast<std::int32_t*>(output); }
 inline std::uint32_t* asUnsigned(std::uint8_t* output) { return reinterpret_cast<std::uint32_t*>(output); }

@@ -12,11 +12,11 @@ const Bytes fileName("a.bin", 6);  // with its terminating zero
 
 char* asText(std::uint8_t* output) { return reinterpret_cast<char*>(output); }
 
-// Loads "a.bin" and leaves at `output` what came of it: the size, and the block as far as there is one.
+// Loads "a.bin" and leaves at `output` what came of it: the size, and the block unless it is broken off, as its end is anything then.
 int loadInto(OpenSession& session, std::uint8_t* output) {
   std::uint8_t* data = nullptr;
   const int result = SLLoadData(session.handle(), &data, asInteger(output), "a.bin");
-  if (data != nullptr) std::memcpy(output + 4, data, static_cast<std::size_t>(*asInteger(output)));
+  if (data != nullptr && result != SLCONNECTION_ERROR) std::memcpy(output + 4, data, static_cast<std::size_t>(*asInteger(output)));
   SLFreeData(data);
   return result;
 }
@@ -38,7 +38,8 @@ std::vector<CommandCase> dataCommands() {
        .reply = integer(6) + line,
        .written = integer(6) + line,
        .statusWord = follows,
-       .writtenOnBreak = integer(0)},
+       .leftByBreak = zeroUntil(integer(6)),
+       .writtenOffline = integer(0)},
       {.name = "ReadIniInt",
        .call = [](OpenSession& s, std::uint8_t* output) { return SLReadIniInt(s.handle(), asInteger(output), "camera", "rows"); },
        .sent = text("82MSG_SLReadIniInt") + text("camera") + text("rows"),

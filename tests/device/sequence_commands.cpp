@@ -20,7 +20,7 @@ std::vector<CommandCase> sequenceCommands() {
        .reply = integer(0xFEDCBA98U),
        .written = integer(0xFEDCBA98U),
        .statusWord = follows,
-       .writtenOnBreak = integer(0)},
+       .leftByBreak = zeroUntil(integer(0xFEDCBA98U))},
       {.name = "SeqFree",
        .call = [](OpenSession& s, std::uint8_t*) { return SLSeqFree(s.handle(), 7); },
        .sent = text("10MSG_SLSeqFree") + integers(7),
@@ -66,7 +66,8 @@ std::vector<CommandCase> sequenceCommands() {
        .sent = text("90MSG_SLCalcGrayCode") + integers(1, 2, 255, 4),
        .reply = codes,
        .written = codes,
-       .statusWord = follows},
+       .statusWord = follows,
+       .leftByBreak = asItArrives(codes)},
   };
 }
 

@@ -20,7 +20,8 @@ std::vector<CommandCase> sessionCommands() {
        .sent = text("22MSG_SLGetPixelDepth"),
        .reply = integer(8),
        .written = integer(8),
-       .statusWord = follows},
+       .statusWord = follows,
+       .leftByBreak = untouched},
   };
 }
 
