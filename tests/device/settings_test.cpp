@@ -49,6 +49,18 @@ TEST(SettingsTest, AGainRangeCutInTheMiddleIsForgotten) {
   EXPECT_EQ(min, 42);
 }
 
+TEST(SettingsTest, AKnownGainRangeIsForgottenWithTheConnection) {
+  OpenSession session({expect(text("57MSG_SLGetGainMinMax")), reply(integers(100, 1)), expect(text("56MSG_SLGetGain")),
+                       reply(integer(5).substr(0, 3)), cut()});
+  std::int32_t min = 42;
+  std::int32_t max = 43;
+  EXPECT_EQ(SLGetGainMinMax(session.handle(), nullptr, nullptr), SLALL_OKAY);
+  EXPECT_EQ(SLGetGain(session.handle(), nullptr), SLCONNECTION_ERROR);
+  EXPECT_EQ(SLGetGainMinMax(session.handle(), &min, &max), SLSYSTEM_ERROR) << "the head would have to be asked again";
+  EXPECT_EQ(min, 42);
+  EXPECT_EQ(max, 43);
+}
+
 TEST(SettingsTest, SettingABrightnessPassesTheHeadsAnswerOn) {
   for (const int answer : {7, -1, INT_MIN}) {
     OpenSession session({expect(text("52MSG_SLSetBrightness") + integers(4)), reply(integer(answer))});
