@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 
 #include "device/camera_device.h"
 #include "device/open_session.h"
@@ -149,15 +150,44 @@ TEST_F(HandshakeTest, ClosingAfterTheHeadHasGoneReportsTheLostFarewell) {
   EXPECT_EQ(SLDevFree(handle_), SLUNKNOWN_DEVICE_ID);
 }
 
-// The real time-out of a session, in a suite of its own because it takes half a minute.
-TEST(SilentHeadTest, ACommandFailsAfterThirtySeconds) {
-  OpenSession session({expect(text("21MSG_SLGetSerial")), stall()});
+// The real time-outs of a session, each in a suite of its own because it takes half a minute.
+
+void expectFailureAfterThirtySeconds(const std::function<int()>& action) {
   const auto start = Clock::now();
-  EXPECT_EQ(session.device().GetSerial(nullptr), SLCONNECTION_ERROR);
+  EXPECT_EQ(action(), SLCONNECTION_ERROR);
   const auto took = Clock::now() - start;
   EXPECT_GE(took, std::chrono::milliseconds(29990));
   EXPECT_LT(took, std::chrono::seconds(40));
+}
+
+TEST(SilentHeadTest, ACommandFailsAfterThirtySeconds) {
+  OpenSession session({expect(text("21MSG_SLGetSerial")), stall()});
+  expectFailureAfterThirtySeconds([&] { return session.device().GetSerial(nullptr); });
   EXPECT_EQ(session.free(), SLALL_OKAY);
+}
+
+// A head falls silent while a session is opened; what the client has sent by the end.
+Bytes sentToSilentHead(const Script& script) {
+  ScriptedHead head(script + Script{stall()});
+  int handle = 77;
+  expectFailureAfterThirtySeconds([&] { return open(&handle); });
+  EXPECT_EQ(handle, -1);
+  return head.received();
+}
+
+TEST(SilenceInTheGreetingTest, FailsTheOpeningAfterThirtySeconds) {
+  EXPECT_EQ(readable(sentToSilentHead({reply(integer(1).substr(0, 3))})), readable(farewell));
+}
+
+const Script untilCameraSize{reply(integer(1)), expect(integer(3300)), expect(text("40MSG_SLGetMaxImageSize"))};
+
+TEST(SilenceAtTheCameraSizeTest, FailsTheOpeningAfterThirtySeconds) {
+  EXPECT_EQ(readable(sentToSilentHead(untilCameraSize)), readable(integer(3300) + text("40MSG_SLGetMaxImageSize")));
+}
+
+TEST(SilenceAtTheProjectorSizeTest, FailsTheOpeningAfterThirtySeconds) {
+  const Script untilProjectorSize = untilCameraSize + Script{reply(integers(8, 4, 0)), expect(text("45MSG_SLGetProjDimension"))};
+  EXPECT_EQ(readable(sentToSilentHead(untilProjectorSize)), readable(handshakeBytes()));
 }
 
 }  // namespace
