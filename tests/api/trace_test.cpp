@@ -1,6 +1,8 @@
 // Trace lines: what they look like, when they come, and what every export writes.
 #include <gtest/gtest.h>
 
+#include <cstdarg>
+#include <cstdint>
 #include <functional>
 
 #include "api/export_call.h"
@@ -8,6 +10,7 @@
 #include "device/camera_device.h"
 #include "device/open_session.h"
 #include "fringix/fringix.h"
+#include "platform/debug_output.h"
 #include "support/announcing_head.h"
 #include "support/captured_trace.h"
 
@@ -84,12 +87,17 @@ TEST_P(ExportTraceTest, WritesEntryAndExit) {
   EXPECT_EQ(traced(call), expected);
 }
 
-// A pointer as "%p" prints it here.
-std::string pointerText(const void* pointer = nullptr) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%p", pointer);
+// As the system prints it, whatever the compiler's own library does.
+std::string printed(const char* format, ...) {
+  char text[32] = {};
+  std::va_list arguments;
+  va_start(arguments, format);
+  platform::formatBounded(text, sizeof text - 1, format, arguments);
+  va_end(arguments);
   return text;
 }
+
+std::string pointerText(const void* pointer = nullptr) { return printed("%p", pointer); }
 
 const std::string null = pointerText();
 constexpr int no = 99;  // a handle that names no session
@@ -166,6 +174,14 @@ INSTANTIATE_TEST_SUITE_P(
                     "99, 5, " + null + ", 1, 2, 3, 4"}}),  // both without the image index
     [](const auto& test) { return test.param.name; });
 
+TEST(TraceTest, AWrittenValueIsShownAsAPointer) {
+  for (const auto& [value, address] : {std::pair{1234, std::uintptr_t{1234}}, std::pair{-12, std::uintptr_t{0xFFFFFFF4}}}) {
+    EXPECT_EQ(traced([value = value] { SLWriteIniInt(no, value, "s", "k"); }),
+              (Lines{line("SLWriteIniInt, Parameter: 99, " + pointerText(reinterpret_cast<void*>(address)) + ", s, k"),
+                     line("Function SLWriteIniInt finished")}));
+  }
+}
+
 TEST(TraceTest, TheVersionTracesItsNameAlone) {
   EXPECT_EQ(traced([] { QORFringixVersion(); }), (Lines{line("QORFringixVersion"), line("Function QORFringixVersion finished")}));
 }
@@ -227,6 +243,17 @@ TEST(DiscoveryTraceTest, OnlyAnEntryThatIsHandedOutIsTraced) {
             (Lines{"<QOR> SLGetDeviceKeyListEntry, Parameter: 1,", line("Function SLGetDeviceKeyListEntry finished")}));
 }
 
+TEST(DiscoveryTraceTest, AnExtendedEntryThatIsHandedOutIsTracedAlike) {
+  const AnnouncingHead head({{announcement(1)}, {announcement(2)}});
+  SLGetDeviceKeyListSize(nullptr);
+  DeviceKeyEntryEx entry{};
+  EXPECT_EQ(withoutPointers(traced([&] { SLGetDeviceKeyListEntryEx(1, &entry); })),
+            (Lines{"<QOR> SLGetDeviceKeyListEntryEx, Parameter: 1,", line("DeviceEnumerator: returning entry 1"),
+                   line("Function SLGetDeviceKeyListEntryEx finished")}));
+  EXPECT_EQ(withoutPointers(traced([&] { SLGetDeviceKeyListEntryEx(2, &entry); })),
+            (Lines{"<QOR> SLGetDeviceKeyListEntryEx, Parameter: 2,", line("Function SLGetDeviceKeyListEntryEx finished")}));
+}
+
 TEST(DiscoveryTraceTest, OpeningBySerialTracesOnlyWhatItCalls) {
   const AnnouncingHead head({{announcement(1)}, {announcement(2)}});
   int handle = 0;
@@ -254,6 +281,40 @@ TEST(SessionTraceTest, OpeningAndClosing) {
 TEST(SessionTraceTest, AFailedOpeningWritesItsExitLine) {
   int handle = 0;
   EXPECT_EQ(traced([&] { SLDevAlloc("127.0.0.9", &handle); }), Lines{line("Function SLDevAlloc finished")});
+}
+
+// The lines of an opening that fails because the head does this.
+Lines tracedFailure(const Script& script) {
+  ScriptedHead head(script);
+  int handle = 0;
+  return withoutThreadStarts(traced([&] { EXPECT_NE(SLDevAlloc("127.0.0.1", &handle), SLALL_OKAY); }));
+}
+
+TEST(SessionTraceTest, AGreetingThatFails) {
+  EXPECT_EQ(tracedFailure({cut()}), (Lines{line("Cameradevice: Init"), line("Cameradevice: Closing"), line("Cameradevice: closed"),
+                                           line("Function SLDevAlloc finished")}));
+}
+
+// Of a handshake that fails when the threads run already.
+Lines failedHandshake(const std::string& end) {
+  return {line("Cameradevice: Init"),
+          line("Cameradevice: Start Heartbeatthread"),
+          line("Cameradevice: Start GPIOthread"),
+          line("Cameradevice: Closing"),
+          line("HeartbeatThread: returning from ThreadProc"),
+          line("GPIOThread: returning from ThreadProc"),
+          line(end),
+          line("Function SLDevAlloc finished")};
+}
+
+TEST(SessionTraceTest, AHandshakeThatBreaksOff) {
+  EXPECT_EQ(tracedFailure({reply(integer(1)), expect(integer(3300)), expect(text("40MSG_SLGetMaxImageSize")), cut()}),
+            failedHandshake("Cameradevice: closed on error"));
+}
+
+TEST(SessionTraceTest, AHandshakeThatTheHeadRefuses) {
+  EXPECT_EQ(tracedFailure({reply(integer(1)), expect(integer(3300)), expect(text("40MSG_SLGetMaxImageSize")), reply(integers(8, 4, 1))}),
+            failedHandshake("Cameradevice: closed"));
 }
 
 TEST(SessionTraceTest, ASessionWithoutAChannel) {
