@@ -10,6 +10,7 @@
 #include "head/head_server.h"
 #include "manual_clock.h"
 #include "running_head.h"
+#include "support/child_process.h"
 
 namespace fringix::head {
 namespace {
@@ -89,6 +90,14 @@ TEST(AnnouncerTest, EveryHeadAnswersFromItsOwnAddress) {
   second.stop();
   onAll.start();
   EXPECT_EQ(Searcher().answers(), (Answers{"127.0.0.1: SERIAL 30 MODEL 1"}));
+}
+
+TEST(AnnouncerTest, TheHeadsOfAProgramCountUpAndTakeTurnsWithTheModels) {
+  test::ChildProcess program(FRINGIX_HEAD, {"--heads", "5", "--camera", "64x48", "--projector", "32x20"});
+  ASSERT_NE(program.waitForLine("ready:"), "");
+  EXPECT_EQ(Searcher().answers(),
+            (Answers{"127.0.0.2: SERIAL 1001 MODEL 1", "127.0.0.3: SERIAL 1002 MODEL 2", "127.0.0.4: SERIAL 1003 MODEL 0",
+                     "127.0.0.5: SERIAL 1004 MODEL 1", "127.0.0.6: SERIAL 1005 MODEL 2"}));
 }
 
 TEST(AnnouncerTest, OtherDatagramsGetNoAnswer) {
