@@ -114,11 +114,12 @@ TEST(FringixStatusTable, OldHeadHasDashes) {
 
 TEST(FringixStatusFailure, ConnectionThatBreaksOnTheWayIsAFailure) {
   ScriptedHead head({reply(integer(1)), expect(integer(3300)), expect(text("40MSG_SLGetMaxImageSize")), reply(integers(2, 1, 0)),
-                     expect(text("45MSG_SLGetProjDimension")), reply(integers(32, 20, 8)), expect(text("21MSG_SLGetSerialNumber")), cut()});
+                     expect(text("45MSG_SLGetProjDimension")), reply(integers(32, 20, 8)), expect(text("21MSG_SLGetSerial")), cut()});
   const Outcome outcome = fringixTool("status 127.0.0.1");
   EXPECT_EQ(outcome.exitCode, 1);
   EXPECT_EQ(outcome.output, "");
   EXPECT_NE(outcome.errors.find("(SLCONNECTION_ERROR, -10)"), std::string::npos) << outcome.errors;
+  EXPECT_TRUE(head.received().ends_with(text("21MSG_SLGetSerial"))) << "the break came earlier: " << readable(head.received());
 }
 
 // Tells when a head was asked for its temperature, as once in every status.
