@@ -7,6 +7,14 @@
 
 enum { no_such_handle = 4711 };
 
+static void at_trigger(void* context) { (void)context; }
+
+static void at_event(int32_t event, void* context, int64_t parameter) {
+  (void)event;
+  (void)context;
+  (void)parameter;
+}
+
 static int unless(int condition) { return condition ? 0 : 1; }
 
 int c_user_walk(void) {
@@ -40,6 +48,14 @@ int c_user_walk(void) {
   wrong += unless(SLSeqMakeFromCol8(no_such_handle, 1, 0, &pixel, 1) == SLUNKNOWN_DEVICE_ID);
   wrong += unless(SLSeqMakeFromLine24(no_such_handle, 1, 0, &pixel, 1) == SLUNKNOWN_DEVICE_ID);
   wrong += unless(SLSeqMakeFromCol24(no_such_handle, 1, 0, &pixel, 1) == SLUNKNOWN_DEVICE_ID);
+  wrong += unless(SLShowImage(no_such_handle, &pixel, 1, 1, 3) == SLUNKNOWN_DEVICE_ID);
+  wrong += unless(SLShowImageFromSeq(no_such_handle, 1, 0) == SLUNKNOWN_DEVICE_ID);
+  wrong += unless(SLStartMeasurement(no_such_handle, 1) == SLUNKNOWN_DEVICE_ID);
+  wrong += unless(SLStartFromTo(no_such_handle, 1, 0, 1) == SLUNKNOWN_DEVICE_ID);
+  wrong += unless(SLRegisterGPIOCallback(no_such_handle, at_trigger) == SLUNKNOWN_DEVICE_ID);
+  wrong += unless(SLRegisterGPIOHandle(no_such_handle, NULL, 1) == SLUNKNOWN_DEVICE_ID);
+  wrong += unless(SLRegisterEventhandler(no_such_handle, at_event, NULL) == SLUNKNOWN_DEVICE_ID);
+  wrong += unless(SLUnregisterEventhandler(no_such_handle, at_event, NULL) == SLUNKNOWN_DEVICE_ID);
   wrong += unless(SLGetNumberOfChannels(no_such_handle, &width) == SLUNKNOWN_DEVICE_ID && width == 1);
   wrong += unless(SLGetLiveImage(no_such_handle, &pixel, 1, 1) == SLUNKNOWN_DEVICE_ID && pixel == 3);
   wrong += unless(SLGetLiveImageEx(no_such_handle, 0, &pixel, 1, 1) == SLUNKNOWN_DEVICE_ID);

@@ -42,6 +42,12 @@ TEST(ExportsTest, AreExactlyTheKeptList) {
   EXPECT_EQ(library().exports, keptList());
 }
 
+TEST(ExportsTest, AreAllCalledByTheCProgram) {
+  std::ostringstream source;
+  source << std::ifstream(C_USER).rdbuf();
+  for (const std::string& name : keptList()) EXPECT_NE(source.str().find(name + "("), std::string::npos) << name;
+}
+
 bool isDll() { return lowered(LIBRARY_FILE).ends_with(".dll"); }
 
 TEST(ExportsTest, TheDllHas190Slots) { EXPECT_EQ(library().exportSlots, isDll() ? 190 : 0); }
