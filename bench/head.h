@@ -9,6 +9,7 @@ namespace fringix::bench {
 inline constexpr const char* headAddress = "127.0.0.1";
 inline constexpr std::uint16_t commandPort = 44330;
 inline constexpr std::uint16_t triggerPort = 44331;  // of the host
+inline constexpr std::uint16_t announcePort = 44332;
 inline constexpr std::int32_t protocolVersion = 3300;
 
 struct Head {

@@ -13,6 +13,7 @@
 #include "measurement.h"
 #include "private_network.h"
 #include "report.h"
+#include "searches.h"
 #include "triggers.h"
 
 namespace {
@@ -62,10 +63,11 @@ void runTable(const Table& table, const Plan& plan, const std::string& only, std
   }
 }
 
-std::vector<Finding> runAll(const Plan& plan, const std::string& only) {
+std::vector<Finding> runAll(const Plan& plan, const std::string& only, bool inPrivateNetworks) {
   std::vector<Finding> all;
   runTable(comparisons(), plan, only, all);
   runTable(triggerComparisons(), plan, only, all);
+  if (inPrivateNetworks) runTable(searchComparisons(), plan, only, all);
   return all;
 }
 
@@ -75,11 +77,13 @@ void placeBuffersAlike() { mallopt(M_MMAP_THRESHOLD, 128 * 1024); }
 
 int run(const Options& options) {
   placeBuffersAlike();
-  if (!enterPrivateNetwork()) std::puts("Note: no network of the benchmark's own here; connections differ by chance, expect scatter.");
+  const bool inPrivateNetworks = enterPrivateNetworks();
+  if (!inPrivateNetworks) std::puts("Note: no networks of the benchmark's own here, so no searches.");
+  if (!inPrivateNetworks || !fixConnections()) std::puts("Note: connections differ by chance here, expect scatter.");
   const Plan plan = settled(options);
   const MachineFacts machine = machineFacts();
   printHeading(machine, plan);
-  const std::vector<Finding> findings = runAll(plan, options.only);
+  const std::vector<Finding> findings = runAll(plan, options.only, inPrivateNetworks);
   if (!options.json.empty()) writeJson(options.json, machine, plan, findings);
   const auto missed = std::count_if(findings.begin(), findings.end(), [](const Finding& finding) { return !finding.met; });
   if (missed > 0) std::printf("\nNote: %td bounds missed.\n", missed);
