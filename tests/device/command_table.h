@@ -22,7 +22,7 @@ struct Turn {
   Bytes reply;
 };
 
-// What a connection that breaks leaves at the output after so many bytes of the reply.
+// What a connection that breaks leaves at the output after so many bytes of the replies, that of the turn before among them.
 using Remains = std::function<Bytes(std::size_t arrived)>;
 
 struct CommandCase {
@@ -55,9 +55,9 @@ inline Remains asItArrives(const Bytes& reply) {
   return [reply](std::size_t arrived) { return reply.substr(0, arrived); };
 }
 
-// An integer that is stored once it is there, and is 0 before.
-inline Remains zeroUntil(const Bytes& number) {
-  return [number](std::size_t arrived) { return arrived < number.size() ? integer(0) : number; };
+// An integer that is stored once so much has arrived, and is 0 before.
+inline Remains zeroUntil(std::size_t enough, const Bytes& number) {
+  return [enough, number](std::size_t arrived) { return arrived < enough ? integer(0) : number; };
 }
 
 // Nothing, however much of the reply has arrived.

@@ -70,13 +70,12 @@ class CommandTest : public testing::TestWithParam<CommandCase> {
     return gate() + firstTurn() + Script{expect(row().sent.substr(0, offset - before.sent.size())), reset()};
   }
 
-  // What a connection that breaks after so many bytes of all replies leaves at the output.
-  Bytes leftByBreak(std::size_t offset) const {
-    const std::size_t earlier = std::min(offset, row().before.reply.size());
-    const std::size_t arrived = offset - earlier;
-    if (row().leftByBreak) return row().leftByBreak(arrived);
-    return arrived < row().reply.size() ? Bytes{} : row().written;
+  // What a connection that breaks leaves at the output, after so many bytes of all replies or of all requests.
+  Bytes leftByCut(std::size_t offset) const {
+    if (row().leftByBreak) return row().leftByBreak(offset);
+    return offset < row().before.reply.size() + row().reply.size() ? Bytes{} : row().written;
   }
+  Bytes leftByReset(std::size_t offset) const { return leftByCut(offset < row().before.sent.size() ? 0 : row().before.reply.size()); }
 
   void expectFailed(OpenSession& session) {
     EXPECT_EQ(call(session), row().withoutConnection) << "a session that has failed stays failed";
@@ -106,7 +105,7 @@ TEST_P(CommandTest, FailsForGoodWhenTheReplyIsCutAnywhere) {
     SCOPED_TRACE(offset);
     OpenSession session(cutInReply(offset));
     EXPECT_EQ(call(session), SLCONNECTION_ERROR);
-    output_.expect(leftByBreak(offset));
+    output_.expect(leftByCut(offset));
     expectFailed(session);
   }
 }
@@ -119,7 +118,7 @@ TEST_P(CommandTest, FailsForGoodWhenTheConnectionIsResetInsideTheRequest) {
     // Without a reply to wait for, a command whose last bytes reached the system's buffer cannot know better.
     if (allReplies().empty() && result == SLALL_OKAY) continue;
     EXPECT_EQ(result, SLCONNECTION_ERROR);
-    output_.expect(leftByBreak(0));
+    output_.expect(leftByReset(offset));
     expectFailed(session);
   }
 }

@@ -38,7 +38,7 @@ std::vector<CommandCase> dataCommands() {
        .reply = integer(6) + line,
        .written = integer(6) + line,
        .statusWord = follows,
-       .leftByBreak = zeroUntil(integer(6)),
+       .leftByBreak = zeroUntil(8, integer(6)),
        .writtenOffline = integer(0)},
       {.name = "ReadIniInt",
        .call = [](OpenSession& s, std::uint8_t* output) { return SLReadIniInt(s.handle(), asInteger(output), "camera", "rows"); },

@@ -8,6 +8,7 @@ namespace {
 const Bytes frame = noise(8 * 4);
 const Bytes region = noise(3 * 2, 2);
 const Bytes reducedFrame = noise(4 * 2, 3);
+const Bytes corner = frame.substr(0, 6) + frame.substr(8, 6) + frame.substr(16, 6);
 
 }  // namespace
 
@@ -46,6 +47,17 @@ std::vector<CommandCase> pictureCommands() {
        .reply = frame,
        .written = frame,
        .leftByBreak = asItArrives(frame)},
+      {.name = "GetLiveImageOfAnotherSize",
+       .call = [](OpenSession& s, std::uint8_t* output) { return SLGetLiveImage(s.handle(), output, 6, 3); },
+       .sent = text("41MSG_SLGetLiveImage"),
+       .reply = frame,
+       .written = corner},
+      {.name = "GetLiveImageExOfAnotherSize",
+       .call = [](OpenSession& s, std::uint8_t* output) { return SLGetLiveImageEx(s.handle(), 3, output, 6, 3); },
+       .sent = text("220MSG_SLGetLiveImageEx") + integers(3),
+       .reply = frame,
+       .written = corner,
+       .minimumVersion = 2600},
       {.name = "GetLiveImageROI",
        .call = [](OpenSession& s, std::uint8_t* output) { return SLGetLiveImageROI(s.handle(), output, 5, 2, 3, 2); },
        .sent = text("42MSG_SLGetLiveImageROI") + integers(5, 2, 3, 2),

@@ -20,7 +20,7 @@ std::vector<CommandCase> sequenceCommands() {
        .reply = integer(0xFEDCBA98U),
        .written = integer(0xFEDCBA98U),
        .statusWord = follows,
-       .leftByBreak = zeroUntil(integer(0xFEDCBA98U))},
+       .leftByBreak = zeroUntil(4, integer(0xFEDCBA98U))},
       {.name = "SeqFree",
        .call = [](OpenSession& s, std::uint8_t*) { return SLSeqFree(s.handle(), 7); },
        .sent = text("10MSG_SLSeqFree") + integers(7),
