@@ -79,7 +79,8 @@ std::vector<Finding> findingsOf(const Measurement& measurement) {
 }
 
 void printHeading(const MachineFacts& machine, const Plan& plan) {
-  fmt::print("{}, {} cores, {}, load {:.2f}; up to {} rounds\n", machine.processor, machine.cores, machine.kernel, machine.load, plan.rounds);
+  fmt::print("{}, {} cores, {}, load {:.2f}; up to {} rounds\n", machine.processor, machine.cores, machine.kernel, machine.load,
+             plan.rounds);
   if (machine.load > noisyLoad) fmt::print("Note: the machine is busy, expect scatter.\n");
   if (plan.clientCore == plan.serverCore) fmt::print("Note: one core only, so client and server share it in every comparison.\n");
   fmt::print("\n");
