@@ -80,7 +80,8 @@ TEST_F(TriggerTest, ATriggerWindowWithoutAMessageGetsNone) {
 }
 
 TEST_F(TriggerTest, TheCallbackIsReplacedAndCleared) {
-  static std::atomic<int> calls{0};
+  static std::atomic<int> calls;
+  calls = 0;
   OpenSession session(tellsItsSerial());
   SLRegisterEventhandler(session.handle(), noteEvent, &journal_);
   awaitListener(journal_);
