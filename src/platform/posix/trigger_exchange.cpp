@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -144,9 +145,12 @@ bool TriggerExchange::Native::connect() noexcept {
   return true;
 }
 
+// Whoever has the name may hand out what he likes: another file than a pipe might never end.
 void TriggerExchange::Native::takePipe() noexcept {
   pipe = Envelope().receive(local.handle());
   local.close();
+  struct stat file;
+  if (pipe.valid() && (fstat(pipe.handle(), &file) != 0 || !S_ISFIFO(file.st_mode))) pipe.close();
 }
 
 // Whether it was a sender's address. When it was the end of what comes from the receiver, nothing is followed any more.

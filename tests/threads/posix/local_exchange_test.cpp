@@ -138,6 +138,11 @@ void sendClosedPipes(const Socket& connection, std::size_t copies) {
   sendCopies(connection, reading.handle(), copies);
 }
 
+void sendAnEndlessFile(const Socket& connection) {
+  const Socket zeros(open("/dev/zero", O_RDONLY | O_CLOEXEC));
+  sendCopies(connection, zeros.handle(), 1);
+}
+
 class LocalExchangeTest : public testing::TestWithParam<Unfriendly> {};
 
 TEST_P(LocalExchangeTest, AFollowerOutlivesAStrangerThatHasTheName) {
@@ -160,6 +165,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Unfriendly{"HangsUp", hangUp}, Unfriendly{"SendsGarbage", sendGarbage},
                     Unfriendly{"HandsOutAClosedPipe", [](const Socket& connection) { sendClosedPipes(connection, 1); }},
                     Unfriendly{"HandsOutTwoDescriptors", [](const Socket& connection) { sendClosedPipes(connection, 2); }},
+                    Unfriendly{"HandsOutAnEndlessFile", sendAnEndlessFile},
                     Unfriendly{"HandsOutManyDescriptors", [](const Socket& connection) { sendClosedPipes(connection, 40); }}),
     [](const auto& test) { return test.param.name; });
 
