@@ -55,7 +55,7 @@ void requireWritable(const std::string& path) {
 void writeFile(const std::string& path, const std::vector<std::uint8_t>& bytes) {
   File file = openFile("write", path, "wb");
   errno = 0;
-  const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
+  const bool written = bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
   const bool closed = std::fclose(file.release()) == 0;
   if (!written || !closed) refuse("write", path, errno);
 }
