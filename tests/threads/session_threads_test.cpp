@@ -80,7 +80,7 @@ class SessionThreadsTest : public testing::Test {
   }
 
   platform::SocketLibrary library_;
-  DrivenClock clock_;
+  DrivenClock& clock_ = lastingClock();
   std::unique_ptr<ScriptedHead> head_;
   std::shared_ptr<CameraDevice> session_;
 };
