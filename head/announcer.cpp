@@ -80,7 +80,7 @@ void Announcer::takeRequest() {
   if (size < 0 || std::string_view(buffer.data(), static_cast<std::size_t>(size)) != request) return;
   if (answers_.size() >= mostWaiting || !shareANetwork(address_, client.address)) return;
   const AnnounceFault fault = model_.settings().announceFault;
-  const Time due = SteadyClock::now() + (fault == AnnounceFault::late ? lateness : lateness.zero());
+  const Time due = SteadyClock::now() + (fault == AnnounceFault::late ? lateness : std::chrono::milliseconds::zero());
   answers_.insert(answers_.end(), fault == AnnounceFault::doubled ? 2 : 1, {due, client});
 }
 

@@ -23,7 +23,7 @@ std::string help(std::size_t heads) {
 
 std::string_view trimmed(std::string_view text) {
   const std::size_t first = text.find_first_not_of(" \t");
-  return first == text.npos ? std::string_view() : text.substr(first, text.find_last_not_of(" \t") + 1 - first);
+  return first == std::string_view::npos ? std::string_view() : text.substr(first, text.find_last_not_of(" \t") + 1 - first);
 }
 
 // 0 for what is no number.

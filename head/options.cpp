@@ -165,7 +165,7 @@ Options parseOptions(CLI::App& app, int argc, char** argv) {
   addSerialPort(app, options.first);
   addPatternFolder(app, options);
   app.add_flag("--verbose", options.verbose, "Print every connection and every command, with time and client");
-  app.footer("While it runs: \"trigger\" on standard input raises a GPIO trigger of each head, \"trigger 2\" of the second one.");
+  app.footer(R"(While it runs: "trigger" on standard input raises a GPIO trigger of each head, "trigger 2" of the second one.)");
   app.parse(argc, argv);
   return options;
 }

@@ -10,7 +10,9 @@ namespace {
 int32_t selectDevice(void* parent, DeviceKeyEntry& result) {
   DeviceSelector selector({SLGetDeviceKeyListSize, SLGetDeviceKeyListEntry}, result);
   const std::optional<std::int32_t> code = platform::runDeviceDialog(parent, selector);
-  return code == DeviceSelector::chosen || code == DeviceSelector::cancelled ? SLALL_OKAY : SLSYSTEM_ERROR;
+  const bool chosen = code == DeviceSelector::chosen;
+  const bool cancelled = code == DeviceSelector::cancelled;
+  return chosen || cancelled ? SLALL_OKAY : SLSYSTEM_ERROR;
 }
 
 }  // namespace

@@ -105,7 +105,7 @@ class ICameraDevice {
   virtual int ExecOutput(std::int32_t output) = 0;
   virtual int GetGPIOStatus(std::int32_t line, std::int32_t* state) = 0;
   virtual int SetGPIOValue(std::int32_t line, std::int32_t value) = 0;
-  virtual int ExecRS232(const char* command, char* reply, std::int32_t replySize) = 0;
+  virtual int ExecRS232(const char* request, char* reply, std::int32_t replySize) = 0;
   virtual int GetUptime(std::int32_t* uptime) = 0;
   virtual int GetProjectorTemperature(std::int32_t* temperature) = 0;
   virtual int GetProjectorStatus(std::int32_t* status) = 0;
@@ -113,7 +113,7 @@ class ICameraDevice {
   virtual int GetCurrentExposure(std::int32_t* exposure) = 0;
   virtual int SetMask(const std::uint8_t* mask, std::int32_t selector, std::int32_t width, std::int32_t height) = 0;
   virtual int ClearMask() = 0;
-  virtual int ExecProjCmd(std::uint8_t command, std::uint8_t argument, std::uint8_t* result1, std::uint8_t* result2,
+  virtual int ExecProjCmd(std::uint8_t request, std::uint8_t argument, std::uint8_t* result1, std::uint8_t* result2,
                           std::uint8_t* result3) = 0;
   virtual int SetLedPowerValue(std::uint8_t value) = 0;
   // Any output may be null; `address` receives a text that stays valid while the session is connected.

@@ -28,7 +28,7 @@ namespace fringix {
 class CameraDevice : public TriggerCallbackClass, public ICameraDevice, public std::enable_shared_from_this<CameraDevice> {
  public:
   explicit CameraDevice(HeartbeatClock& clock = HeartbeatClock::ofTheSystem()) : heartbeat_(clock) {}
-  virtual ~CameraDevice();
+  ~CameraDevice() override;
 
   // A session that closes when its owner lets go of it. Its memory stays until the last abandoned worker has ended.
   static std::shared_ptr<CameraDevice> create(HeartbeatClock& clock = HeartbeatClock::ofTheSystem());
@@ -127,8 +127,8 @@ class CameraDevice : public TriggerCallbackClass, public ICameraDevice, public s
   int ExecOutput(std::int32_t output) override;
   int GetGPIOStatus(std::int32_t line, std::int32_t* state) override;
   int SetGPIOValue(std::int32_t line, std::int32_t value) override;
-  int ExecRS232(const char* command, char* reply, std::int32_t replySize) override;
-  int ExecProjCmd(std::uint8_t command, std::uint8_t argument, std::uint8_t* result1, std::uint8_t* result2,
+  int ExecRS232(const char* request, char* reply, std::int32_t replySize) override;
+  int ExecProjCmd(std::uint8_t request, std::uint8_t argument, std::uint8_t* result1, std::uint8_t* result2,
                   std::uint8_t* result3) override;
 
  private:
@@ -136,7 +136,7 @@ class CameraDevice : public TriggerCallbackClass, public ICameraDevice, public s
 
   enum class StatusWord { none, follows };
 
-  Exchange command(const char* name) { return Exchange(*this, name); }
+  Exchange command(const char* name) { return {*this, name}; }
   bool connected() const noexcept { return connected_; }
 
   int greet();

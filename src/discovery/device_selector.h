@@ -26,7 +26,7 @@ class DeviceSelector final : public platform::DeviceDialogActions {
   DeviceSelector(const KeyList& keys, DeviceKeyEntry& result) noexcept : keys_(keys), result_(result) {}
 
   void opened(platform::DeviceDialogView& view) noexcept override { fill(view); }
-  void command(platform::DeviceDialogView& view, std::int32_t control) noexcept override;
+  void command(platform::DeviceDialogView& view, std::int32_t command) noexcept override;
 
  private:
   void fill(platform::DeviceDialogView& view) noexcept;

@@ -186,7 +186,7 @@ void GPIOThread::DispatchTrigger(std::uint32_t address) {
   if (platform::thisWorkerIsAbandoned()) return;
   if (const TriggerCallback callback = contextCallback_) callback(callbackContext_);
   if (platform::thisWorkerIsAbandoned()) return;
-  const WindowHandle window = notifyWindow_;
+  void* const window = notifyWindow_;
   if (const std::uint32_t message = notifyMessage_; window != nullptr && message != 0) platform::Window(window).post(message, 0, 0);
   if (TriggerCallbackClass* owner = owner_) owner->OnTrigger();
 }

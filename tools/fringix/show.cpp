@@ -44,7 +44,7 @@ void defineShow(CLI::App& app, Context& context) {
   const auto options = std::make_shared<ShowOptions>();
   addAddress(app, context);
   app.add_option("IMAGE", options->image,
-                 "PNG file, no larger than the projector: gray or RGB, 8 bits per sample, not interlaced; or \"black\", or \"white\"")
+                 R"(PNG file, no larger than the projector: gray or RGB, 8 bits per sample, not interlaced; or "black", or "white")")
       ->type_name("");
   app.add_option("--sequence", options->stored, "Show an image of a sequence on the head: the sequence's number, the image's number")
       ->expected(2)
