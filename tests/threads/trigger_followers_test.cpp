@@ -18,11 +18,11 @@ class TriggerFollowersTest : public TriggerTest {};
 
 TEST_F(TriggerFollowersTest, ReachesOnlyTheSessionOfItsHead) {
   OpenSession first(tellsItsSerial());
+  SLRegisterEventhandler(first.handle(), noteEvent, &journal_);
+  awaitListener(journal_);  // the receiver: it hears each trigger once
   OpenSession second(tellsItsSerial(8), {}, "127.0.0.2");
   Journal others;
-  SLRegisterEventhandler(first.handle(), noteEvent, &journal_);
   SLRegisterEventhandler(second.handle(), noteEvent, &others);
-  awaitListener(journal_);
   awaitListener(others, otherHead);
   EXPECT_EQ(journal_.take(), Calls{});
   sendFrom(thisHost, trigger);
