@@ -5,9 +5,11 @@
 #include <atomic>
 #include <cstring>
 #include <functional>
+#include <stdexcept>
 #include <thread>
 
 #include "api/trace.h"
+#include "platform/datagram.h"
 #include "support/captured_trace.h"
 #include "support/eventually.h"
 #include "threads/held_listener.h"
@@ -99,6 +101,27 @@ TEST_F(NamedObjectsTest, ALockOfAnotherKindEndsTheListener) {
 TEST_F(NamedObjectsTest, ANotificationOfAnotherKindEndsTheListener) {
   const Object mutex{CreateMutexA(nullptr, FALSE, notificationName)};
   EXPECT_EQ(linesOfAFailure(-1), (Lines{line("GPIOThread: ThreadProc started"), line("ERROR: CreateEvent for gpio_event failed")}));
+}
+
+TEST_F(NamedObjectsTest, ACallbackThatThrowsEndsTheAnnouncement) {
+  Stranger stranger;
+  const platform::SocketLibrary library;
+  GPIOThread listener;
+  static std::atomic<int> calls;
+  calls = 0;
+  listener.setGpioCallback([](void*) {
+    ++calls;
+    throw std::runtime_error("the callback's");
+  });
+  listener.Start("127.0.0.1");
+  constexpr std::uint32_t thisHost = 0x7F000001;
+  EXPECT_TRUE(eventually([&] {
+    platform::sendDatagram(thisHost, {thisHost, 44331}, "02UDP_GPIO", 10);
+    return eventually([&] { return calls > 0; }, std::chrono::milliseconds(100));
+  }));
+  EXPECT_EQ(WaitForSingleObject(stranger.lock, 20000), WAIT_OBJECT_0) << "the listener has ended";
+  EXPECT_EQ(WaitForSingleObject(stranger.notification, 0), static_cast<DWORD>(WAIT_TIMEOUT)) << "followers would go on for ever";
+  ReleaseMutex(stranger.lock);
 }
 
 TEST_F(NamedObjectsTest, AFollowerStopsBeforeItTakesAnotherTrigger) {
