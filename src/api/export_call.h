@@ -10,8 +10,8 @@
 #include <type_traits>
 
 #include "api/device_registry.h"
-#include "api/status.h"
-#include "api/trace.h"
+#include "diagnosis/status.h"
+#include "diagnosis/trace.h"
 
 namespace fringix {
 

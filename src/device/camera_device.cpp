@@ -4,7 +4,7 @@
 #include <mutex>
 #include <utility>
 
-#include "api/trace.h"
+#include "diagnosis/trace.h"
 #include "platform/clock.h"
 
 namespace fringix {

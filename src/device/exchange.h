@@ -14,7 +14,7 @@
 #include <optional>
 #include <string>
 
-#include "api/status.h"
+#include "diagnosis/status.h"
 #include "net/command_channel.h"
 #include "platform/reentrant_lock.h"
 

@@ -6,7 +6,7 @@
 #include <mutex>
 #include <string_view>
 
-#include "api/trace.h"
+#include "diagnosis/trace.h"
 #include "discovery/broadcast_addresses.h"
 #include "platform/socket.h"
 

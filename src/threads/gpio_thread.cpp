@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-#include "api/trace.h"
+#include "diagnosis/trace.h"
 #include "platform/window.h"
 
 namespace fringix {

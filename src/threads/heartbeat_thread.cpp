@@ -1,7 +1,7 @@
 #include "threads/heartbeat_thread.h"
 
-#include "api/trace.h"
 #include "device/ICameraDevice.h"
+#include "diagnosis/trace.h"
 #include "platform/clock.h"
 
 namespace fringix {

@@ -6,9 +6,9 @@
 #include <functional>
 
 #include "api/export_call.h"
-#include "api/trace.h"
 #include "device/camera_device.h"
 #include "device/open_session.h"
+#include "diagnosis/trace.h"
 #include "fringix/fringix.h"
 #include "platform/debug_output.h"
 #include "support/announcing_head.h"

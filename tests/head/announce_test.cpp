@@ -6,8 +6,8 @@
 #include <set>
 #include <string>
 
-#include "head/announcement.h"
-#include "head/head_server.h"
+#include "head/serving/announcement.h"
+#include "head/serving/head_server.h"
 #include "manual_clock.h"
 #include "running_head.h"
 #include "support/child_process.h"

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "head/configuration.h"
+#include "head/model/configuration.h"
 
 namespace fringix::head {
 namespace {

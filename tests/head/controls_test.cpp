@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "head/controls.h"
-#include "head/head_model.h"
+#include "head/model/controls.h"
+#include "head/model/head_model.h"
 #include "manual_clock.h"
 
 namespace fringix::head {

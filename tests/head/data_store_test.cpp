@@ -4,8 +4,8 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "head/data_name.h"
-#include "head/data_store.h"
+#include "head/model/data_name.h"
+#include "head/model/data_store.h"
 #include "temporary_folder.h"
 
 namespace fringix::head {

@@ -1,7 +1,7 @@
 // Whatever a client says, the head lives on.
 #include <random>
 
-#include "head/commands.h"
+#include "head/commands/commands.h"
 #include "running_head.h"
 
 namespace fringix::head {

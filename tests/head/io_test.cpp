@@ -3,8 +3,8 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "head/io_lines.h"
-#include "head/serial_device.h"
+#include "head/model/io_lines.h"
+#include "head/model/serial_device.h"
 
 namespace fringix::head {
 namespace {

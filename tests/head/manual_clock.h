@@ -4,7 +4,7 @@
 #include <atomic>
 #include <chrono>
 
-#include "head/clock.h"
+#include "head/settings/clock.h"
 
 namespace fringix::head {
 

@@ -5,9 +5,9 @@
 #include <memory>
 #include <numeric>
 
-#include "head/digits.h"
-#include "head/head_model.h"
-#include "head/patterns.h"
+#include "head/model/head_model.h"
+#include "head/optics/digits.h"
+#include "head/optics/patterns.h"
 
 namespace fringix::head {
 namespace {

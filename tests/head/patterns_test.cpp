@@ -3,9 +3,9 @@
 #include <bit>
 #include <cmath>
 
-#include "head/gray_code.h"
-#include "head/patterns.h"
-#include "head/regions.h"
+#include "head/optics/gray_code.h"
+#include "head/optics/patterns.h"
+#include "head/optics/regions.h"
 
 namespace fringix::head {
 namespace {

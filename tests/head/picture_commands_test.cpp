@@ -1,4 +1,4 @@
-#include "head/regions.h"
+#include "head/optics/regions.h"
 #include "running_head.h"
 
 namespace fringix::head {

@@ -1,7 +1,7 @@
 #include <chrono>
 #include <numeric>
 
-#include "head/patterns.h"
+#include "head/optics/patterns.h"
 #include "running_head.h"
 
 namespace fringix::head {

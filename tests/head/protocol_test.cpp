@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "head/commands.h"
+#include "head/commands/commands.h"
 
 namespace fringix::head {
 namespace {

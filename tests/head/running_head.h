@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "head/head_server.h"
+#include "head/serving/head_server.h"
 #include "raw_client.h"
 
 namespace fringix::head {

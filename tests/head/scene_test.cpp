@@ -8,9 +8,9 @@
 #include <optional>
 #include <vector>
 
-#include "head/gray_code.h"
-#include "head/head_model.h"
-#include "head/patterns.h"
+#include "head/model/head_model.h"
+#include "head/optics/gray_code.h"
+#include "head/optics/patterns.h"
 
 namespace fringix::head {
 namespace {

@@ -1,5 +1,5 @@
-#include "head/gray_code.h"
-#include "head/patterns.h"
+#include "head/optics/gray_code.h"
+#include "head/optics/patterns.h"
 #include "running_head.h"
 
 namespace fringix::head {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "head/patterns.h"
-#include "head/sequence_store.h"
+#include "head/model/sequence_store.h"
+#include "head/optics/patterns.h"
 
 namespace fringix::head {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "head/head_server.h"
+#include "head/serving/head_server.h"
 #include "raw_client.h"
 #include "running_head.h"
 

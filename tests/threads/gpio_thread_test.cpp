@@ -1,7 +1,7 @@
 // The trigger listener by itself: whose triggers it takes, and how it fails.
 #include <gtest/gtest.h>
 
-#include "api/trace.h"
+#include "diagnosis/trace.h"
 #include "platform/datagram.h"
 #include "support/captured_trace.h"
 #include "threads/held_listener.h"

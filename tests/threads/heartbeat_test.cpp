@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "api/trace.h"
 #include "device/open_session.h"
+#include "diagnosis/trace.h"
 #include "fringix/fringix.h"
 #include "support/captured_trace.h"
 

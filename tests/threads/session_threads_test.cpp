@@ -5,9 +5,9 @@
 #include <stdexcept>
 #include <thread>
 
-#include "api/trace.h"
 #include "device/camera_device.h"
 #include "device/open_session.h"
+#include "diagnosis/trace.h"
 #include "fringix/fringix.h"
 #include "platform/datagram.h"
 #include "support/captured_trace.h"

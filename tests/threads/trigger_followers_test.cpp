@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "api/trace.h"
+#include "diagnosis/trace.h"
 #include "platform/trigger_exchange.h"
 #include "support/captured_trace.h"
 #include "threads/raised_triggers.h"

@@ -1,8 +1,8 @@
 // Triggers from the datagram to everybody who is told.
 #include <atomic>
 
-#include "api/trace.h"
 #include "device/camera_device.h"
+#include "diagnosis/trace.h"
 #include "support/captured_trace.h"
 #include "support/test_window.h"
 #include "threads/raised_triggers.h"

@@ -1,19 +1,19 @@
-#include "contact_sheet.h"
+#include "pictures/contact_sheet.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "lettering.h"
+#include "pictures/lettering.h"
 
 namespace fringix::tool {
 namespace {
 
 std::vector<LabelledPicture> pictures(std::size_t count, std::uint32_t width, std::uint32_t height) {
-  return std::vector<LabelledPicture>(count, {"a", filledRaster(width, height, 1, 200)});
+  return std::vector<LabelledPicture>(count, {"a", png::filledRaster(width, height, 1, 200)});
 }
 
-std::size_t pixelsOf(const Raster& sheet, std::uint8_t shade) {
+std::size_t pixelsOf(const png::Raster& sheet, std::uint8_t shade) {
   std::size_t count = 0;
   for (std::size_t i = 0; i < sheet.samples.size(); i += 3) {
     if (std::count(&sheet.samples[i], &sheet.samples[i] + 3, shade) == 3) ++count;
@@ -22,7 +22,7 @@ std::size_t pixelsOf(const Raster& sheet, std::uint8_t shade) {
 }
 
 TEST(ContactSheet, ShowsEveryPictureOnce) {
-  const Raster sheet = makeContactSheet(pictures(5, 40, 30), {});
+  const png::Raster sheet = makeContactSheet(pictures(5, 40, 30), {});
   EXPECT_EQ(sheet.samplesPerPixel, 3U);
   EXPECT_EQ(sheet.samples.size(), std::size_t{sheet.width} * sheet.height * 3);
   EXPECT_EQ(pixelsOf(sheet, 200), 5U * 40 * 30);
@@ -44,7 +44,7 @@ TEST(ContactSheet, IsAboutSquareUnlessTold) {
 TEST(ContactSheet, LabelStaysBelowItsPicture) {
   std::vector<LabelledPicture> wide = pictures(2, 100, 10);
   for (LabelledPicture& picture : wide) picture.label = std::string(100, '#');
-  const Raster sheet = makeContactSheet(wide, {.columns = 2, .pictureWidth = 100});
+  const png::Raster sheet = makeContactSheet(wide, {.columns = 2, .pictureWidth = 100});
   EXPECT_EQ(pixelsOf(sheet, 200), 2U * 100 * 10) << "no label covers a picture";
   const auto cut = pixelsOf(sheet, 230);
   for (LabelledPicture& picture : wide) picture.label = std::string(8, '#');
@@ -52,7 +52,7 @@ TEST(ContactSheet, LabelStaysBelowItsPicture) {
 }
 
 TEST(Lettering, DrawsDots) {
-  Raster raster = filledRaster(6, 7, 1, 0);
+  png::Raster raster = png::filledRaster(6, 7, 1, 0);
   drawText(raster, 0, 0, 1, "T", 9);
   const std::vector<std::uint8_t> expected{
       9, 9, 9, 9, 9, 0,  //
@@ -67,8 +67,8 @@ TEST(Lettering, DrawsDots) {
 }
 
 TEST(Lettering, SmallLettersAreCapitals) {
-  Raster small = filledRaster(200, 7, 1, 0);
-  Raster capital = small;
+  png::Raster small = png::filledRaster(200, 7, 1, 0);
+  png::Raster capital = small;
   drawText(small, 0, 0, 1, "abcdefghijklmnopqrstuvwxyz", 9);
   drawText(capital, 0, 0, 1, "ABCDEFGHIJKLMNOPQRSTUVWXYZ", 9);
   EXPECT_EQ(small.samples, capital.samples);
@@ -77,7 +77,7 @@ TEST(Lettering, SmallLettersAreCapitals) {
 TEST(Lettering, NoTwoCharactersLookAlike) {
   std::vector<std::vector<std::uint8_t>> drawings;
   for (const char character : std::string("ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789 .,:-_/()+=%#?")) {
-    Raster raster = filledRaster(5, 7, 1, 0);
+    png::Raster raster = png::filledRaster(5, 7, 1, 0);
     drawText(raster, 0, 0, 1, std::string(1, character), 1);
     EXPECT_EQ(std::count(drawings.begin(), drawings.end(), raster.samples), 0) << character;
     drawings.push_back(raster.samples);
@@ -85,18 +85,18 @@ TEST(Lettering, NoTwoCharactersLookAlike) {
 }
 
 TEST(Lettering, WhatLiesOutsideIsLeftOut) {
-  Raster raster = filledRaster(8, 4, 3, 0);
+  png::Raster raster = png::filledRaster(8, 4, 3, 0);
   drawText(raster, 4, 2, 3, "####", 1);
   EXPECT_EQ(raster.samples.size(), 8U * 4 * 3);
 }
 
 TEST(Raster, ReducedPixelsAreMeans) {
-  const Raster raster{4, 2, 1, {0, 2, 100, 100, 4, 6, 100, 104}};
-  EXPECT_EQ(reduced(raster, 2, 1).samples, (std::vector<std::uint8_t>{3, 101}));
-  EXPECT_EQ(reduced({3, 1, 1, {10, 20, 40}}, 2, 1).samples, (std::vector<std::uint8_t>{10, 30})) << "shares that do not come out even";
+  const png::Raster raster{4, 2, 1, {0, 2, 100, 100, 4, 6, 100, 104}};
+  EXPECT_EQ(png::reduced(raster, 2, 1).samples, (std::vector<std::uint8_t>{3, 101}));
+  EXPECT_EQ(png::reduced({3, 1, 1, {10, 20, 40}}, 2, 1).samples, (std::vector<std::uint8_t>{10, 30})) << "shares that do not come out even";
 }
 
-TEST(Raster, GrayAsRgb) { EXPECT_EQ(toRgb({2, 1, 1, {1, 2}}).samples, (std::vector<std::uint8_t>{1, 1, 1, 2, 2, 2})); }
+TEST(Raster, GrayAsRgb) { EXPECT_EQ(png::toRgb({2, 1, 1, {1, 2}}).samples, (std::vector<std::uint8_t>{1, 1, 1, 2, 2, 2})); }
 
 }  // namespace
 }  // namespace fringix::tool

@@ -1,4 +1,4 @@
-#include "event_line.h"
+#include "console/event_line.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "head/head_server.h"
+#include "head/serving/head_server.h"
 #include "program.h"
 #include "support/child_process.h"
 #include "triggered_line.h"

@@ -1,4 +1,4 @@
-#include "explain.h"
+#include "console/explain.h"
 
 #include <gtest/gtest.h>
 

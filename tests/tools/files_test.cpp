@@ -1,4 +1,4 @@
-#include "files.h"
+#include "files/files.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@ namespace {
 
 std::string complaint(const std::string& path) {
   try {
-    requireWritable(path);
+    files::requireWritable(path);
   } catch (const std::runtime_error& error) {
     return error.what();
   }
@@ -19,17 +19,17 @@ std::string complaint(const std::string& path) {
 }
 
 TEST(NumberedPath, NumbersHaveTheDigitsOfTheLastOne) {
-  EXPECT_EQ(numberedPath("live.png", 7, 9), "live-7.png");
-  EXPECT_EQ(numberedPath("live.png", 0, 0), "live-0.png");
-  EXPECT_EQ(numberedPath("live.png", 7, 10), "live-07.png");
-  EXPECT_EQ(numberedPath("live.png", 100, 100), "live-100.png");
+  EXPECT_EQ(files::numberedPath("live.png", 7, 9), "live-7.png");
+  EXPECT_EQ(files::numberedPath("live.png", 0, 0), "live-0.png");
+  EXPECT_EQ(files::numberedPath("live.png", 7, 10), "live-07.png");
+  EXPECT_EQ(files::numberedPath("live.png", 100, 100), "live-100.png");
 }
 
 TEST(NumberedPath, OnlyTheFileNameHasAnExtension) {
-  EXPECT_EQ(numberedPath("run.1/live", 2, 3), "run.1/live-2");
-  EXPECT_EQ(numberedPath("run.1\\live", 2, 3), "run.1\\live-2");
-  EXPECT_EQ(numberedPath("run.1/live.a.png", 2, 3), "run.1/live.a-2.png");
-  EXPECT_EQ(numberedPath(".live", 2, 3), ".live-2");
+  EXPECT_EQ(files::numberedPath("run.1/live", 2, 3), "run.1/live-2");
+  EXPECT_EQ(files::numberedPath("run.1\\live", 2, 3), "run.1\\live-2");
+  EXPECT_EQ(files::numberedPath("run.1/live.a.png", 2, 3), "run.1/live.a-2.png");
+  EXPECT_EQ(files::numberedPath(".live", 2, 3), ".live-2");
 }
 
 TEST(RequireWritable, LeavesNoFileBehind) {
@@ -40,7 +40,7 @@ TEST(RequireWritable, LeavesNoFileBehind) {
 
 TEST(RequireWritable, LeavesAnExistingFileAsItIs) {
   const test::ScratchFolder scratch;
-  writeFile((scratch / "old.png").string(), {'o', 'l', 'd'});
+  files::writeFile((scratch / "old.png").string(), {'o', 'l', 'd'});
   EXPECT_EQ(complaint((scratch / "old.png").string()), "writable");
   EXPECT_EQ(test::readBytes(scratch / "old.png"), "old");
 }
@@ -63,8 +63,8 @@ TEST(ReadFile, GivesEveryByteOfALargeFile) {
   for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{1} << 20, (std::size_t{2} << 20) + 1}) {
     std::vector<std::uint8_t> bytes(size);
     for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
-    writeFile(path, bytes);
-    EXPECT_TRUE(readFile(path) == bytes) << size;
+    files::writeFile(path, bytes);
+    EXPECT_TRUE(files::readFile(path) == bytes) << size;
   }
 }
 
@@ -72,7 +72,7 @@ TEST(ReadFile, NamesFileAndReason) {
   const test::ScratchFolder scratch;
   const std::string path = (scratch / "missing").string();
   try {
-    readFile(path);
+    files::readFile(path);
     FAIL() << "nothing was thrown";
   } catch (const std::runtime_error& error) {
     EXPECT_EQ(error.what(), "cannot read \"" + path + "\": No such file or directory");
@@ -82,8 +82,8 @@ TEST(ReadFile, NamesFileAndReason) {
 TEST(WriteFile, ReplacesWhatWasThere) {
   const test::ScratchFolder scratch;
   const std::string path = (scratch / "file").string();
-  writeFile(path, {'l', 'o', 'n', 'g'});
-  writeFile(path, {'\r', '\n'});
+  files::writeFile(path, {'l', 'o', 'n', 'g'});
+  files::writeFile(path, {'\r', '\n'});
   EXPECT_EQ(test::readBytes(path), "\r\n");
 }
 

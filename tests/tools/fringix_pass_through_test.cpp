@@ -1,9 +1,9 @@
 // The built program keeping files on a head, changing its configuration and passing commands and masks on.
 #include <gtest/gtest.h>
 
-#include "files.h"
-#include "head/head_server.h"
-#include "png_writer.h"
+#include "files/files.h"
+#include "head/serving/head_server.h"
+#include "png/png_writer.h"
 #include "program.h"
 #include "small_head.h"
 
@@ -34,7 +34,7 @@ class FringixPassThrough : public testing::Test {
     return outcome.errors.substr(0, outcome.errors.find('\n'));
   }
   std::string write(const std::string& name, const std::vector<std::uint8_t>& bytes) {
-    tool::writeFile((scratch_ / name).string(), bytes);
+    files::writeFile((scratch_ / name).string(), bytes);
     return inQuotes(scratch_ / name);
   }
 
@@ -55,7 +55,7 @@ TEST_F(FringixPassThrough, SavedDataComesBack) {
   EXPECT_EQ(*server_.model().data().load("calibration.bin"), bytes);
   const std::string loaded = printed("data load 127.0.0.1 calibration.bin -o " + inQuotes(scratch_ / "out"));
   EXPECT_EQ(loaded.find((scratch_ / "out").string() + ": loaded 70000 bytes in "), 0U) << loaded;
-  EXPECT_EQ(tool::readFile((scratch_ / "out").string()), bytes);
+  EXPECT_EQ(files::readFile((scratch_ / "out").string()), bytes);
 }
 
 TEST_F(FringixPassThrough, DataThatTheHeadDoesNotTakeIsToldWithItsNumber) {
@@ -119,7 +119,7 @@ TEST_F(FringixPassThrough, ProjectorCommandPrintsItsThreeResults) {
 
 TEST_F(FringixPassThrough, MaskIsSetAndCleared) {
   const auto masked = [this] { return (server_.model().projectorStatus() & head::maskIsSet) != 0; };
-  EXPECT_EQ(printed("mask 127.0.0.1 " + write("mask.png", tool::encodePngGray8(32, 20, someBytes(32 * 20)))), "");
+  EXPECT_EQ(printed("mask 127.0.0.1 " + write("mask.png", png::encodePngGray8(32, 20, someBytes(32 * 20)))), "");
   EXPECT_TRUE(masked());
   EXPECT_EQ(printed("mask 127.0.0.1 clear"), "");
   EXPECT_EQ(printed("get 127.0.0.1 projector-status"), "3\n") << "the head has taken the clearing, which it does not answer";
@@ -127,11 +127,11 @@ TEST_F(FringixPassThrough, MaskIsSetAndCleared) {
 }
 
 TEST_F(FringixPassThrough, MaskThatIsRefusedIsTold) {
-  const std::string mask = write("mask.png", tool::encodePngGray8(32, 20, someBytes(32 * 20)));
+  const std::string mask = write("mask.png", png::encodePngGray8(32, 20, someBytes(32 * 20)));
   const char* refused = "fringix: the head at 127.0.0.1 refuses the mask (SLSYSTEM_ERROR, -4)";
-  EXPECT_EQ(complaint("mask 127.0.0.1 " + write("small.png", tool::encodePngGray8(20, 32, someBytes(32 * 20)))), refused);
+  EXPECT_EQ(complaint("mask 127.0.0.1 " + write("small.png", png::encodePngGray8(20, 32, someBytes(32 * 20)))), refused);
   EXPECT_EQ(complaint("mask 127.0.0.1 --selector 9 " + mask), refused);
-  EXPECT_EQ(complaint("mask 127.0.0.1 " + write("rgb.png", tool::encodePngRgb24(32, 20, someBytes(32 * 20 * 3)))),
+  EXPECT_EQ(complaint("mask 127.0.0.1 " + write("rgb.png", png::encodePngRgb24(32, 20, someBytes(32 * 20 * 3)))),
             "fringix: \"" + (scratch_ / "rgb.png").string() + "\" has colours: save the mask as a gray picture");
 }
 

@@ -1,10 +1,10 @@
 // The built program filling a head with patterns; the head's own memory shows what arrived.
 #include <gtest/gtest.h>
 
-#include "files.h"
-#include "head/head_server.h"
-#include "head/patterns.h"
-#include "png_writer.h"
+#include "files/files.h"
+#include "head/optics/patterns.h"
+#include "head/serving/head_server.h"
+#include "png/png_writer.h"
 #include "program.h"
 #include "small_head.h"
 
@@ -31,7 +31,7 @@ class FringixPattern : public testing::Test {
   std::string target() const { return " 127.0.0.1 " + std::to_string(sequence_) + " "; }
   std::vector<head::Colour> image(std::uint32_t index) { return server_.model().sequenceImage(sequence_, index).pattern->pixels; }
   std::string writePng(const std::string& name, const std::vector<std::uint8_t>& png) {
-    tool::writeFile((scratch_ / name).string(), png);
+    files::writeFile((scratch_ / name).string(), png);
     return inQuotes(scratch_ / name);
   }
 
@@ -59,8 +59,8 @@ TEST_F(FringixPattern, UnknownSequenceIsTold) {
 TEST_F(FringixPattern, UploadsGrayAndRgb) {
   const auto gray = ramp(32 * 20);
   const auto rgb = ramp(32 * 20 * 3);
-  const Outcome outcome = pattern("upload" + target() + writePng("gray.png", tool::encodePngGray8(32, 20, gray)) + " " +
-                                  writePng("rgb.png", tool::encodePngRgb24(32, 20, rgb)) + " --first 3");
+  const Outcome outcome = pattern("upload" + target() + writePng("gray.png", png::encodePngGray8(32, 20, gray)) + " " +
+                                  writePng("rgb.png", png::encodePngRgb24(32, 20, rgb)) + " --first 3");
   EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
   EXPECT_EQ(outcome.errors, "") << "no bar in a pipe";
   std::vector<head::Colour> expected;
@@ -72,8 +72,8 @@ TEST_F(FringixPattern, UploadsGrayAndRgb) {
 }
 
 TEST_F(FringixPattern, UploadOfAnotherSizeIsToldAndNothingIsSent) {
-  const std::string right = writePng("right.png", tool::encodePngGray8(32, 20, ramp(32 * 20)));
-  const std::string wrong = writePng("wrong.png", tool::encodePngGray8(20, 32, ramp(32 * 20)));
+  const std::string right = writePng("right.png", png::encodePngGray8(32, 20, ramp(32 * 20)));
+  const std::string wrong = writePng("wrong.png", png::encodePngGray8(20, 32, ramp(32 * 20)));
   const Outcome outcome = pattern("upload" + target() + right + " " + wrong);
   EXPECT_EQ(outcome.exitCode, 1);
   EXPECT_EQ(outcome.errors, "fringix: " + wrong + " has 20 x 32 pixels, but the projector has 32 x 20\n");
@@ -102,8 +102,8 @@ TEST_F(FringixPattern, GrayCodeBitThatIsOutOfRangeIsTold) {
 }
 
 TEST_F(FringixPattern, LinesAndColumnsOf8And24Bits) {
-  const auto line = writePng("line.png", tool::encodePngGray8(32, 1, ramp(32)));
-  const auto column = writePng("column.png", tool::encodePngRgb24(1, 20, ramp(60)));
+  const auto line = writePng("line.png", png::encodePngGray8(32, 1, ramp(32)));
+  const auto column = writePng("column.png", png::encodePngRgb24(1, 20, ramp(60)));
   EXPECT_EQ(pattern("line" + target() + "0 " + line).exitCode, 0);
   EXPECT_EQ(pattern("column" + target() + "1 " + column).exitCode, 0);
   for (std::size_t i = 0; i < image(0).size(); ++i) {

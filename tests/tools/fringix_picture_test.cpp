@@ -1,7 +1,7 @@
 // The built program fetching parts of live pictures, and pictures that the head has stored.
 #include <gtest/gtest.h>
 
-#include "head/head_server.h"
+#include "head/serving/head_server.h"
 #include "png_decoder.h"
 #include "program.h"
 #include "small_head.h"

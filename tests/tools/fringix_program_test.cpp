@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "head/head_server.h"
+#include "head/serving/head_server.h"
 #include "png_decoder.h"
 #include "program.h"
 #include "small_head.h"

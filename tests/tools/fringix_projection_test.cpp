@@ -4,10 +4,10 @@
 #include <numeric>
 #include <regex>
 
-#include "files.h"
-#include "head/head_server.h"
-#include "head/patterns.h"
-#include "png_writer.h"
+#include "files/files.h"
+#include "head/optics/patterns.h"
+#include "head/serving/head_server.h"
+#include "png/png_writer.h"
 #include "program.h"
 #include "small_head.h"
 
@@ -46,8 +46,8 @@ class FringixProjection : public testing::Test {
   }
 
   std::string writePng(std::uint32_t width, std::uint32_t height, std::uint8_t shade) {
-    tool::writeFile((scratch_ / "image.png").string(),
-                    tool::encodePngGray8(width, height, std::vector<std::uint8_t>(std::size_t{width} * height, shade)));
+    files::writeFile((scratch_ / "image.png").string(),
+                     png::encodePngGray8(width, height, std::vector<std::uint8_t>(std::size_t{width} * height, shade)));
     return inQuotes(scratch_ / "image.png");
   }
 

@@ -8,7 +8,7 @@
 #include <thread>
 
 #include "application.h"
-#include "head/head_server.h"
+#include "head/serving/head_server.h"
 #include "program.h"
 #include "small_head.h"
 #include "support/child_process.h"

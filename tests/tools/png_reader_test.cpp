@@ -1,4 +1,4 @@
-#include "png_reader.h"
+#include "png/png_reader.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>
@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "files.h"
-#include "png_writer.h"
+#include "files/files.h"
+#include "png/png_writer.h"
 #include "program.h"
 
 namespace fringix::tool {
@@ -67,7 +67,7 @@ Bytes pngFile(const Header& header, const Bytes& rows) {
 
 std::string complaint(const Bytes& file) {
   try {
-    decodePng(file);
+    png::decodePng(file);
   } catch (const std::runtime_error& error) {
     return error.what();
   }
@@ -76,12 +76,12 @@ std::string complaint(const Bytes& file) {
 
 TEST(PngReader, ReadsWhatTheWriterWrites) {
   const Bytes gray{1, 2, 3, 250, 251, 252};
-  const Raster read = decodePng(encodePngGray8(3, 2, gray));
+  const png::Raster read = png::decodePng(png::encodePngGray8(3, 2, gray));
   EXPECT_EQ(read.width, 3U);
   EXPECT_EQ(read.height, 2U);
   EXPECT_EQ(read.samplesPerPixel, 1U);
   EXPECT_EQ(read.samples, gray);
-  const Raster colours = decodePng(encodePngRgb24(1, 2, gray));
+  const png::Raster colours = png::decodePng(png::encodePngRgb24(1, 2, gray));
   EXPECT_EQ(colours.samplesPerPixel, 3U);
   EXPECT_EQ(colours.samples, gray);
 }
@@ -95,7 +95,7 @@ struct FilterCase {
 class PngReaderFilter : public testing::TestWithParam<FilterCase> {};
 
 TEST_P(PngReaderFilter, OfGray) {
-  const Raster read = decodePng(pngFile({.height = 2}, {0, 10, 20, 30, GetParam().filter, 5, 6, 7}));
+  const png::Raster read = png::decodePng(pngFile({.height = 2}, {0, 10, 20, 30, GetParam().filter, 5, 6, 7}));
   Bytes expected{10, 20, 30};
   expected.insert(expected.end(), GetParam().second.begin(), GetParam().second.end());
   EXPECT_EQ(read.samples, expected);
@@ -111,15 +111,15 @@ INSTANTIATE_TEST_SUITE_P(Each, PngReaderFilter,
 
 TEST(PngReader, PaethTakesTheNearestNeighbour) {
   // Rows above: 100 50. Left of the second pixel: 100 + 0; 50 + 100 - 100 = 50 is above, exactly.
-  EXPECT_EQ(decodePng(pngFile({.width = 2, .height = 2}, {0, 100, 50, 4, 0, 1})).samples, (Bytes{100, 50, 100, 51}));
+  EXPECT_EQ(png::decodePng(pngFile({.width = 2, .height = 2}, {0, 100, 50, 4, 0, 1})).samples, (Bytes{100, 50, 100, 51}));
   // Above 10 10, left 200: 10 + 200 - 10 = 200 is left.
-  EXPECT_EQ(decodePng(pngFile({.width = 2, .height = 2}, {0, 10, 10, 4, 190, 1})).samples, (Bytes{10, 10, 200, 201}));
+  EXPECT_EQ(png::decodePng(pngFile({.width = 2, .height = 2}, {0, 10, 10, 4, 190, 1})).samples, (Bytes{10, 10, 200, 201}));
   // Above left 100, above 110, left 90: 100 is above left.
-  EXPECT_EQ(decodePng(pngFile({.width = 2, .height = 2}, {0, 100, 110, 4, 246, 1})).samples, (Bytes{100, 110, 90, 101}));
+  EXPECT_EQ(png::decodePng(pngFile({.width = 2, .height = 2}, {0, 100, 110, 4, 246, 1})).samples, (Bytes{100, 110, 90, 101}));
 }
 
 TEST(PngReader, FiltersOfRgbLookAWholePixelBack) {
-  const Raster read = decodePng(pngFile({.width = 2, .colorType = 2}, {1, 1, 2, 3, 10, 10, 10}));
+  const png::Raster read = png::decodePng(pngFile({.width = 2, .colorType = 2}, {1, 1, 2, 3, 10, 10, 10}));
   EXPECT_EQ(read.samples, (Bytes{1, 2, 3, 11, 12, 13}));
 }
 
@@ -129,7 +129,7 @@ TEST(PngReader, DataInSeveralChunksWithOthersBetween) {
   const Bytes back(packed.begin() + 4, packed.end());
   const Bytes file = joined(
       {headerChunk({}), chunk("tEXt", {'a', 0, 'b'}), chunk("IDAT", front), chunk("IDAT", back), chunk("tIME", {0}), chunk("IEND", {})});
-  EXPECT_EQ(decodePng(file).samples, (Bytes{1, 2, 3}));
+  EXPECT_EQ(png::decodePng(file).samples, (Bytes{1, 2, 3}));
 }
 
 TEST(PngReader, TellsWhatItDoesNotRead) {
@@ -174,18 +174,18 @@ TEST(PngReader, EveryWrongByteIsNoticed) {
 TEST(PngReader, NamesTheFile) {
   const test::ScratchFolder scratch;
   const std::string path = (scratch / "not.png").string();
-  writeFile(path, {'n', 'o'});
+  files::writeFile(path, {'n', 'o'});
   EXPECT_THROW(
       {
         try {
-          readPng(path);
+          png::readPng(path);
         } catch (const std::runtime_error& error) {
           EXPECT_EQ(error.what(), "\"" + path + "\" is no PNG file");
           throw;
         }
       },
       std::runtime_error);
-  EXPECT_THROW(readPng(path + ".missing"), std::runtime_error);
+  EXPECT_THROW(png::readPng(path + ".missing"), std::runtime_error);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "png_writer.h"
+#include "png/png_writer.h"
 
 #include <gtest/gtest.h>
 
@@ -24,7 +24,7 @@ std::vector<std::uint8_t> noise(std::size_t count) {
 
 TEST(PngWriter, Gray8) {
   const auto pixels = noise(61 * 17);
-  const auto png = decoded(encodePngGray8(61, 17, pixels));
+  const auto png = decoded(png::encodePngGray8(61, 17, pixels));
   EXPECT_EQ(png.width, 61U);
   EXPECT_EQ(png.height, 17U);
   EXPECT_EQ(png.bitDepth, 8U);
@@ -34,7 +34,7 @@ TEST(PngWriter, Gray8) {
 
 TEST(PngWriter, Rgb24) {
   const auto pixels = noise(5 * 9 * 3);
-  const auto png = decoded(encodePngRgb24(5, 9, pixels));
+  const auto png = decoded(png::encodePngRgb24(5, 9, pixels));
   EXPECT_EQ(png.width, 5U);
   EXPECT_EQ(png.height, 9U);
   EXPECT_EQ(png.bitDepth, 8U);
@@ -44,7 +44,7 @@ TEST(PngWriter, Rgb24) {
 
 TEST(PngWriter, Gray16HasItsMostSignificantByteFirst) {
   const std::vector<std::uint16_t> pixels{0x0102, 0x0304, 0xFFFE, 0x8000, 0x0000, 0x00FF};
-  const auto png = decoded(encodePngGray16(2, 3, pixels));
+  const auto png = decoded(png::encodePngGray16(2, 3, pixels));
   EXPECT_EQ(png.width, 2U);
   EXPECT_EQ(png.height, 3U);
   EXPECT_EQ(png.bitDepth, 16U);
@@ -53,34 +53,34 @@ TEST(PngWriter, Gray16HasItsMostSignificantByteFirst) {
 }
 
 TEST(PngWriter, SinglePixel) {
-  EXPECT_EQ(decoded(encodePngGray8(1, 1, std::vector<std::uint8_t>{200})).samples, std::vector<std::uint8_t>{200});
+  EXPECT_EQ(decoded(png::encodePngGray8(1, 1, std::vector<std::uint8_t>{200})).samples, std::vector<std::uint8_t>{200});
 }
 
 TEST(PngWriter, WholeCameraPicture) {
   const auto pixels = noise(1280 * 1024);
-  EXPECT_EQ(decoded(encodePngGray8(1280, 1024, pixels)).samples, pixels);
+  EXPECT_EQ(decoded(png::encodePngGray8(1280, 1024, pixels)).samples, pixels);
 }
 
 TEST(PngWriter, PatternsPackWell) {
   std::vector<std::uint8_t> stripes(1280 * 800);
   for (std::size_t i = 0; i < stripes.size(); ++i) stripes[i] = i % 16 < 8 ? 255 : 0;
-  const auto file = encodePngGray8(1280, 800, stripes);
+  const auto file = png::encodePngGray8(1280, 800, stripes);
   EXPECT_LT(file.size(), 10'000U);
   EXPECT_EQ(decoded(file).samples, stripes);
 }
 
 TEST(PngWriter, RefusesPixelsOfAnotherSize) {
   const auto pixels = noise(12);
-  EXPECT_THROW(encodePngGray8(3, 5, pixels), std::invalid_argument);
-  EXPECT_THROW(encodePngRgb24(3, 4, pixels), std::invalid_argument);
-  EXPECT_THROW(encodePngGray8(0, 4, {}), std::invalid_argument);
-  EXPECT_THROW(encodePngGray8(4, 0, {}), std::invalid_argument);
+  EXPECT_THROW(png::encodePngGray8(3, 5, pixels), std::invalid_argument);
+  EXPECT_THROW(png::encodePngRgb24(3, 4, pixels), std::invalid_argument);
+  EXPECT_THROW(png::encodePngGray8(0, 4, {}), std::invalid_argument);
+  EXPECT_THROW(png::encodePngGray8(4, 0, {}), std::invalid_argument);
 }
 
 TEST(PngWriter, RefusesWhatTheFormatCannotHold) {
-  EXPECT_THROW(encodePngGray8(0x80000000U, 1, {}), std::length_error);
-  EXPECT_THROW(encodePngGray8(65536, 65536, {}), std::length_error);
-  EXPECT_THROW(encodePngRgb24(0xFFFFFFFFU, 0xFFFFFFFFU, {}), std::length_error);
+  EXPECT_THROW(png::encodePngGray8(0x80000000U, 1, {}), std::length_error);
+  EXPECT_THROW(png::encodePngGray8(65536, 65536, {}), std::length_error);
+  EXPECT_THROW(png::encodePngRgb24(0xFFFFFFFFU, 0xFFFFFFFFU, {}), std::length_error);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "progress_bar.h"
+#include "console/progress_bar.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The head that most tests of this folder talk to: quick, and of sizes of its own, so that nothing can be right by chance.
 #pragma once
 
-#include "head/head_settings.h"
+#include "head/settings/head_settings.h"
 
 namespace fringix::test {
 

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <string>
 
-#include "head/head_server.h"
+#include "head/serving/head_server.h"
 #include "support/child_process.h"
 
 namespace fringix::test {

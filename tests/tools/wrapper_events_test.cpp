@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "head/head_server.h"
+#include "head/serving/head_server.h"
 #include "small_head.h"
 
 namespace fringix {

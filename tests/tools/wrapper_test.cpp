@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <type_traits>
 
-#include "head/head_server.h"
+#include "head/serving/head_server.h"
 #include "small_head.h"
 #include "support/scripted_head.h"
 

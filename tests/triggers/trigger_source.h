@@ -5,7 +5,7 @@
 #include <chrono>
 #include <thread>
 
-#include "head/head_server.h"
+#include "head/serving/head_server.h"
 
 namespace fringix::test {
 

@@ -7,10 +7,10 @@
 #include <exception>
 #include <string_view>
 
-#include "explain.h"
-#include "progress_bar.h"
-#include "subcommand.h"
-#include "terminal.h"
+#include "console/explain.h"
+#include "console/progress_bar.h"
+#include "console/terminal.h"
+#include "subcommands/subcommand.h"
 
 namespace fringix::tool {
 namespace {

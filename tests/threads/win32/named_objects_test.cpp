@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "api/trace.h"
+#include "diagnosis/trace.h"
 #include "platform/datagram.h"
 #include "support/captured_trace.h"
 #include "support/eventually.h"

@@ -5,7 +5,7 @@
 #include <fringix/fringix.hpp>
 #include <string>
 
-#include "head/head_server.h"
+#include "head/serving/head_server.h"
 #include "support/child_process.h"
 #include "support/eventually.h"
 

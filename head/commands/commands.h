@@ -1,0 +1,50 @@
+// The commands that a head understands: one row each, found by name.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "head/model/head_model.h"
+#include "head/optics/picture.h"
+#include "head/settings/status.h"
+#include "head/wire/wire.h"
+
+namespace fringix::head {
+
+// What a command works with: the head, the client's connection (the name has been read, the arguments have not), room for pictures.
+struct Call {
+  HeadModel& model;
+  Wire& wire;
+  Picture picture{};
+  Picture part{};
+
+  void reply(Status status) { wire.writeInt(static_cast<std::int32_t>(status)); }
+};
+
+struct Command {
+  std::string_view name;
+  std::int32_t since;  // the protocol version that brought it; 0 for those that every head knows
+  void (*run)(Call& call);
+};
+
+using CommandFamily = std::span<const Command>;
+
+CommandFamily configurationCommands();
+CommandFamily dataCommands();
+CommandFamily identityCommands();
+CommandFamily ioCommands();
+CommandFamily maskCommands();
+CommandFamily pictureCommands();
+CommandFamily projectionCommands();
+CommandFamily projectorCommands();
+CommandFamily sequenceCommands();
+CommandFamily settingsCommands();
+CommandFamily statusCommands();
+
+std::span<const CommandFamily> commandFamilies();  // all of them
+
+// Null when a head of this protocol version has no such command.
+const Command* findCommand(std::string_view name, std::int32_t protocolVersion);
+
+}  // namespace fringix::head

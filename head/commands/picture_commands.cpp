@@ -1,0 +1,110 @@
+// Live and stored pictures. The reply is the picture and nothing else, so a missing one is told by its first two bytes.
+#include <algorithm>
+
+#include "head/commands/commands.h"
+#include "head/optics/regions.h"
+
+namespace fringix::head {
+
+namespace {
+
+constexpr std::uint8_t missingPicture[] = {0x00, 0xFF};
+
+Region wholePicture(const Call& call) {
+  const Size camera = call.model.settings().camera;
+  return {0, 0, static_cast<std::uint32_t>(camera.width), static_cast<std::uint32_t>(camera.height)};
+}
+
+// The marker, in as many bytes as the client waits for. No client waits for more than a whole picture.
+void sendMissing(Call& call, std::uint64_t count) {
+  call.picture.resize(call.model.settings().camera);
+  auto& bytes = call.picture.pixels;
+  if (count > bytes.size()) throw ProtocolError("a picture of " + std::to_string(count) + " bytes, more than the camera has");
+  bytes.assign(static_cast<std::size_t>(count), 0);
+  std::copy_n(missingPicture, std::min(bytes.size(), std::size(missingPicture)), bytes.begin());
+  call.wire.writeBytes(bytes.data(), bytes.size());
+}
+
+bool isWhole(const Region& region, Size size) {
+  return region.width == static_cast<std::uint32_t>(size.width) && region.height == static_cast<std::uint32_t>(size.height);
+}
+
+// Sends the region of call.picture, reduced by `factor`; `present` tells whether there is a picture at all.
+void sendPart(Call& call, bool present, const Region& region, std::uint32_t factor = 1) {
+  if (factor == 0) throw ProtocolError("a picture reduced by the factor 0");
+  const std::uint64_t count = std::uint64_t{region.width / factor} * region.height / factor;
+  if (count == 0) return;
+  const bool divides = region.width % factor == 0 && region.height % factor == 0;
+  if (!present || !divides || !liesWithin(region, call.picture.size)) return sendMissing(call, count);
+  const bool asItIs = factor == 1 && isWhole(region, call.picture.size);
+  if (factor > 1) reduce(call.picture, region, factor, call.part);
+  if (factor == 1 && !asItIs) crop(call.picture, region, call.part);
+  const Picture& reply = asItIs ? call.picture : call.part;
+  call.wire.writeBytes(reply.pixels.data(), reply.pixels.size());
+}
+
+void sendLive(Call& call, std::uint32_t channel, const Region& region, std::uint32_t factor = 1) {
+  sendPart(call, call.model.takePicture(channel, call.picture), region, factor);
+}
+
+void sendStored(Call& call, PictureName name, const Region& region) { sendPart(call, call.model.loadPicture(name, call.picture), region); }
+
+constexpr Command commands[] = {
+    {"41MSG_SLGetLiveImage", 0, [](Call& call) { sendLive(call, 0, wholePicture(call)); }},
+    {"42MSG_SLGetLiveImageROI", 0,
+     [](Call& call) {
+       const auto [x, y, width, height] = call.wire.readInts<4>();
+       sendLive(call, 0, {x, y, width, height});
+     }},
+    {"43MSG_SLGetImageIndex", 0,
+     [](Call& call) {
+       const auto [index] = call.wire.readInts<1>();
+       sendStored(call, {0, index}, wholePicture(call));
+     }},
+    {"44MSG_SLGetImageIndexROI", 0,
+     [](Call& call) {
+       const auto [x, y, width, height, index] = call.wire.readInts<5>();
+       sendStored(call, {0, index}, {x, y, width, height});
+     }},
+    {"220MSG_SLGetLiveImageEx", 2600,
+     [](Call& call) {
+       const auto [channel] = call.wire.readInts<1>();
+       sendLive(call, channel, wholePicture(call));
+     }},
+    {"221MSG_SLGetLiveImageROIEx", 2600,
+     [](Call& call) {
+       const auto [x, y, width, height, channel] = call.wire.readInts<5>();
+       sendLive(call, channel, {x, y, width, height});
+     }},
+    {"222MSG_SLGetImageIndexEx", 2600,
+     [](Call& call) {
+       const auto [index, channel] = call.wire.readInts<2>();
+       sendStored(call, {channel, index}, wholePicture(call));
+     }},
+    {"223MSG_SLGetImageIndexROIEx", 2600,
+     [](Call& call) {
+       const auto [x, y, width, height, index, channel] = call.wire.readInts<6>();
+       sendStored(call, {channel, index}, {x, y, width, height});
+     }},
+    {"224MSG_SLNumberOfChannels", 2600,
+     [](Call& call) {
+       call.wire.writeInt(channelCount);
+       call.reply(Status::ok);
+     }},
+    {"225MSG_SLGetLiveImageLowRes", 2600,
+     [](Call& call) {
+       const auto [factor, channel] = call.wire.readInts<2>();
+       sendLive(call, channel, wholePicture(call), factor);
+     }},
+    {"226MSG_SLGetLiveImageROILowRes", 2600,
+     [](Call& call) {
+       const auto [x, y, width, height, channel, factor] = call.wire.readInts<6>();
+       sendLive(call, channel, {x, y, width, height}, factor);
+     }},
+};
+
+}  // namespace
+
+CommandFamily pictureCommands() { return commands; }
+
+}  // namespace fringix::head

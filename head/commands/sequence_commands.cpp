@@ -1,0 +1,141 @@
+// Pattern sequences: allocated, uploaded, generated. docs/simulated-head.md says what the four generation parameters mean here.
+#include <algorithm>
+
+#include "head/commands/commands.h"
+#include "head/commands/received_image.h"
+#include "head/optics/gray_code.h"
+#include "head/optics/patterns.h"
+
+namespace fringix::head {
+
+namespace {
+
+constexpr std::uint32_t largestBit = 23;
+constexpr std::uint32_t usualSquare = 32;
+constexpr std::uint32_t mostDecodedBits = 15;  // so that no number is taken for noCode
+
+enum class Kind : std::uint32_t { uniform = 0, checkerboard = 1, rampOfColumns = 2, rampOfRows = 3 };
+
+bool isAxis(std::uint32_t value) { return value <= static_cast<std::uint32_t>(Axis::rows); }
+
+void put(Call& call, std::uint32_t id, std::uint32_t image, std::optional<Pattern> pattern) {
+  call.reply(pattern ? call.model.putImage(id, image, std::move(*pattern)) : Status::badParameter);
+}
+
+void upload(Call& call) {
+  const auto [id, image, width, height, stride] = call.wire.readInts<5>();
+  const Size projector = call.model.settings().projector;
+  auto pattern = readImage(call.wire, {width, height, stride}, PixelFormat::rgb24, projector);
+  if (pattern && pattern->size != projector) pattern.reset();
+  put(call, id, image, std::move(pattern));
+}
+
+void makeFromUpload(Call& call, Axis axis, PixelFormat format) {
+  const auto [id, image, length] = call.wire.readInts<3>();
+  const Size projector = call.model.settings().projector;
+  const auto profile = readProfile(call.wire, length, format, extent(projector, axis));
+  put(call, id, image, profile ? std::optional(makeFromProfile(projector, axis, *profile)) : std::nullopt);
+}
+
+void makeGrayCodeImage(Call& call) {
+  const auto [id, image, bit, axis, inverted] = call.wire.readInts<5>();
+  if (bit > largestBit || !isAxis(axis) || inverted > 1) return call.reply(Status::badParameter);
+  put(call, id, image, makeGrayCode(call.model.settings().projector, Axis{axis}, bit, inverted == 1));
+}
+
+// All steps of one phase shift, in consecutive images.
+void makePhaseImages(Call& call) {
+  const auto [id, firstImage, steps, period, axis] = call.wire.readInts<5>();
+  if (steps < 1 || steps > SequenceStore::longestSequence || period == 1 || !isAxis(axis)) return call.reply(Status::badParameter);
+  const Size projector = call.model.settings().projector;
+  const double pixels = period > 0 ? period : static_cast<double>(extent(projector, Axis{axis}));
+  Status status = call.model.sequenceImage(id, firstImage + steps - 1).status;  // all of them, or none
+  for (std::uint32_t step = 0; step < steps && status == Status::ok; ++step) {
+    status = call.model.putImage(id, firstImage + step, makePhase(projector, Axis{axis}, pixels, step, steps));
+  }
+  call.reply(status);
+}
+
+std::optional<Pattern> makeKind(Size size, Kind kind, std::uint8_t level, std::uint32_t side) {
+  switch (kind) {
+    case Kind::uniform:
+      return makeUniform(size, level);
+    case Kind::checkerboard:
+      return makeCheckerboard(size, level, static_cast<std::int32_t>(side == 0 ? usualSquare : side));
+    case Kind::rampOfColumns:
+      return makeRamp(size, Axis::columns, level);
+    case Kind::rampOfRows:
+      return makeRamp(size, Axis::rows, level);
+  }
+  return std::nullopt;
+}
+
+void makeImage(Call& call) {
+  const auto [id, image, kind, level, side] = call.wire.readInts<5>();
+  const bool readable = level <= 255 && side <= 255;
+  const Size projector = call.model.settings().projector;
+  put(call, id, image, readable ? makeKind(projector, Kind{kind}, static_cast<std::uint8_t>(level), side) : std::nullopt);
+}
+
+// The pictures of a Gray code: for each bit, the coarsest first, one under the pattern and one under its inverse.
+std::optional<std::vector<Picture>> loadGrayCode(Call& call, std::uint32_t channel, std::uint32_t firstPicture, std::uint32_t bits) {
+  if (bits < 1 || bits > mostDecodedBits) return std::nullopt;
+  std::vector<Picture> pictures(std::size_t{2} * bits);
+  for (std::uint32_t i = 0; i < 2 * bits; ++i) {
+    if (!call.model.loadPicture({channel, firstPicture + i}, pictures[i])) return std::nullopt;
+  }
+  return pictures;
+}
+
+std::vector<std::uint16_t> decode(const std::vector<Picture>& pictures, std::uint32_t contrast) {
+  std::vector<BitPictures> bits;
+  for (std::size_t i = 0; i < pictures.size(); i += 2) bits.push_back({&pictures[i], &pictures[i + 1]});
+  return decodeGrayCode(bits, static_cast<int>(std::min(contrast, 256U)));
+}
+
+// Two bytes for each pixel come before the status, also when there is nothing to compute.
+void calculateGrayCode(Call& call) {
+  const auto [firstPicture, bits, contrast, channel] = call.wire.readInts<4>();
+  const auto pictures = loadGrayCode(call, channel, firstPicture, bits);
+  call.picture.resize(call.model.settings().camera);
+  const auto numbers = pictures ? decode(*pictures, contrast) : std::vector<std::uint16_t>(call.picture.pixels.size(), noCode);
+  std::vector<std::uint8_t> bytes;
+  bytes.reserve(2 * numbers.size());
+  for (const std::uint16_t number : numbers) {
+    bytes.push_back(static_cast<std::uint8_t>(number & 0xFFU));
+    bytes.push_back(static_cast<std::uint8_t>(number >> 8));
+  }
+  call.wire.writeBytes(bytes.data(), bytes.size());
+  call.reply(pictures ? Status::ok : Status::badParameter);
+}
+
+constexpr Command commands[] = {
+    {"10MSG_SLSeqFree", 0,
+     [](Call& call) {
+       const auto [id] = call.wire.readInts<1>();
+       call.reply(call.model.freeSequence(id));
+     }},
+    {"11MSG_SLSeqAlloc", 0,
+     [](Call& call) {
+       const auto [imageCount] = call.wire.readInts<1>();
+       std::uint32_t id = 0;
+       const Status status = call.model.allocateSequence(imageCount, id);
+       call.wire.writeInt(static_cast<std::int32_t>(id));
+       call.reply(status);
+     }},
+    {"12MSG_SLSeqPut", 0, upload},
+    {"13MSG_SLSeqMakePhase", 0, makePhaseImages},
+    {"14MSG_SLSeqMakeGraycode", 0, makeGrayCodeImage},
+    {"15MSG_SLSeqMakeImage", 0, makeImage},
+    {"16MSG_SLSeqMakeFromLine8", 0, [](Call& call) { makeFromUpload(call, Axis::columns, PixelFormat::grey8); }},
+    {"17MSG_SLSeqMakeFromCol8", 0, [](Call& call) { makeFromUpload(call, Axis::rows, PixelFormat::grey8); }},
+    {"18MSG_SLSeqMakeFromLine24", 0, [](Call& call) { makeFromUpload(call, Axis::columns, PixelFormat::rgb24); }},
+    {"19MSG_SLSeqMakeFromCol24", 0, [](Call& call) { makeFromUpload(call, Axis::rows, PixelFormat::rgb24); }},
+    {"90MSG_SLCalcGrayCode", 0, calculateGrayCode},
+};
+
+}  // namespace
+
+CommandFamily sequenceCommands() { return commands; }
+
+}  // namespace fringix::head

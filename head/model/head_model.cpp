@@ -1,0 +1,150 @@
+#include "head/model/head_model.h"
+
+#include <string>
+#include <utility>
+
+#include "head/optics/digits.h"
+
+namespace fringix::head {
+
+namespace {
+
+constexpr std::int32_t hotCamera = 60;  // degrees Celsius
+constexpr std::int32_t hotProjector = 80;
+
+}  // namespace
+
+HeadModel::HeadModel(HeadSettings settings)
+    : settings_(std::move(settings)),
+      controls_(settings_.clock),
+      configuration_(settings_),
+      data_(makeDataStore(settings_)),
+      serialDevice_(settings_.serialScript),
+      projector_(settings_.projector),
+      cameras_{Camera(settings_, 0), Camera(settings_, 1)},
+      sequences_(settings_.projector, settings_.sequenceMemory),
+      pictures_(settings_.pictureMemory) {}
+
+void HeadModel::show(std::shared_ptr<const Pattern> pattern) {
+  const std::lock_guard lock(mutex_);
+  projector_.show(std::move(pattern));
+}
+
+Status HeadModel::showFromSequence(std::uint32_t id, std::uint32_t index) {
+  const std::lock_guard lock(mutex_);
+  SequenceImage image = sequences_.image(id, index);
+  if (image.status == Status::ok) projector_.show(std::move(image.pattern));
+  return image.status;
+}
+
+void HeadModel::switchDmd(bool on) {
+  const std::lock_guard lock(mutex_);
+  projector_.switchOn(on);
+}
+
+Status HeadModel::setMask(std::vector<std::uint8_t> mask) {
+  const Size size = settings_.projector;
+  if (mask.size() != static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height)) return Status::badParameter;
+  const std::lock_guard lock(mutex_);
+  projector_.setMask(std::move(mask));
+  return Status::ok;
+}
+
+void HeadModel::clearMask() {
+  const std::lock_guard lock(mutex_);
+  projector_.setMask({});
+}
+
+std::int32_t HeadModel::projectorStatus() const {
+  const std::lock_guard lock(mutex_);
+  return (controls_.ledPower() > 0 ? ledIsOn : 0) | (projector_.isOn() ? dmdIsOn : 0) | (projector_.isMasked() ? maskIsSet : 0) |
+         (controls_.projectorTemperature() >= hotProjector ? projectorIsHot : 0);
+}
+
+std::int32_t HeadModel::selfCheck() const {
+  return (controls_.cameraTemperature() >= hotCamera ? cameraTooWarm : 0) |
+         (controls_.projectorTemperature() >= hotProjector ? projectorTooWarm : 0) | (measurementFault() != 0 ? measurementsFail : 0);
+}
+
+bool HeadModel::takePicture(std::uint32_t channel, Picture& picture) {
+  if (channel >= channelCount) return false;
+  const std::lock_guard lock(mutex_);
+  takeLocked(channel, picture);
+  return true;
+}
+
+void HeadModel::takeLocked(std::uint32_t channel, Picture& picture) {
+  const auto& light = projector_.light();
+  const Exposure exposure{projector_.lightVersion(), controls_.lampStrength(), configuration_.exposureFactor(), controls_.gainFactor()};
+  cameras_[channel].take(light, exposure, ++picturesTaken_, picture);
+  drawLabel(picture, std::to_string(settings_.serial) + " " + std::to_string(picturesTaken_));
+}
+
+bool HeadModel::storePicture(PictureName name, Picture picture) {
+  const std::lock_guard lock(mutex_);
+  return pictures_.put(name, std::move(picture));
+}
+
+bool HeadModel::loadPicture(PictureName name, Picture& picture) const {
+  const std::lock_guard lock(mutex_);
+  const Picture* found = pictures_.find(name);
+  if (found != nullptr) picture = *found;
+  return found != nullptr;
+}
+
+Status HeadModel::allocateSequence(std::uint32_t imageCount, std::uint32_t& id) {
+  const std::lock_guard lock(mutex_);
+  return sequences_.allocate(imageCount, id);
+}
+
+Status HeadModel::freeSequence(std::uint32_t id) {
+  const std::lock_guard lock(mutex_);
+  return sequences_.free(id);
+}
+
+Status HeadModel::putImage(std::uint32_t id, std::uint32_t index, Pattern pattern) {
+  SequenceImage stored;
+  {
+    const std::lock_guard lock(mutex_);
+    const Status status = sequences_.put(id, index, std::move(pattern));
+    if (status != Status::ok || !settings_.patternStored) return status;
+    stored = sequences_.image(id, index);
+  }
+  settings_.patternStored(id, index, *stored.pattern);
+  return Status::ok;
+}
+
+SequenceImage HeadModel::sequenceImage(std::uint32_t id, std::uint32_t index) const {
+  const std::lock_guard lock(mutex_);
+  return sequences_.image(id, index);
+}
+
+std::uint32_t HeadModel::imageCount(std::uint32_t id) const {
+  const std::lock_guard lock(mutex_);
+  return sequences_.imageCount(id);
+}
+
+Status HeadModel::measureImage(std::uint32_t id, std::uint32_t index) {
+  const std::lock_guard lock(mutex_);
+  SequenceImage image = sequences_.image(id, index);
+  if (image.status != Status::ok) return image.status;
+  projector_.show(std::move(image.pattern));
+  for (std::uint32_t channel = 0; channel < channelCount; ++channel) {
+    Picture picture;
+    takeLocked(channel, picture);
+    if (!pictures_.put({channel, index}, std::move(picture))) return Status::outOfMemory;
+  }
+  return Status::ok;
+}
+
+void HeadModel::setMeasurementFault(std::int32_t reply) {
+  const std::lock_guard lock(mutex_);
+  measurementFault_ = reply;
+}
+
+std::int32_t HeadModel::measurementFault() const {
+  const std::lock_guard lock(mutex_);
+  return measurementFault_;
+}
+
+}  // namespace fringix::head

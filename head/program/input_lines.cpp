@@ -1,0 +1,62 @@
+#include "head/program/input_lines.h"
+
+#include <array>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+#include "platform/standard_input.h"
+
+namespace fringix::head {
+
+namespace {
+
+constexpr std::size_t longestLine = 200;  // no line with a meaning is longer; of others the beginning will do
+
+}  // namespace
+
+// Holds the line that waits to be taken; the reading thread does not read ahead.
+struct InputLines::Slot {
+  platform::StandardInput input;
+  std::mutex mutex;
+  std::condition_variable changed;
+  std::optional<std::string> line;
+
+  void put(std::string text) {
+    std::unique_lock lock(mutex);
+    changed.wait(lock, [&] { return !line; });
+    line = std::move(text);
+    changed.notify_all();
+  }
+
+  std::optional<std::string> take(std::chrono::milliseconds limit) {
+    std::unique_lock lock(mutex);
+    changed.wait_for(lock, limit, [&] { return line.has_value(); });
+    changed.notify_all();
+    return std::exchange(line, std::nullopt);
+  }
+
+  void readToTheEnd() {
+    std::string text;
+    std::array<char, 512> buffer;
+    while (const std::size_t count = input.read(buffer.data(), buffer.size())) {
+      for (std::size_t i = 0; i < count; ++i) {
+        if (buffer[i] == '\n')
+          put(std::exchange(text, {}));
+        else if (buffer[i] != '\r' && text.size() < longestLine)
+          text.push_back(buffer[i]);
+      }
+    }
+    if (!text.empty()) put(text);
+  }
+};
+
+// Detached, because nothing ends a read that waits for a person.
+InputLines::InputLines() : slot_(std::make_shared<Slot>()) {
+  std::thread([slot = slot_] { slot->readToTheEnd(); }).detach();
+}
+
+std::optional<std::string> InputLines::next(std::chrono::milliseconds limit) { return slot_->take(limit); }
+
+}  // namespace fringix::head

@@ -1,0 +1,117 @@
+// fringix-head: simulated heads for people, demos and scripts.
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <list>
+#include <string>
+
+#include "head/program/console.h"
+#include "head/program/input_lines.h"
+#include "head/program/options.h"
+#include "head/program/pattern_files.h"
+#include "head/serving/head_server.h"
+
+namespace {
+
+using namespace fringix;
+using head::Happening;
+using head::HeadSettings;
+
+constexpr int failed = 1;
+constexpr int wrongUsage = 2;
+
+std::atomic<bool> stopRequested = false;
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may only touch what needs no lock");
+
+void requestStop(int) { stopRequested = true; }
+
+// One write and a flush: sessions print side by side, and a reader at the end of a pipe waits for the last line.
+void print(const std::string& lines) {
+  std::fputs(lines.c_str(), stdout);
+  std::fflush(stdout);
+}
+
+void printLine(const std::string& line) { print(line + "\n"); }
+
+std::string describe(Happening happening, const std::string& text) {
+  switch (happening) {
+    case Happening::found:
+      return "found by a search";
+    case Happening::connected:
+      return "connected";
+    case Happening::disconnected:
+      return "disconnected";
+    case Happening::trouble:
+      return "connection closed: " + text;
+    case Happening::command:
+      break;
+  }
+  return text;
+}
+
+head::Observer makeObserver(const HeadSettings& settings, bool verbose) {
+  return [serial = settings.serial, verbose](Happening happening, const std::string& client, const std::string& text) {
+    if (!verbose && happening != Happening::trouble) return;
+    const auto now = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
+    const auto fraction = now.time_since_epoch() % std::chrono::seconds(1);
+    const std::tm local = fmt::localtime(std::chrono::system_clock::to_time_t(now));
+    printLine(fmt::format("{:%H:%M:%S}.{:03} head {}  {}  {}", local, fraction.count(), serial, client, describe(happening, text)));
+  };
+}
+
+void startHeads(const head::Options& options, std::list<head::HeadServer>& servers) {
+  for (int i = 0; i < options.heads; ++i) {
+    HeadSettings settings = settingsOf(options, i);
+    if (!options.patternFolder.empty()) settings.patternStored = head::patternWriter(options.patternFolder, settings.serial);
+    auto& server = servers.emplace_back(settings, makeObserver(settings, options.verbose));
+    server.model().setMeasurementFault(options.measurementFault);
+    server.start();
+    printLine(fmt::format("head {} at {}: camera {}x{}, projector {}x{}, protocol {}", settings.serial, settings.address,
+                          settings.camera.width, settings.camera.height, settings.projector.width, settings.projector.height,
+                          settings.protocolVersion));
+  }
+  const std::string count = options.heads == 1 ? "1 head" : fmt::format("{} heads", options.heads);
+  printLine(fmt::format("ready: {} listening on port {}, end with Ctrl-C", count, head::commandPort));
+}
+
+// Obeys standard input and raises triggers in time, until the program is to end.
+void serve(const head::Options& options) {
+  using Clock = std::chrono::steady_clock;
+  head::InputLines input;
+  std::list<head::HeadServer> servers;
+  startHeads(options, servers);
+  const bool triggers = options.triggerInterval > Clock::duration::zero();
+  for (auto next = Clock::now() + options.triggerInterval; !stopRequested;) {
+    constexpr std::chrono::milliseconds stopInterval{50};
+    const auto untilTrigger = std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now());
+    if (const auto line = input.next(triggers ? std::min(untilTrigger, stopInterval) : stopInterval)) print(obey(*line, servers));
+    if (!triggers || Clock::now() < next) continue;
+    const std::string told = triggerAll(servers);
+    if (options.verbose) print(told);
+    next = std::max(next + options.triggerInterval, Clock::now());  // what a busy machine misses is not made up for
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("Simulated structured-light sensor heads, for work without hardware");
+  std::signal(SIGINT, requestStop);
+  std::signal(SIGTERM, requestStop);
+  try {
+    serve(head::parseOptions(app, argc, argv));
+    return 0;
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : wrongUsage;
+  } catch (const std::exception& error) {
+    fmt::print(stderr, "fringix-head: {}\n", error.what());
+    return failed;
+  }
+}

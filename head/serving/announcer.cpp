@@ -1,0 +1,95 @@
+#include "head/serving/announcer.h"
+
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <stdexcept>
+#include <string_view>
+#include <utility>
+
+#include "head/serving/announcement.h"
+#include "platform/datagram.h"
+#include "platform/ipv4_table.h"
+
+namespace fringix::head {
+
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+constexpr std::string_view request = "01UDP_SLANNOUNCE";
+constexpr std::chrono::milliseconds stopInterval{50};
+constexpr std::chrono::milliseconds lateness{1000};
+constexpr std::size_t mostWaiting = 1000;  // more requests at once are not answered
+
+// Every head of a machine listens on all addresses, and each hears every broadcast.
+platform::Socket listen() {
+  platform::Socket socket = platform::Socket::openDatagram();
+  if (!socket.setReuseAddress(true) || !socket.bind({0, announcePort}) || !socket.setNonBlocking(true)) {
+    throw std::runtime_error("cannot listen on UDP port " + std::to_string(announcePort) + ": another program holds the port for itself");
+  }
+  return socket;
+}
+
+// A broadcast reaches the heads of its own network only; a head on all addresses is in every network.
+bool shareANetwork(std::uint32_t head, std::uint32_t client) {
+  const std::vector<platform::Ipv4Row> rows = platform::ipv4Table();
+  return head == 0 || std::any_of(rows.begin(), rows.end(), [&](const platform::Ipv4Row& row) {
+           return ((head ^ row.address) & row.mask) == 0 && ((client ^ row.address) & row.mask) == 0;
+         });
+}
+
+}  // namespace
+
+Announcer::Announcer(const HeadModel& model, Observer observer)
+    : model_(model), address_(platform::parseIpv4(model.settings().address.c_str())), observer_(std::move(observer)) {}
+
+void Announcer::start() {
+  if (model_.settings().announceFault == AnnounceFault::silent) return;
+  socket_ = listen();
+  stopping_ = false;
+  thread_ = std::thread([this] { serve(); });
+}
+
+void Announcer::stop() noexcept {
+  if (!thread_.joinable()) return;
+  stopping_ = true;
+  thread_.join();
+  socket_.close();
+  answers_.clear();
+}
+
+void Announcer::serve() noexcept {
+  while (!stopping_) {
+    auto limit = stopInterval;
+    if (!answers_.empty())
+      limit = std::clamp(std::chrono::ceil<std::chrono::milliseconds>(answers_.front().due - SteadyClock::now()), {}, limit);
+    const platform::Readiness readiness = socket_.waitReadable(limit);
+    try {
+      if (readiness == platform::Readiness::ready) takeRequest();
+      sendDueAnswers();
+    } catch (const std::exception&) {  // no memory for this answer just now: the client may ask again
+    }
+  }
+}
+
+void Announcer::takeRequest() {
+  std::array<char, 64> buffer;
+  platform::Ipv4Endpoint client;
+  const std::ptrdiff_t size = socket_.receiveFrom(buffer.data(), buffer.size(), &client);
+  if (size < 0 || std::string_view(buffer.data(), static_cast<std::size_t>(size)) != request) return;
+  if (answers_.size() >= mostWaiting || !shareANetwork(address_, client.address)) return;
+  const AnnounceFault fault = model_.settings().announceFault;
+  const Time due = SteadyClock::now() + (fault == AnnounceFault::late ? lateness : std::chrono::milliseconds::zero());
+  answers_.insert(answers_.end(), fault == AnnounceFault::doubled ? 2 : 1, {due, client});
+}
+
+void Announcer::sendDueAnswers() {
+  for (; !answers_.empty() && answers_.front().due <= SteadyClock::now(); answers_.pop_front()) {
+    const platform::Ipv4Endpoint client = answers_.front().client;
+    const std::string text = announcement(model_);
+    if (platform::sendDatagram(address_, client, text.data(), text.size()) && observer_) observer_(platform::formatIpv4(client.address));
+  }
+}
+
+}  // namespace fringix::head

@@ -1,0 +1,75 @@
+#include "head/serving/head_server.h"
+
+#include <chrono>
+#include <exception>
+#include <stdexcept>
+#include <utility>
+
+#include "platform/clock.h"
+
+namespace fringix::head {
+
+namespace {
+
+constexpr int backlog = 64;
+constexpr std::chrono::milliseconds stopInterval{50};
+
+platform::Socket listenOn(const std::string& address) {
+  platform::Socket listener = platform::Socket::openStream();
+  const platform::Ipv4Endpoint local{platform::parseIpv4(address.c_str()), commandPort};
+  if (!listener.setSoleListener() || !listener.bind(local) || !listener.listen(backlog)) {
+    throw std::runtime_error("cannot listen on " + address + " port " + std::to_string(commandPort) +
+                             ": another program, perhaps another head, holds the port, or the address is none of this machine's");
+  }
+  return listener;
+}
+
+}  // namespace
+
+HeadServer::HeadServer(HeadSettings settings, Observer observer)
+    : model_(std::move(settings)),
+      triggers_(model_.settings().address),
+      observer_(std::move(observer)),
+      announcer_(model_, [this](const std::string& client) {
+        if (observer_) observer_(Happening::found, client, "");
+      }) {}
+
+void HeadServer::start() {
+  listener_ = listenOn(model_.settings().address);
+  announcer_.start();
+  stopping_ = false;
+  acceptor_ = std::thread([this] { acceptClients(); });
+}
+
+void HeadServer::stop() noexcept {
+  if (!acceptor_.joinable()) return;
+  stopping_ = true;
+  announcer_.stop();
+  listener_.shutdown();
+  acceptor_.join();
+  for (Session& session : sessions_) session.requestStop();
+  sessions_.clear();
+  listener_.close();
+}
+
+void HeadServer::acceptClients() noexcept {
+  while (!stopping_) {
+    sessions_.remove_if([](const Session& session) { return session.finished(); });
+    if (listener_.waitReadable(stopInterval) == platform::Readiness::timedOut || stopping_) continue;
+    try {
+      acceptClient();
+    } catch (const std::exception&) {
+      platform::sleepFor(stopInterval);  // no thread or no memory for this client just now
+    }
+  }
+}
+
+void HeadServer::acceptClient() {
+  platform::Ipv4Endpoint peer;
+  platform::Socket socket = listener_.accept(&peer);
+  if (!socket.valid()) return platform::sleepFor(stopInterval);  // out of descriptors, say: do not spin
+  socket.setNoDelay(true);
+  sessions_.emplace_back(std::move(socket), peer, model_, triggers_, observer_);
+}
+
+}  // namespace fringix::head

@@ -1,0 +1,56 @@
+// A head on the network: a model, the port that it listens on, a thread for each client.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <list>
+#include <thread>
+
+#include "head/model/head_model.h"
+#include "head/serving/announcer.h"
+#include "head/serving/session.h"
+#include "head/serving/trigger_output.h"
+#include "head/settings/head_settings.h"
+#include "platform/socket.h"
+
+namespace fringix::head {
+
+inline constexpr std::uint16_t commandPort = 44330;
+
+class HeadServer {
+ public:
+  // `observer` may be empty.
+  explicit HeadServer(HeadSettings settings, Observer observer = {});
+  ~HeadServer() { stop(); }
+  HeadServer(const HeadServer&) = delete;
+  HeadServer& operator=(const HeadServer&) = delete;
+
+  // Returns once clients can find the head and connect; throws std::runtime_error with a text for people when the address, or the
+  // port of searches, cannot be listened on.
+  void start();
+  // Ends all connections and returns when every thread has ended. start() may follow.
+  void stop() noexcept;
+
+  HeadModel& model() noexcept { return model_; }
+  const HeadModel& model() const noexcept { return model_; }
+
+  // Raises a GPIO trigger, from any thread; gives the number of hosts that were told.
+  std::size_t raiseTrigger() const { return triggers_.raise(); }
+
+ private:
+  void acceptClients() noexcept;
+  void acceptClient();
+
+  const platform::SocketLibrary library_;
+  HeadModel model_;
+  TriggerOutput triggers_;
+  const Observer observer_;
+  Announcer announcer_;
+  std::atomic<bool> stopping_ = false;
+  platform::Socket listener_;
+  std::list<Session> sessions_;  // touched by the accepting thread only, while it runs
+  std::thread acceptor_;
+};
+
+}  // namespace fringix::head

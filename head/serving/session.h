@@ -1,0 +1,48 @@
+// One client's connection: greets, then serves commands until the client goes, says something unknown, or the head is stopped.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <thread>
+
+#include "head/model/head_model.h"
+#include "head/serving/trigger_output.h"
+#include "head/wire/wire.h"
+#include "platform/socket.h"
+
+namespace fringix::head {
+
+enum class Happening { found, connected, command, trouble, disconnected };
+
+// Told what happens, with the client's address; called on the head's threads.
+using Observer = std::function<void(Happening happening, const std::string& client, const std::string& text)>;
+
+class Session {
+ public:
+  // Starts the session's thread; the model, the triggers and the observer outlive it.
+  Session(platform::Socket socket, platform::Ipv4Endpoint client, HeadModel& model, TriggerOutput& triggers, const Observer& observer);
+  ~Session();  // ends the connection and waits for the thread
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  void requestStop() noexcept;
+  bool finished() const noexcept { return finished_; }
+
+ private:
+  void run() noexcept;
+  void serve();
+  void tell(Happening happening, const std::string& text) const;
+
+  platform::Socket socket_;
+  const std::string client_;
+  HeadModel& model_;
+  TriggerOutput& triggers_;
+  const Link link_;
+  const Observer& observer_;
+  std::atomic<bool> stopping_ = false;
+  std::atomic<bool> finished_ = false;
+  std::thread thread_;
+};
+
+}  // namespace fringix::head

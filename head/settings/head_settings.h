@@ -1,0 +1,50 @@
+// What a simulated head is: fixed when it is made.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "head/settings/clock.h"
+#include "head/settings/serial_script.h"
+
+namespace fringix::head {
+
+struct Pattern;
+
+struct Size {
+  std::int32_t width = 0;
+  std::int32_t height = 0;
+  bool operator==(const Size&) const = default;
+};
+
+// What is wrong with a head's answers to searches.
+enum class AnnounceFault { none, silent, late, doubled, malformed, oversized };
+
+struct HeadSettings {
+  std::string address = "127.0.0.2";  // where it listens: one of this machine's IPv4 addresses, or 0.0.0.0 for all of them
+  std::int32_t serial = 1001;
+  std::int32_t modelCode = 1;  // 0 to 2 are known to clients
+  AnnounceFault announceFault = AnnounceFault::none;
+  Size camera{1280, 1024};  // of every channel
+  Size projector{1280, 800};
+  std::int32_t protocolVersion = 3300;  // commands that came with a later version are unknown to the head
+
+  double noise = 1.5;  // standard deviation of the sensor's noise in grey levels, at gain 1
+  std::uint64_t noiseSeed = 1;
+  std::chrono::milliseconds imageTime{10};              // how long a measurement takes for each image
+  std::size_t sequenceMemory = std::size_t{512} << 20;  // bytes for all sequences together
+  std::size_t pictureMemory = std::size_t{1} << 30;     // bytes for all stored pictures together
+
+  std::string storage{};                            // folder for data blocks; empty: they last as long as the head
+  std::size_t dataMemory = std::size_t{256} << 20;  // bytes for all data blocks together, at most 2^31 - 1
+  SerialScript serialScript{};                      // what the device at the serial port answers; empty: it repeats every command
+  Clock clock = std::chrono::steady_clock::now;     // for uptime and temperatures
+
+  // Told of every image that has been put into a sequence, on the thread of the client's session; may be empty.
+  std::function<void(std::uint32_t sequence, std::uint32_t image, const Pattern& pattern)> patternStored;
+};
+
+}  // namespace fringix::head

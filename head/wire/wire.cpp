@@ -1,0 +1,155 @@
+#include "head/wire/wire.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+
+#include "platform/clock.h"
+
+namespace fringix::head {
+
+namespace {
+
+constexpr std::size_t bufferSize = 4096;
+constexpr std::chrono::milliseconds stopInterval{100};  // how often a waiting session looks whether the head is being stopped
+constexpr std::size_t lengthDigits = 6;
+constexpr std::size_t firstBlockStep = std::size_t{64} << 10;
+
+std::size_t parseLength(std::string_view field) {
+  const std::string_view digits = field.substr(std::min(field.find_first_not_of(' '), field.size()));
+  std::size_t length = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), length);
+  if (error != std::errc{} || end != digits.data() + digits.size()) throw ProtocolError("a text without a readable length");
+  return length;
+}
+
+}  // namespace
+
+Wire::Wire(platform::Socket& socket, const std::atomic<bool>& stopping) : socket_(socket), stopping_(stopping) {
+  socket_.setNonBlocking(true);  // a send to a client that reads nothing must end when the head is stopped
+  unsent_.reserve(bufferSize);
+}
+
+std::int32_t Wire::readInt() {
+  std::array<std::uint8_t, 4> bytes{};
+  readBytes(bytes.data(), bytes.size());
+  std::uint32_t value = 0;
+  for (std::size_t i = bytes.size(); i > 0; --i) value = value << 8 | bytes[i - 1];
+  return static_cast<std::int32_t>(value);
+}
+
+std::string Wire::readText(std::size_t limit) {
+  std::array<std::uint8_t, lengthDigits> field{};
+  readBytes(field.data(), field.size());
+  const std::size_t length = parseLength({reinterpret_cast<const char*>(field.data()), field.size()});
+  if (length > limit) throw ProtocolError("a text of " + std::to_string(length) + " bytes where " + std::to_string(limit) + " are allowed");
+  const auto bytes = readBlock(length);
+  return {bytes.begin(), bytes.end()};
+}
+
+std::vector<std::uint8_t> Wire::readBlock(std::size_t size) {
+  std::vector<std::uint8_t> block;
+  while (block.size() < size) {
+    const std::size_t done = block.size();
+    const std::size_t next = std::min(size, std::max(firstBlockStep, 2 * done));
+    block.reserve(next);
+    block.resize(next);
+    readBytes(block.data() + done, next - done);
+  }
+  return block;
+}
+
+void Wire::readBytes(std::uint8_t* bytes, std::size_t count) {
+  std::size_t done = takeBuffered(bytes, count);
+  while (done < count) {
+    if (count - done >= bufferSize) {
+      done += receive(bytes + done, count - done);
+      continue;
+    }
+    received_.resize(bufferSize);
+    received_.resize(receive(received_.data(), bufferSize));
+    taken_ = 0;
+    done += takeBuffered(bytes + done, count - done);
+  }
+}
+
+void Wire::skip(std::uint64_t count) {
+  std::array<std::uint8_t, bufferSize> bytes{};
+  for (std::uint64_t step = 0; count > 0; count -= step) {
+    step = std::min<std::uint64_t>(count, bytes.size());
+    readBytes(bytes.data(), static_cast<std::size_t>(step));
+  }
+}
+
+void Wire::writeInt(std::int32_t value) {
+  std::array<std::uint8_t, 4> bytes{};
+  auto rest = static_cast<std::uint32_t>(value);
+  for (auto& byte : bytes) {
+    byte = static_cast<std::uint8_t>(rest & 0xFFU);
+    rest >>= 8;
+  }
+  writeBytes(bytes.data(), bytes.size());
+}
+
+void Wire::writeText(std::string_view text) {
+  const std::string length = std::to_string(text.size());
+  const std::string field = std::string(lengthDigits - length.size(), ' ') + length;
+  writeBytes(reinterpret_cast<const std::uint8_t*>(field.data()), field.size());
+  writeBytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+}
+
+void Wire::writeBytes(const std::uint8_t* bytes, std::size_t count) {
+  if (unsent_.size() + count > bufferSize) flush();
+  if (count > bufferSize) return send(bytes, count);
+  unsent_.insert(unsent_.end(), bytes, bytes + count);
+}
+
+void Wire::flush() {
+  send(unsent_.data(), unsent_.size());
+  unsent_.clear();
+}
+
+void Wire::pause(std::chrono::milliseconds duration) {
+  flush();
+  const auto end = std::chrono::steady_clock::now() + duration;
+  for (auto rest = duration; rest > std::chrono::milliseconds::zero();
+       rest = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now())) {
+    if (stopping_) throw Disconnected{};
+    platform::sleepFor(std::min(rest, stopInterval));
+  }
+}
+
+std::size_t Wire::takeBuffered(std::uint8_t* bytes, std::size_t count) {
+  const std::size_t size = std::min(count, received_.size() - taken_);
+  if (size > 0) std::memcpy(bytes, received_.data() + taken_, size);
+  taken_ += size;
+  return size;
+}
+
+std::size_t Wire::receive(std::uint8_t* bytes, std::size_t size) {
+  flush();
+  waitUntil(&platform::Socket::waitReadable);
+  const std::ptrdiff_t count = socket_.receive(bytes, size);
+  if (count <= 0) throw Disconnected{};
+  return static_cast<std::size_t>(count);
+}
+
+void Wire::send(const std::uint8_t* bytes, std::size_t count) {
+  for (std::size_t done = 0; done < count;) {
+    std::ptrdiff_t sent = socket_.send(bytes + done, count - done);
+    if (sent < 0) {  // no room just now, or the connection is gone: then the second try fails too
+      waitUntil(&platform::Socket::waitWritable);
+      sent = socket_.send(bytes + done, count - done);
+    }
+    if (sent < 0) throw Disconnected{};
+    done += static_cast<std::size_t>(sent);
+  }
+}
+
+void Wire::waitUntil(platform::Readiness (platform::Socket::*ready)(std::chrono::milliseconds) const noexcept) const {
+  auto readiness = platform::Readiness::timedOut;
+  while (readiness == platform::Readiness::timedOut && !stopping_) readiness = (socket_.*ready)(stopInterval);
+  if (stopping_) throw Disconnected{};
+}
+
+}  // namespace fringix::head

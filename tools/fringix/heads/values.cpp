@@ -1,0 +1,75 @@
+#include "heads/values.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <limits>
+
+namespace fringix::tool {
+namespace {
+
+constexpr Range anyNumber{std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()};
+constexpr Range oneByte{0, 255};
+
+template <auto getter>
+std::int64_t read(const Device& head) {
+  return (head.*getter)();
+}
+
+template <auto getter>
+Range range(const Device& head) {
+  return (head.*getter)();
+}
+
+template <auto setter>
+void write(const Device& head, std::int32_t number) {
+  (head.*setter)(number);
+}
+
+void writeDirectLedPower(const Device& head, std::int32_t number) { head.setDirectLedPower(static_cast<std::uint8_t>(number)); }
+
+// Numbers have the units that the head's documentation gives them.
+constexpr Value values[] = {
+    {"self-check", "self-check", "what the head finds when it checks itself", 0, read<&Device::checkSystem>, nullptr, nullptr, anyNumber},
+    {"uptime", "uptime", "how long the head has been on", 2800, read<&Device::uptime>, nullptr, nullptr, anyNumber},
+    {"temperature", "temperature", "temperature of the head", 2400, read<&Device::temperature>, nullptr, nullptr, anyNumber},
+    {"projector-temperature", "projector temperature", "temperature of the projector", 3000, read<&Device::projectorTemperature>, nullptr,
+     nullptr, anyNumber},
+    {"projector-status", "projector status", "state of the projector", 3000, read<&Device::projectorStatus>, nullptr, nullptr, anyNumber},
+    {"led-power", "LED power", "power of the projector's light", 0, read<&Device::ledPower>, range<&Device::ledPowerRange>,
+     write<&Device::setLedPower>, anyNumber},
+    {"direct-led-power", "direct LED power", "the same, 0 to 255, past the range of led-power", 3300, nullptr, nullptr, writeDirectLedPower,
+     oneByte},
+    {"brightness", "brightness", "level of the projector's brightness, from 1", 0, read<&Device::brightness>,
+     range<&Device::brightnessRange>, write<&Device::setBrightness>, anyNumber},
+    {"dmd", "DMD state", "state of the projector's mirrors; the simulated head takes 0, off, and 1, on", 2900, nullptr, nullptr,
+     write<&Device::setDmdState>, anyNumber},
+    {"gain", "gain", "gain of the cameras", 0, read<&Device::gain>, range<&Device::gainRange>, write<&Device::setGain>, anyNumber},
+    {"exposure", "exposure", "exposure of the cameras", 3100, read<&Device::exposure>, nullptr, nullptr, anyNumber},
+    {"channels", "camera channels", "number of the cameras", 2600, read<&Device::channelCount>, nullptr, nullptr, anyNumber},
+};
+
+bool allows(const Value& value, Access access) { return access == Access::read ? value.read != nullptr : value.write != nullptr; }
+
+}  // namespace
+
+std::span<const Value> allValues() { return values; }
+
+const Value& findValue(const std::string& name, Access access) {
+  const auto* found = std::find_if(std::begin(values), std::end(values), [&](const Value& value) { return value.name == name; });
+  if (found == std::end(values)) throw CLI::ValidationError("NAME", fmt::format("there is no value \"{}\"", name));
+  if (!allows(*found, access))
+    throw CLI::ValidationError("NAME", fmt::format("\"{}\" can only be {}", name, access == Access::read ? "set" : "read"));
+  return *found;
+}
+
+std::string listValues(Access access) {
+  std::string list;
+  for (const Value& value : values) {
+    if (allows(value, access)) list += fmt::format("  {:<23}{}\n", value.name, value.meaning);
+  }
+  return list;
+}
+
+}  // namespace fringix::tool

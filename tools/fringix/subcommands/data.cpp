@@ -1,0 +1,84 @@
+#include <fmt/format.h>
+
+#include <chrono>
+#include <memory>
+
+#include "console/explain.h"
+#include "console/progress_bar.h"
+#include "console/terminal.h"
+#include "files/files.h"
+#include "subcommands/subcommand.h"
+
+namespace fringix::tool {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct DataOptions {
+  std::string name;
+  std::string file;
+};
+
+void addName(CLI::App& app, DataOptions& options) {
+  app.add_option("NAME", options.name, "The head's name for the block")->required()->type_name("");
+}
+
+std::string describe(std::size_t size, Clock::time_point start) {
+  const std::chrono::duration<double> time = Clock::now() - start;
+  return fmt::format("{} bytes in {:.1f} ms, {:.1f} MB/s", size, time.count() * 1000, static_cast<double>(size) / time.count() / 1e6);
+}
+
+void save(const DataOptions& options, Context& context) {
+  const std::vector<std::uint8_t> bytes = files::readFile(options.file);
+  if (bytes.empty()) throw std::runtime_error(fmt::format("\"{}\" is empty, but a block has at least one byte", options.file));
+  const Device head = openHead(context);
+  const auto start = Clock::now();
+  {
+    const TransientLine line(stderr, isTerminal(stderr), fmt::format("sending {} bytes ...", bytes.size()));
+    head.saveData(options.name, bytes);
+  }
+  fmt::print("{}: saved {}\n", options.name, describe(bytes.size(), start));
+}
+
+void load(const DataOptions& options, Context& context) {
+  files::requireWritable(options.file);
+  const Device head = openHead(context);
+  const auto start = Clock::now();
+  const std::vector<std::uint8_t> bytes = [&] {
+    const TransientLine line(stderr, isTerminal(stderr), "loading ...");
+    return head.loadData(options.name);
+  }();
+  if (bytes.empty()) {
+    throw Failure({fmt::format("the head at {} has no block \"{}\", or it is empty", context.address, options.name),
+                   "Check the name. No file was written."});
+  }
+  const std::string description = describe(bytes.size(), start);
+  files::writeFile(options.file, bytes);
+  fmt::print("{}: loaded {}\n", options.file, description);
+}
+
+void defineSave(CLI::App& app, Context& context) {
+  const auto options = std::make_shared<DataOptions>();
+  addAddress(app, context);
+  addName(app, *options);
+  app.add_option("FILE", options->file, "File to send")->required()->type_name("");
+  app.callback([options, &context] { save(*options, context); });
+}
+
+void defineLoad(CLI::App& app, Context& context) {
+  const auto options = std::make_shared<DataOptions>();
+  addAddress(app, context);
+  addName(app, *options);
+  app.add_option("-o,--output", options->file, "File to write")->required()->type_name("FILE");
+  app.callback([options, &context] { load(*options, context); });
+}
+
+}  // namespace
+
+void defineData(CLI::App& app, Context& context) {
+  app.require_subcommand(1);
+  defineSave(*app.add_subcommand("save", "Send a file to the head, which keeps it under a name"), context);
+  defineLoad(*app.add_subcommand("load", "Fetch a block of bytes from the head into a file"), context);
+}
+
+}  // namespace fringix::tool

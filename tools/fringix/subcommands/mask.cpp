@@ -1,0 +1,43 @@
+#include <fmt/format.h>
+
+#include <memory>
+
+#include "png/png_reader.h"
+#include "subcommands/subcommand.h"
+
+namespace fringix::tool {
+namespace {
+
+struct MaskOptions {
+  std::string mask;
+  std::int32_t selector = 0;
+};
+
+Image readMask(const std::string& file) {
+  png::Raster raster = png::readPng(file);
+  if (raster.samplesPerPixel != 1) throw std::runtime_error(fmt::format("\"{}\" has colours: save the mask as a gray picture", file));
+  Image mask;
+  mask.width = raster.width;
+  mask.height = raster.height;
+  mask.pixels = std::move(raster.samples);
+  return mask;
+}
+
+void setMask(const MaskOptions& options, Context& context) {
+  const Image mask = readMask(options.mask);
+  openHead(context).setMask(mask, options.selector);
+}
+
+}  // namespace
+
+void defineMask(CLI::App& app, Context& context) {
+  const auto options = std::make_shared<MaskOptions>();
+  addAddress(app, context);
+  app.add_option("MASK", options->mask, "PNG file: gray, 8 bits per sample, not interlaced; \"clear\" removes the mask")
+      ->required()
+      ->type_name("");
+  app.add_option("--selector", options->selector, "Which mask, as the head counts them, 0 unless told otherwise")->type_name("N");
+  app.callback([options, &context] { options->mask == "clear" ? openHead(context).clearMask() : setMask(*options, context); });
+}
+
+}  // namespace fringix::tool

@@ -1,0 +1,162 @@
+#include <fmt/format.h>
+
+#include <memory>
+#include <vector>
+
+#include "console/progress_bar.h"
+#include "console/terminal.h"
+#include "png/png_reader.h"
+#include "subcommands/subcommand.h"
+
+namespace fringix::tool {
+namespace {
+
+struct PatternOptions {
+  std::uint32_t imageCount = 0;
+  std::uint32_t sequence = 0;
+  std::uint32_t index = 0;
+  std::vector<std::uint32_t> parameters;  // g1 to g4
+  std::vector<std::string> files;
+};
+
+CLI::Validator byteRange() { return CLI::Range(0U, 255U).description(""); }
+
+void addSequence(CLI::App& app, PatternOptions& options) {
+  app.add_option("SEQUENCE", options.sequence, "Number of the sequence, as \"fringix pattern alloc\" printed it")
+      ->required()
+      ->type_name("");
+}
+
+void allocate(const PatternOptions& options, Context& context) {
+  fmt::print("{}\n", openHead(context).allocateSequence(options.imageCount));
+}
+
+void defineAllocate(CLI::App& app, const std::shared_ptr<PatternOptions>& options, Context& context) {
+  addAddress(app, context);
+  app.add_option("COUNT", options->imageCount, "How many images the sequence holds")->required()->type_name("");
+  app.callback([options, &context] { allocate(*options, context); });
+}
+
+void defineFree(CLI::App& app, const std::shared_ptr<PatternOptions>& options, Context& context) {
+  addAddress(app, context);
+  addSequence(app, *options);
+  app.callback([options, &context] { openHead(context).freeSequence(options->sequence); });
+}
+
+void requireProjectorSize(const png::Raster& raster, const std::string& file, Size projector) {
+  if (raster.width == projector.width && raster.height == projector.height) return;
+  throw std::runtime_error(fmt::format("\"{}\" has {} x {} pixels, but the projector has {} x {}", file, raster.width, raster.height,
+                                       projector.width, projector.height));
+}
+
+void upload(const PatternOptions& options, Context& context) {
+  std::vector<png::Raster> rasters;
+  for (const std::string& file : options.files) rasters.push_back(png::readPng(file));
+  const Device device = openHead(context);
+  for (std::size_t i = 0; i < rasters.size(); ++i) requireProjectorSize(rasters[i], options.files[i], device.projectorSize());
+  ProgressBar bar(stderr, rasters.size() > 1 && isTerminal(stderr), rasters.size());
+  for (std::size_t i = 0; i < rasters.size(); ++i) {
+    png::Raster rgb = png::toRgb(std::move(rasters[i]));
+    device.putImage(options.sequence, static_cast<std::uint8_t>(options.index + i), {rgb.width, rgb.height, std::move(rgb.samples)});
+    bar.advance();
+  }
+}
+
+void defineUpload(CLI::App& app, const std::shared_ptr<PatternOptions>& options, Context& context) {
+  addAddress(app, context);
+  addSequence(app, *options);
+  app.add_option("FILE", options->files, "PNG files of the projector's size: gray or RGB, 8 bits per sample, not interlaced")
+      ->required()
+      ->type_name("");
+  app.add_option("--first", options->index, "Place of the first file in the sequence, 0 unless told otherwise; the others follow it")
+      ->type_name("N")
+      ->check(byteRange());
+  app.callback([options, &context] {
+    if (options->index + options->files.size() > 256) throw CLI::ValidationError("--first", "the last place would be above 255");
+    upload(*options, context);
+  });
+}
+
+using Generate = void (Device::*)(std::uint32_t, std::uint8_t, std::uint8_t, std::uint8_t, std::uint8_t) const;
+
+template <Generate generate>
+void defineGenerate(CLI::App& app, const std::shared_ptr<PatternOptions>& options, Context& context) {
+  addAddress(app, context);
+  addSequence(app, *options);
+  app.add_option("G", options->parameters, "Four numbers of 0 to 255; what they mean is the head's business")
+      ->required()
+      ->expected(4)
+      ->type_name("")
+      ->check(byteRange());
+  app.callback([options, &context] {
+    std::uint8_t g[4] = {};
+    std::transform(options->parameters.begin(), options->parameters.end(), g, [](std::uint32_t n) { return static_cast<std::uint8_t>(n); });
+    (openHead(context).*generate)(options->sequence, g[0], g[1], g[2], g[3]);
+  });
+}
+
+enum class Direction { line, column };
+
+void makeFromFile(Direction direction, const PatternOptions& options, Context& context) {
+  const png::Raster raster = png::readPng(options.files.front());
+  const bool line = direction == Direction::line;
+  if ((line ? raster.height : raster.width) != 1) {
+    throw std::runtime_error(fmt::format("\"{}\" has {} x {} pixels, but a {} is 1 pixel {}", options.files.front(), raster.width,
+                                         raster.height, line ? "line" : "column", line ? "high" : "wide"));
+  }
+  const auto make8 = line ? &Device::makeFromLine8 : &Device::makeFromColumn8;
+  const auto make24 = line ? &Device::makeFromLine24 : &Device::makeFromColumn24;
+  (openHead(context).*(raster.samplesPerPixel == 1 ? make8 : make24))(options.sequence, static_cast<std::uint8_t>(options.index),
+                                                                      raster.samples);
+}
+
+template <Direction direction>
+void defineFromFile(CLI::App& app, const std::shared_ptr<PatternOptions>& options, Context& context) {
+  addAddress(app, context);
+  addSequence(app, *options);
+  app.add_option("INDEX", options->index, "Place in the sequence, 0 to 255")->required()->type_name("")->check(byteRange());
+  app.add_option("FILE", options->files, "PNG file: gray gives an 8-bit pattern, RGB a 24-bit one")->required()->expected(1)->type_name("");
+  app.callback([options, &context] { makeFromFile(direction, *options, context); });
+}
+
+struct PatternCommand {
+  const char* name;
+  const char* summary;
+  const char* note;
+  void (*define)(CLI::App& app, const std::shared_ptr<PatternOptions>& options, Context& context);
+};
+
+constexpr const char* grayNote =
+    "To the simulated head G means: place in the sequence; bit, 0 is the finest;\n"
+    "0 to number the columns, 1 the rows; 0, or 1 for inverted.\n\n";
+constexpr const char* phaseNote =
+    "To the simulated head G means: place of the first image; number of steps, each fills\n"
+    "one image; period in pixels, 0 is the whole projector; 0 along the columns, 1 the rows.\n\n";
+constexpr const char* imageNote =
+    "To the simulated head G means: place in the sequence; kind (0 uniform, 1 checkerboard,\n"
+    "2 ramp from left to right, 3 ramp from top to bottom); brightest level; side of a square\n"
+    "in pixels, 0 is 32.\n\n";
+
+constexpr PatternCommand patternCommands[] = {
+    {"alloc", "Allocate a sequence and print its number", "", defineAllocate},
+    {"free", "Free a sequence", "", defineFree},
+    {"upload", "Upload PNG pictures as images of a sequence", "", defineUpload},
+    {"gray", "Let the head make a Gray code pattern", grayNote, defineGenerate<&Device::makeGrayCode>},
+    {"phase", "Let the head make phase-shift patterns", phaseNote, defineGenerate<&Device::makePhase>},
+    {"image", "Let the head make an image pattern", imageNote, defineGenerate<&Device::makeImage>},
+    {"line", "Make a pattern from one line of pixels", "", defineFromFile<Direction::line>},
+    {"column", "Make a pattern from one column of pixels", "", defineFromFile<Direction::column>},
+};
+
+}  // namespace
+
+void definePattern(CLI::App& app, Context& context) {
+  app.require_subcommand(1);
+  for (const PatternCommand& command : patternCommands) {
+    CLI::App* child = app.add_subcommand(command.name, command.summary);
+    command.define(*child, std::make_shared<PatternOptions>(), context);
+    child->footer(fmt::format("{}{}", command.note, child->get_footer()));
+  }
+}
+
+}  // namespace fringix::tool

@@ -1,0 +1,39 @@
+#include <fmt/format.h>
+
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "console/explain.h"
+#include "subcommands/subcommand.h"
+
+namespace fringix::tool {
+namespace {
+
+SelectedHead letUserPick() {
+  if (const std::optional<SelectedHead> head = selectHead()) return *head;
+  throw Failure({"no head was picked",
+                 "If no dialog appeared: it needs a display and, on Linux, libDAXFringix-dialog.so beside the library and GTK 3."});
+}
+
+void printTable(const SelectedHead& head) {
+  fmt::print("serial number     {}\n", head.serial);
+  fmt::print("head              {}\n", head.address);
+}
+
+void printJson(const SelectedHead& head) {
+  const nlohmann::ordered_json json = {{"serial", head.serial}, {"address", head.address}};
+  fmt::print("{}\n", json.dump(2));
+}
+
+}  // namespace
+
+void defineSelect(CLI::App& app, Context&) {
+  const auto json = std::make_shared<bool>(false);
+  app.add_flag("--json", *json, "Print JSON instead of a table");
+  app.callback([json] {
+    const SelectedHead head = letUserPick();
+    *json ? printJson(head) : printTable(head);
+  });
+}
+
+}  // namespace fringix::tool

@@ -1,0 +1,56 @@
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+#include "files/files.h"
+#include "pictures/contact_sheet.h"
+#include "png/png_reader.h"
+#include "png/png_writer.h"
+#include "subcommands/subcommand.h"
+
+namespace fringix::tool {
+namespace {
+
+struct SheetOptions {
+  std::string output = "sheet.png";
+  std::vector<std::string> files;
+  std::vector<std::string> labels;
+  SheetLayout layout;
+};
+
+void makeSheet(const SheetOptions& options) {
+  if (!options.labels.empty() && options.labels.size() != options.files.size()) {
+    throw CLI::ValidationError("--label", fmt::format("{} labels for {} files", options.labels.size(), options.files.size()));
+  }
+  files::requireWritable(options.output);
+  std::vector<LabelledPicture> pictures;
+  for (std::size_t i = 0; i < options.files.size(); ++i) {
+    const std::string name = std::filesystem::path(options.files[i]).stem().string();
+    pictures.push_back({options.labels.empty() ? name : options.labels[i], png::readPng(options.files[i])});
+  }
+  const png::Raster sheet = makeContactSheet(pictures, options.layout);
+  files::writeFile(options.output, png::encodePngRgb24(sheet.width, sheet.height, sheet.samples));
+  fmt::print("{}: {} pictures on {} x {} pixels\n", options.output, pictures.size(), sheet.width, sheet.height);
+}
+
+}  // namespace
+
+void defineSheet(CLI::App& app, Context&) {
+  const auto options = std::make_shared<SheetOptions>();
+  app.add_option("FILE", options->files, "PNG files: gray or RGB, 8 bits per sample, not interlaced")->required()->type_name("");
+  app.add_option("-o,--output", options->output, "PNG file to write, sheet.png unless told otherwise")->type_name("FILE");
+  app.add_option("-l,--label", options->labels, "Label of a picture, given once for each file in the same order; else the file's name")
+      ->type_name("TEXT")
+      ->allow_extra_args(false);
+  app.add_option("--columns", options->layout.columns, "Pictures side by side; as many as make a square unless told otherwise")
+      ->type_name("N")
+      ->check(CLI::Range(1U, 1000U).description(""));
+  app.add_option("--width", options->layout.pictureWidth, "Width that larger pictures are reduced to, 320 unless told otherwise")
+      ->type_name("N")
+      ->check(CLI::Range(1U, 10000U).description(""));
+  app.callback([options] { makeSheet(*options); });
+}
+
+}  // namespace fringix::tool
