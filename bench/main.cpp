@@ -1,13 +1,13 @@
 // fringix-bench: what the library costs on top of the wire.
 #include <malloc.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <string>
 #include <vector>
 
+#include "arguments/parse.h"
 #include "comparisons.h"
 #include "machine.h"
 #include "measurement.h"
@@ -28,15 +28,13 @@ struct Options {
   std::string json;
 };
 
-void declare(CLI::App& app, Options& options) {
-  app.add_option("--rounds", options.plan.rounds, "Rounds, each a batch of either client")
-      ->check(CLI::Range(1, 1000))
-      ->capture_default_str();
-  app.add_option("--only", options.only, "Only the comparisons whose name contains this text");
-  app.add_option("--json", options.json, "Also write the findings to this file")->type_name("FILE");
-  app.add_flag("--quick", options.quick, "A smoke test of a few seconds; its numbers mean little");
-  app.add_flag("--check", options.check, "Exit with 1 when a bound is missed");
-  app.add_flag("--against-itself", options.plan.againstItself,
+void declare(fringix::arguments::Command& program, Options& options) {
+  program.option("--rounds", &options.plan.rounds, "Rounds, each a batch of either client").range(1, 1000).valueName("N").showDefault();
+  program.option("--only", &options.only, "Only the comparisons whose name contains this text").valueName("TEXT");
+  program.option("--json", &options.json, "Also write the findings to this file").valueName("FILE");
+  program.flag("--quick", &options.quick, "A smoke test of a few seconds; its numbers mean little");
+  program.flag("--check", &options.check, "Exit with 1 when a bound is missed");
+  program.flag("--against-itself", &options.plan.againstItself,
                "Measure the minimal client in place of the library: the method's own scatter");
 }
 
@@ -91,13 +89,14 @@ int run(const Options& options) {
 }
 
 int parseAndRun(int argc, char** argv) {
-  CLI::App app("Compares the library with a hand-written client on loopback.");
   Options options;
-  declare(app, options);
+  fringix::arguments::Command program("fringix-bench", "Compares the library with a hand-written client on loopback.");
+  declare(program, options);
   try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : 2;
+    if (!fringix::arguments::parse(program, argc, argv)) return 0;
+  } catch (const fringix::arguments::UsageError& error) {
+    std::fprintf(stderr, "%s\nRun with --help for more information.\n", error.what());
+    return 2;
   }
   return run(options);
 }

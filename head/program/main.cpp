@@ -2,7 +2,6 @@
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -10,8 +9,10 @@
 #include <cstdio>
 #include <exception>
 #include <list>
+#include <optional>
 #include <string>
 
+#include "arguments/usage_error.h"
 #include "head/program/console.h"
 #include "head/program/input_lines.h"
 #include "head/program/options.h"
@@ -102,14 +103,14 @@ void serve(const head::Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  CLI::App app("Simulated structured-light sensor heads, for work without hardware");
   std::signal(SIGINT, requestStop);
   std::signal(SIGTERM, requestStop);
   try {
-    serve(head::parseOptions(app, argc, argv));
+    if (const std::optional<head::Options> options = head::parseOptions(argc, argv)) serve(*options);
     return 0;
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : wrongUsage;
+  } catch (const arguments::UsageError& error) {
+    fmt::print(stderr, "{}\nRun with --help for more information.\n", error.what());
+    return wrongUsage;
   } catch (const std::exception& error) {
     fmt::print(stderr, "fringix-head: {}\n", error.what());
     return failed;

@@ -1,9 +1,9 @@
 // The command line of fringix-head.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "head/settings/head_settings.h"
@@ -19,8 +19,8 @@ struct Options {
   bool verbose = false;
 };
 
-// Throws what CLI11 throws; `app` then prints it.
-Options parseOptions(CLI::App& app, int argc, char** argv);
+// Nothing when only the help was asked for, which has been printed then. Throws arguments::UsageError.
+std::optional<Options> parseOptions(int argc, const char* const* argv);
 
 // Of head number `index`, counted from 0: the first one's, with the next address, serial number and model.
 HeadSettings settingsOf(const Options& options, int index);

@@ -94,14 +94,16 @@ TEST(HeadProgramTest, TriggersComeInTime) {
 TEST(HeadProgramTest, AnIntervalNeedsAUnitAndASense) {
   for (const char* text : {"2", "2h", "0s", "0.5ms", "-1s", "25000min", "s", "nans", "2s2"}) {
     ChildProcess process(FRINGIX_HEAD, {"--trigger-every", text});
-    EXPECT_EQ(process.nextLine(), "\"" + std::string(text) + "\" is no time such as 2s, 500ms or 1min, from 1ms to 1440min") << text;
+    EXPECT_EQ(process.nextLine(),
+              "--trigger-every: \"" + std::string(text) + "\" is no time such as 2s, 500ms or 1min, from 1ms to 1440min")
+        << text;
     EXPECT_EQ(process.wait(), 2) << text;
   }
 }
 
 TEST(HeadProgramTest, AnUnknownFaultOfAnswersIsRefused) {
   ChildProcess process(FRINGIX_HEAD, {"--announce-fault", "loud"});
-  EXPECT_EQ(process.nextLine(), "\"loud\" is no fault of an answer: give silent, late, doubled, malformed or oversized");
+  EXPECT_EQ(process.nextLine(), "--announce-fault: \"loud\" is no fault of an answer: give silent, late, doubled, malformed or oversized");
   EXPECT_EQ(process.wait(), 2);
 }
 

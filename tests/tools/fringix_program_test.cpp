@@ -138,6 +138,18 @@ TEST(FringixProgramUsage, UnknownSubcommandIsNamed) {
             "  \"fringix --help\" lists the subcommands, \"fringix SUBCOMMAND --help\" the options of one.\n");
 }
 
+TEST(FringixProgramUsage, SubcommandThatIsMistypedIsNamedWithTheOneThatIsNear) {
+  const std::string errors = fringixTool("lve 127.0.0.1").errors;
+  EXPECT_EQ(errors.substr(0, errors.find('\n')), "fringix: \"lve\" is no subcommand, did you mean \"live\"?");
+}
+
+TEST(FringixProgramUsage, NumberThatIsNotAllowedIsNamedWithWhatIs) {
+  for (const std::string number : {"0", "abc"}) {
+    const std::string errors = fringixTool("live 127.0.0.1 -n " + number).errors;
+    EXPECT_EQ(errors.substr(0, errors.find('\n')), "fringix: --count: \"" + number + "\" is no number from 1 to 999999");
+  }
+}
+
 TEST(FringixProgramUsage, AddressThatIsNoneIsNamed) {
   const Outcome outcome = fringixTool("info head.local");
   EXPECT_NE(outcome.errors.find("\"head.local\" is no IPv4 address such as 192.168.0.10\n"), std::string::npos) << outcome.errors;

@@ -219,6 +219,7 @@ TEST(FringixValues, WrongUsageIsToldWithoutAskingTheHead) {
     return outcome.errors.substr(0, outcome.errors.find('\n'));
   };
   EXPECT_EQ(complaint("get 127.0.0.1 colour"), "fringix: NAME: there is no value \"colour\"");
+  EXPECT_EQ(complaint("get 127.0.0.1 gian"), "fringix: NAME: there is no value \"gian\", did you mean \"gain\"?");
   EXPECT_EQ(complaint("get 127.0.0.1 dmd"), "fringix: NAME: \"dmd\" can only be set");
   EXPECT_EQ(complaint("set 127.0.0.1 uptime 1"), "fringix: NAME: \"uptime\" can only be read");
   for (const char* time : {"1", "s", "0s", "1h", "1.2.3s", ""}) complaint(("status 127.0.0.1 --watch=" + std::string(time)).c_str());

@@ -7,9 +7,8 @@
 #include <exception>
 #include <string_view>
 
+#include "arguments/parse.h"
 #include "console/explain.h"
-#include "console/progress_bar.h"
-#include "console/terminal.h"
 #include "subcommands/subcommand.h"
 
 namespace fringix::tool {
@@ -18,7 +17,7 @@ namespace {
 struct Subcommand {
   const char* name;
   const char* summary;
-  void (*define)(CLI::App& app, Context& context);
+  void (*define)(arguments::Command& command, Context& context);
 };
 
 constexpr Subcommand subcommands[] = {
@@ -43,47 +42,23 @@ constexpr Subcommand subcommands[] = {
     {"sheet", "Put PNG pictures on one labelled sheet", defineSheet},
 };
 
-constexpr const char* blockingNote =
-    "Connecting blocks until the operating system gives up: where nothing answers,\nthat takes from some seconds to minutes.";
-
 // Known before the command line is parsed, because the arguments after ADDRESS move up where it is left out.
 bool namesASerial(int argc, const char* const* argv) {
   return std::any_of(argv, argv + argc, [](std::string_view word) { return word == "--serial" || word.starts_with("--serial="); });
 }
 
-std::string checkAddress(std::string text) {
-  return CLI::ValidIPV4(text).empty() ? "" : fmt::format("\"{}\" is no IPv4 address such as 192.168.0.10", text);
-}
-
-// Whether a subcommand had to follow and none did.
-bool misses(const CLI::App* app) {
-  while (!app->get_subcommands().empty()) app = app->get_subcommands().front();
-  return app->get_require_subcommand_min() > 0;
-}
-
-std::string usageFailure(const CLI::App* app, const CLI::Error& error) {
-  const std::vector<std::string> unexpected = app->remaining(true);
-  const bool unknownSubcommand = misses(app) && !unexpected.empty();
-  const std::string what = unknownSubcommand ? fmt::format("\"{}\" is no subcommand", unexpected.front()) : error.what();
-  return fmt::format("fringix: {}\n  \"fringix --help\" lists the subcommands, \"fringix SUBCOMMAND --help\" the options of one.\n", what);
-}
-
-void defineGlobalOptions(CLI::App& app) {
-  app.failure_message(usageFailure);
-  app.set_version_flag("--version", fmt::format("fringix, library version {}", libraryVersion()));
-  app.add_flag_callback(
+void defineProgram(arguments::Command& program, Context& context) {
+  program.version(fmt::format("fringix, library version {}", libraryVersion()));
+  program.flag(
       "--trace", [] { setTracing(true); }, "Show every library call (on standard error; on Windows in the debugger's output)");
-  app.require_subcommand(1);
-  app.fallthrough();
-  app.footer("\"fringix SUBCOMMAND --help\" tells the options of one.\nExit code: 0 success, 1 failure, 2 wrong usage.");
+  program.note("\"fringix SUBCOMMAND --help\" tells the options of one.\nExit code: 0 success, 1 failure, 2 wrong usage.");
+  for (const Subcommand& subcommand : subcommands) subcommand.define(program.subcommand(subcommand.name, subcommand.summary), context);
 }
 
-Device openBySerial(Context& context) {
-  context.address = fmt::format("serial number {}", context.serial);
-  const TransientLine line(stderr, isTerminal(stderr), fmt::format("searching for {} ...", context.address));
-  Device head = Device::openBySerial(context.serial);
-  context.address = head.key().address;
-  return head;
+int failUsage(const arguments::UsageError& error) {
+  fmt::print(stderr, "fringix: {}\n  \"fringix --help\" lists the subcommands, \"fringix SUBCOMMAND --help\" the options of one.\n",
+             error.what());
+  return 2;
 }
 
 int fail(const Explanation& explanation) {
@@ -94,44 +69,16 @@ int fail(const Explanation& explanation) {
 
 }  // namespace
 
-void addAddress(CLI::App& app, Context& context) {
-  if (!context.bySerial) defineAddress(app, app.add_option("ADDRESS", context.address, "IPv4 address of the head, such as 192.168.0.10"));
-  defineSerialNumber(app, app.add_option("--serial", context.serial, "Serial number of the head, in place of ADDRESS: it is searched for"));
-}
-
-void defineAddress(CLI::App& app, CLI::Option* option) {
-  option->required()->check(CLI::Validator(checkAddress, ""))->type_name("");
-  app.footer(blockingNote);
-}
-
-void defineSerialNumber(CLI::App& app, CLI::Option* option) {
-  option->type_name("N");
-  app.footer(blockingNote);
-}
-
-bool isConnected(const Device& head) {
-  std::uint32_t width = 0;
-  std::uint32_t height = 0;
-  return SLGetCameraSize(head.handle(), &width, &height) == SLALL_OKAY && width != 0xFFFFFFFF;
-}
-
-Device openHead(Context& context) {
-  if (context.bySerial) return openBySerial(context);
-  const TransientLine line(stderr, isTerminal(stderr), fmt::format("connecting to {}:{} ...", context.address, commandPort));
-  return Device(context.address);
-}
-
 int run(int argc, const char* const* argv) {
   Context context;
   context.bySerial = namesASerial(argc, argv);
-  CLI::App app("Talks to network-attached structured-light 3D sensor heads.", "fringix");
-  defineGlobalOptions(app);
-  for (const Subcommand& subcommand : subcommands) subcommand.define(*app.add_subcommand(subcommand.name, subcommand.summary), context);
+  arguments::Command program("fringix", "Talks to network-attached structured-light 3D sensor heads.");
   try {
-    app.parse(argc, argv);
+    defineProgram(program, context);
+    arguments::parse(program, argc, argv);
     return 0;
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : 2;
+  } catch (const arguments::UsageError& error) {
+    return failUsage(error);
   } catch (const Error& error) {
     return fail(explain(error, context.address));
   } catch (const Failure& failure) {

@@ -5,7 +5,8 @@
 
 #include <ctime>
 #include <fringix/fringix.hpp>
-#include <nlohmann/json.hpp>
+
+#include "console/json.h"
 
 namespace fringix::tool {
 namespace {
@@ -37,12 +38,11 @@ std::string formatEvent(const HeadEvent& event) {
 }
 
 std::string formatEventAsJson(const HeadEvent& event) {
-  const nlohmann::ordered_json json{
-      {"time", fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", fmt::gmtime(wholeSeconds(event)), milliseconds(event))},
-      {"address", event.address},
-      {"serial", event.serial},
-      {"event", nameOf(event.number)}};
-  return json.dump();
+  return Json::object({{"time", fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", fmt::gmtime(wholeSeconds(event)), milliseconds(event))},
+                       {"address", event.address},
+                       {"serial", event.serial},
+                       {"event", nameOf(event.number)}})
+      .line();
 }
 
 }  // namespace fringix::tool

@@ -2,9 +2,12 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <limits>
+#include <vector>
+
+#include "arguments/suggestion.h"
+#include "arguments/usage_error.h"
 
 namespace fringix::tool {
 namespace {
@@ -52,15 +55,24 @@ constexpr Value values[] = {
 
 bool allows(const Value& value, Access access) { return access == Access::read ? value.read != nullptr : value.write != nullptr; }
 
+std::vector<std::string> namesFor(Access access) {
+  std::vector<std::string> names;
+  for (const Value& value : values) {
+    if (allows(value, access)) names.emplace_back(value.name);
+  }
+  return names;
+}
+
 }  // namespace
 
 std::span<const Value> allValues() { return values; }
 
 const Value& findValue(const std::string& name, Access access) {
   const auto* found = std::find_if(std::begin(values), std::end(values), [&](const Value& value) { return value.name == name; });
-  if (found == std::end(values)) throw CLI::ValidationError("NAME", fmt::format("there is no value \"{}\"", name));
+  if (found == std::end(values))
+    throw arguments::UsageError("NAME", fmt::format("there is no value \"{}\"{}", name, arguments::didYouMean(name, namesFor(access))));
   if (!allows(*found, access))
-    throw CLI::ValidationError("NAME", fmt::format("\"{}\" can only be {}", name, access == Access::read ? "set" : "read"));
+    throw arguments::UsageError("NAME", fmt::format("\"{}\" can only be {}", name, access == Access::read ? "set" : "read"));
   return *found;
 }
 

@@ -23,7 +23,7 @@ enum class Access { read, write };
 
 std::span<const Value> allValues();
 
-// The value of that name; throws CLI::ValidationError when there is none that can be read or set as asked.
+// The value of that name; throws arguments::UsageError when there is none that can be read or set as asked.
 const Value& findValue(const std::string& name, Access access);
 
 // "name  meaning", one line for each value that can be read or set.

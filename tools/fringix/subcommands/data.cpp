@@ -19,8 +19,8 @@ struct DataOptions {
   std::string file;
 };
 
-void addName(CLI::App& app, DataOptions& options) {
-  app.add_option("NAME", options.name, "The head's name for the block")->required()->type_name("");
+void addName(arguments::Command& command, DataOptions& options) {
+  command.positional("NAME", &options.name, "The head's name for the block").required();
 }
 
 std::string describe(std::size_t size, Clock::time_point start) {
@@ -57,28 +57,27 @@ void load(const DataOptions& options, Context& context) {
   fmt::print("{}: loaded {}\n", options.file, description);
 }
 
-void defineSave(CLI::App& app, Context& context) {
+void defineSave(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<DataOptions>();
-  addAddress(app, context);
-  addName(app, *options);
-  app.add_option("FILE", options->file, "File to send")->required()->type_name("");
-  app.callback([options, &context] { save(*options, context); });
+  addAddress(command, context);
+  addName(command, *options);
+  command.positional("FILE", &options->file, "File to send").required();
+  command.run([options, &context] { save(*options, context); });
 }
 
-void defineLoad(CLI::App& app, Context& context) {
+void defineLoad(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<DataOptions>();
-  addAddress(app, context);
-  addName(app, *options);
-  app.add_option("-o,--output", options->file, "File to write")->required()->type_name("FILE");
-  app.callback([options, &context] { load(*options, context); });
+  addAddress(command, context);
+  addName(command, *options);
+  command.option("-o,--output", &options->file, "File to write").required().valueName("FILE");
+  command.run([options, &context] { load(*options, context); });
 }
 
 }  // namespace
 
-void defineData(CLI::App& app, Context& context) {
-  app.require_subcommand(1);
-  defineSave(*app.add_subcommand("save", "Send a file to the head, which keeps it under a name"), context);
-  defineLoad(*app.add_subcommand("load", "Fetch a block of bytes from the head into a file"), context);
+void defineData(arguments::Command& command, Context& context) {
+  defineSave(command.subcommand("save", "Send a file to the head, which keeps it under a name"), context);
+  defineLoad(command.subcommand("load", "Fetch a block of bytes from the head into a file"), context);
 }
 
 }  // namespace fringix::tool

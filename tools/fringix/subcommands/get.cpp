@@ -7,12 +7,12 @@
 
 namespace fringix::tool {
 
-void defineGet(CLI::App& app, Context& context) {
+void defineGet(arguments::Command& command, Context& context) {
   const auto name = std::make_shared<std::string>();
-  addAddress(app, context);
-  app.add_option("NAME", *name, "Name of the value, see below")->required()->type_name("");
-  app.footer(fmt::format("Values, in the units of the head:\n{}\n{}", listValues(Access::read), app.get_footer()));
-  app.callback([name, &context] {
+  command.note("Values, in the units of the head:\n" + listValues(Access::read));
+  addAddress(command, context);
+  command.positional("NAME", name.get(), "Name of the value, see below").required();
+  command.run([name, &context] {
     const Value& value = findValue(*name, Access::read);
     fmt::print("{}\n", value.read(openHead(context)));
   });

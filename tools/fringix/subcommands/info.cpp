@@ -2,8 +2,8 @@
 
 #include <chrono>
 #include <memory>
-#include <nlohmann/json.hpp>
 
+#include "console/json.h"
 #include "subcommands/subcommand.h"
 
 namespace fringix::tool {
@@ -33,24 +33,28 @@ void printTable(const Facts& facts) {
   fmt::print("library version   {}\n", libraryVersion());
 }
 
-nlohmann::ordered_json toJson(Size size) { return {{"width", size.width}, {"height", size.height}}; }
+Json toJson(Size size) { return Json::object({{"width", size.width}, {"height", size.height}}); }
 
 void printJson(const Facts& facts) {
-  const nlohmann::ordered_json json = {
-      {"address", facts.key.address},       {"serial", facts.key.serial},           {"protocolVersion", facts.key.protocolVersion},
-      {"camera", toJson(facts.camera)},     {"projector", toJson(facts.projector)}, {"openMilliseconds", facts.openMilliseconds},
+  const Json json = Json::object({
+      {"address", facts.key.address},
+      {"serial", facts.key.serial},
+      {"protocolVersion", facts.key.protocolVersion},
+      {"camera", toJson(facts.camera)},
+      {"projector", toJson(facts.projector)},
+      {"openMilliseconds", facts.openMilliseconds},
       {"libraryVersion", libraryVersion()},
-  };
-  fmt::print("{}\n", json.dump(2));
+  });
+  fmt::print("{}\n", json.indented());
 }
 
 }  // namespace
 
-void defineInfo(CLI::App& app, Context& context) {
-  addAddress(app, context);
+void defineInfo(arguments::Command& command, Context& context) {
+  addAddress(command, context);
   const auto json = std::make_shared<bool>(false);
-  app.add_flag("--json", *json, "Print JSON instead of a table");
-  app.callback([json, &context] {
+  command.flag("--json", json.get(), "Print JSON instead of a table");
+  command.run([json, &context] {
     const Facts facts = gather(context);
     *json ? printJson(facts) : printTable(facts);
   });

@@ -1,11 +1,12 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include <algorithm>
 #include <memory>
-#include <nlohmann/json.hpp>
+#include <utility>
+#include <vector>
 
 #include "console/explain.h"
+#include "console/json.h"
 #include "console/progress_bar.h"
 #include "console/terminal.h"
 #include "heads/networks.h"
@@ -27,10 +28,13 @@ void printTable(const std::vector<FoundDevice>& heads) {
 }
 
 void printJson(const std::vector<FoundDevice>& heads) {
-  nlohmann::ordered_json all = nlohmann::ordered_json::array();
+  std::vector<Json> all;
   for (const FoundDevice& head : heads)
-    all.push_back({{"serial", head.serial}, {"model", head.model}, {"address", head.address}, {"info", head.info}});
-  fmt::print("{}\n", all.dump(2));
+    all.push_back(Json::object({{"serial", head.serial},
+                                {"model", head.model},
+                                {"address", head.address},
+                                {"info", Json::array(std::vector<Json>(head.info.begin(), head.info.end()))}}));
+  fmt::print("{}\n", Json::array(std::move(all)).indented());
 }
 
 std::vector<FoundDevice> search() {
@@ -48,11 +52,11 @@ Explanation nobody() {
 
 }  // namespace
 
-void defineList(CLI::App& app, Context&) {
+void defineList(arguments::Command& command, Context&) {
   const auto json = std::make_shared<bool>(false);
-  app.add_flag("--json", *json, "Print JSON instead of a table");
-  app.footer(note);
-  app.callback([json] {
+  command.flag("--json", json.get(), "Print JSON instead of a table");
+  command.note(note);
+  command.run([json] {
     const std::vector<FoundDevice> heads = search();
     if (*json) printJson(heads);
     if (heads.empty()) throw Failure(nobody());

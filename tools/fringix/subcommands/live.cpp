@@ -32,17 +32,17 @@ void fetchLivePictures(const LiveOptions& options, Context& context) {
 
 }  // namespace
 
-void defineLive(CLI::App& app, Context& context) {
+void defineLive(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<LiveOptions>();
-  addAddress(app, context);
-  addPictureOptions(app, options->picture);
-  app.add_option("-n,--count", options->count, "How many pictures to fetch, 1 to 999999; several files are numbered: live-01.png ...")
-      ->type_name("N")
-      ->check(CLI::Range(std::size_t{1}, std::size_t{999999}).description(""));
-  app.add_option("--factor", options->factor, "Reduce the picture by this factor, which divides its width and height")
-      ->type_name("N")
-      ->check(CLI::Range(1U, 65536U).description(""));
-  app.callback([options, &context] { fetchLivePictures(*options, context); });
+  addAddress(command, context);
+  addPictureOptions(command, options->picture);
+  command.option("-n,--count", &options->count, "How many pictures to fetch, 1 to 999999; several files are numbered: live-01.png ...")
+      .valueName("N")
+      .range(1, 999999);
+  command.option("--factor", &options->factor, "Reduce the picture by this factor, which divides its width and height")
+      .valueName("N")
+      .range(1, 65536);
+  command.run([options, &context] { fetchLivePictures(*options, context); });
 }
 
 }  // namespace fringix::tool

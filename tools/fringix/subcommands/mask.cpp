@@ -30,14 +30,12 @@ void setMask(const MaskOptions& options, Context& context) {
 
 }  // namespace
 
-void defineMask(CLI::App& app, Context& context) {
+void defineMask(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<MaskOptions>();
-  addAddress(app, context);
-  app.add_option("MASK", options->mask, "PNG file: gray, 8 bits per sample, not interlaced; \"clear\" removes the mask")
-      ->required()
-      ->type_name("");
-  app.add_option("--selector", options->selector, "Which mask, as the head counts them, 0 unless told otherwise")->type_name("N");
-  app.callback([options, &context] { options->mask == "clear" ? openHead(context).clearMask() : setMask(*options, context); });
+  addAddress(command, context);
+  command.positional("MASK", &options->mask, "PNG file: gray, 8 bits per sample, not interlaced; \"clear\" removes the mask").required();
+  command.option("--selector", &options->selector, "Which mask, as the head counts them, 0 unless told otherwise").valueName("N");
+  command.run([options, &context] { options->mask == "clear" ? openHead(context).clearMask() : setMask(*options, context); });
 }
 
 }  // namespace fringix::tool

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 
 #include "console/progress_bar.h"
 #include "console/terminal.h"
@@ -12,36 +13,36 @@ namespace {
 
 struct MeasureOptions {
   std::uint32_t sequence = 0;
-  std::uint32_t from = 0;
-  std::uint32_t to = 0;
+  std::optional<std::uint32_t> from;  // with `to`, or all of it
+  std::optional<std::uint32_t> to;
 };
 
-void measure(const MeasureOptions& options, bool inPart, Context& context) {
+void measure(const MeasureOptions& options, Context& context) {
+  const bool inPart = options.from.has_value();
+  if (inPart != options.to.has_value()) throw arguments::UsageError(inPart ? "--from needs --to" : "--to needs --from");
   const Device head = openHead(context);
   const auto start = std::chrono::steady_clock::now();
   {
     const ElapsedTime elapsed(stderr, isTerminal(stderr), "measuring");
-    inPart ? head.measure(options.sequence, options.from, options.to) : head.measure(options.sequence);
+    inPart ? head.measure(options.sequence, *options.from, *options.to) : head.measure(options.sequence);
   }
   const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-  const std::string part = inPart ? fmt::format(", images {} to {},", options.from, options.to) : "";
+  const std::string part = inPart ? fmt::format(", images {} to {},", *options.from, *options.to) : "";
   fmt::print("measured sequence {}{} in {:.2f} s\n", options.sequence, part, time.count());
 }
 
 }  // namespace
 
-void defineMeasure(CLI::App& app, Context& context) {
+void defineMeasure(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<MeasureOptions>();
-  addAddress(app, context);
-  app.add_option("SEQUENCE", options->sequence, "Number of the sequence, as \"fringix pattern alloc\" printed it")
-      ->required()
-      ->type_name("");
-  CLI::Option* from = app.add_option("--from", options->from, "First image of the sequence, when it is not all of them")->type_name("N");
-  CLI::Option* to = app.add_option("--to", options->to, "Last image of the sequence")->type_name("N")->needs(from);
-  from->needs(to);
-  app.footer("Blocks until the head has finished; a measurement of more than 30 seconds counts as a broken\nconnection. " +
-             std::string("\"fringix picture\" fetches what the head has stored.\n\n") + app.get_footer());
-  app.callback([options, from, &context] { measure(*options, from->count() > 0, context); });
+  command.note(
+      "Blocks until the head has finished; a measurement of more than 30 seconds counts as a broken\nconnection. "
+      "\"fringix picture\" fetches what the head has stored.");
+  addAddress(command, context);
+  command.positional("SEQUENCE", &options->sequence, "Number of the sequence, as \"fringix pattern alloc\" printed it").required();
+  command.option("--from", &options->from, "First image of the sequence, when it is not all of them; needs --to").valueName("N");
+  command.option("--to", &options->to, "Last image of the sequence; needs --from").valueName("N");
+  command.run([options, &context] { measure(*options, context); });
 }
 
 }  // namespace fringix::tool

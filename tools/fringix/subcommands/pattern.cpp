@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -19,28 +20,24 @@ struct PatternOptions {
   std::vector<std::string> files;
 };
 
-CLI::Validator byteRange() { return CLI::Range(0U, 255U).description(""); }
-
-void addSequence(CLI::App& app, PatternOptions& options) {
-  app.add_option("SEQUENCE", options.sequence, "Number of the sequence, as \"fringix pattern alloc\" printed it")
-      ->required()
-      ->type_name("");
+void addSequence(arguments::Command& command, PatternOptions& options) {
+  command.positional("SEQUENCE", &options.sequence, "Number of the sequence, as \"fringix pattern alloc\" printed it").required();
 }
 
 void allocate(const PatternOptions& options, Context& context) {
   fmt::print("{}\n", openHead(context).allocateSequence(options.imageCount));
 }
 
-void defineAllocate(CLI::App& app, const std::shared_ptr<PatternOptions>& options, Context& context) {
-  addAddress(app, context);
-  app.add_option("COUNT", options->imageCount, "How many images the sequence holds")->required()->type_name("");
-  app.callback([options, &context] { allocate(*options, context); });
+void defineAllocate(arguments::Command& command, const std::shared_ptr<PatternOptions>& options, Context& context) {
+  addAddress(command, context);
+  command.positional("COUNT", &options->imageCount, "How many images the sequence holds").required();
+  command.run([options, &context] { allocate(*options, context); });
 }
 
-void defineFree(CLI::App& app, const std::shared_ptr<PatternOptions>& options, Context& context) {
-  addAddress(app, context);
-  addSequence(app, *options);
-  app.callback([options, &context] { openHead(context).freeSequence(options->sequence); });
+void defineFree(arguments::Command& command, const std::shared_ptr<PatternOptions>& options, Context& context) {
+  addAddress(command, context);
+  addSequence(command, *options);
+  command.run([options, &context] { openHead(context).freeSequence(options->sequence); });
 }
 
 void requireProjectorSize(const png::Raster& raster, const std::string& file, Size projector) {
@@ -62,17 +59,16 @@ void upload(const PatternOptions& options, Context& context) {
   }
 }
 
-void defineUpload(CLI::App& app, const std::shared_ptr<PatternOptions>& options, Context& context) {
-  addAddress(app, context);
-  addSequence(app, *options);
-  app.add_option("FILE", options->files, "PNG files of the projector's size: gray or RGB, 8 bits per sample, not interlaced")
-      ->required()
-      ->type_name("");
-  app.add_option("--first", options->index, "Place of the first file in the sequence, 0 unless told otherwise; the others follow it")
-      ->type_name("N")
-      ->check(byteRange());
-  app.callback([options, &context] {
-    if (options->index + options->files.size() > 256) throw CLI::ValidationError("--first", "the last place would be above 255");
+void defineUpload(arguments::Command& command, const std::shared_ptr<PatternOptions>& options, Context& context) {
+  addAddress(command, context);
+  addSequence(command, *options);
+  command.positional("FILE", &options->files, "PNG files of the projector's size: gray or RGB, 8 bits per sample, not interlaced")
+      .required();
+  command.option("--first", &options->index, "Place of the first file in the sequence, 0 unless told otherwise; the others follow it")
+      .valueName("N")
+      .range(0, 255);
+  command.run([options, &context] {
+    if (options->index + options->files.size() > 256) throw arguments::UsageError("--first", "the last place would be above 255");
     upload(*options, context);
   });
 }
@@ -80,15 +76,14 @@ void defineUpload(CLI::App& app, const std::shared_ptr<PatternOptions>& options,
 using Generate = void (Device::*)(std::uint32_t, std::uint8_t, std::uint8_t, std::uint8_t, std::uint8_t) const;
 
 template <Generate generate>
-void defineGenerate(CLI::App& app, const std::shared_ptr<PatternOptions>& options, Context& context) {
-  addAddress(app, context);
-  addSequence(app, *options);
-  app.add_option("G", options->parameters, "Four numbers of 0 to 255; what they mean is the head's business")
-      ->required()
-      ->expected(4)
-      ->type_name("")
-      ->check(byteRange());
-  app.callback([options, &context] {
+void defineGenerate(arguments::Command& command, const std::shared_ptr<PatternOptions>& options, Context& context) {
+  addAddress(command, context);
+  addSequence(command, *options);
+  command.positional("G", &options->parameters, "Four numbers of 0 to 255; what they mean is the head's business")
+      .required()
+      .valueCount(4)
+      .range(0, 255);
+  command.run([options, &context] {
     std::uint8_t g[4] = {};
     std::transform(options->parameters.begin(), options->parameters.end(), g, [](std::uint32_t n) { return static_cast<std::uint8_t>(n); });
     (openHead(context).*generate)(options->sequence, g[0], g[1], g[2], g[3]);
@@ -111,51 +106,50 @@ void makeFromFile(Direction direction, const PatternOptions& options, Context& c
 }
 
 template <Direction direction>
-void defineFromFile(CLI::App& app, const std::shared_ptr<PatternOptions>& options, Context& context) {
-  addAddress(app, context);
-  addSequence(app, *options);
-  app.add_option("INDEX", options->index, "Place in the sequence, 0 to 255")->required()->type_name("")->check(byteRange());
-  app.add_option("FILE", options->files, "PNG file: gray gives an 8-bit pattern, RGB a 24-bit one")->required()->expected(1)->type_name("");
-  app.callback([options, &context] { makeFromFile(direction, *options, context); });
+void defineFromFile(arguments::Command& command, const std::shared_ptr<PatternOptions>& options, Context& context) {
+  addAddress(command, context);
+  addSequence(command, *options);
+  command.positional("INDEX", &options->index, "Place in the sequence, 0 to 255").required().range(0, 255);
+  command.positional("FILE", &options->files, "PNG file: gray gives an 8-bit pattern, RGB a 24-bit one").required().valueCount(1);
+  command.run([options, &context] { makeFromFile(direction, *options, context); });
 }
 
 struct PatternCommand {
   const char* name;
   const char* summary;
-  const char* note;
-  void (*define)(CLI::App& app, const std::shared_ptr<PatternOptions>& options, Context& context);
+  const char* note;  // null: none
+  void (*define)(arguments::Command& command, const std::shared_ptr<PatternOptions>& options, Context& context);
 };
 
 constexpr const char* grayNote =
     "To the simulated head G means: place in the sequence; bit, 0 is the finest;\n"
-    "0 to number the columns, 1 the rows; 0, or 1 for inverted.\n\n";
+    "0 to number the columns, 1 the rows; 0, or 1 for inverted.";
 constexpr const char* phaseNote =
     "To the simulated head G means: place of the first image; number of steps, each fills\n"
-    "one image; period in pixels, 0 is the whole projector; 0 along the columns, 1 the rows.\n\n";
+    "one image; period in pixels, 0 is the whole projector; 0 along the columns, 1 the rows.";
 constexpr const char* imageNote =
     "To the simulated head G means: place in the sequence; kind (0 uniform, 1 checkerboard,\n"
     "2 ramp from left to right, 3 ramp from top to bottom); brightest level; side of a square\n"
-    "in pixels, 0 is 32.\n\n";
+    "in pixels, 0 is 32.";
 
 constexpr PatternCommand patternCommands[] = {
-    {"alloc", "Allocate a sequence and print its number", "", defineAllocate},
-    {"free", "Free a sequence", "", defineFree},
-    {"upload", "Upload PNG pictures as images of a sequence", "", defineUpload},
+    {"alloc", "Allocate a sequence and print its number", nullptr, defineAllocate},
+    {"free", "Free a sequence", nullptr, defineFree},
+    {"upload", "Upload PNG pictures as images of a sequence", nullptr, defineUpload},
     {"gray", "Let the head make a Gray code pattern", grayNote, defineGenerate<&Device::makeGrayCode>},
     {"phase", "Let the head make phase-shift patterns", phaseNote, defineGenerate<&Device::makePhase>},
     {"image", "Let the head make an image pattern", imageNote, defineGenerate<&Device::makeImage>},
-    {"line", "Make a pattern from one line of pixels", "", defineFromFile<Direction::line>},
-    {"column", "Make a pattern from one column of pixels", "", defineFromFile<Direction::column>},
+    {"line", "Make a pattern from one line of pixels", nullptr, defineFromFile<Direction::line>},
+    {"column", "Make a pattern from one column of pixels", nullptr, defineFromFile<Direction::column>},
 };
 
 }  // namespace
 
-void definePattern(CLI::App& app, Context& context) {
-  app.require_subcommand(1);
-  for (const PatternCommand& command : patternCommands) {
-    CLI::App* child = app.add_subcommand(command.name, command.summary);
-    command.define(*child, std::make_shared<PatternOptions>(), context);
-    child->footer(fmt::format("{}{}", command.note, child->get_footer()));
+void definePattern(arguments::Command& command, Context& context) {
+  for (const PatternCommand& row : patternCommands) {
+    arguments::Command& child = command.subcommand(row.name, row.summary);
+    if (row.note != nullptr) child.note(row.note);
+    row.define(child, std::make_shared<PatternOptions>(), context);
   }
 }
 

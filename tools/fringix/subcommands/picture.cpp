@@ -25,7 +25,7 @@ Image fetchStored(const Device& device, const StoredOptions& options, std::size_
 void fetchStoredPictures(const StoredOptions& options, Context& context) {
   const std::size_t last = options.index + options.count - 1;
   if (last > largestIndex)
-    throw CLI::ValidationError("--count", "the last stored picture would be number " + std::to_string(last) + ", above 255");
+    throw arguments::UsageError("--count", "the last stored picture would be number " + std::to_string(last) + ", above 255");
   const auto path = [&](std::size_t i) {
     return options.count == 1 ? options.picture.output : files::numberedPath(options.picture.output, options.index + i, last);
   };
@@ -34,18 +34,15 @@ void fetchStoredPictures(const StoredOptions& options, Context& context) {
 
 }  // namespace
 
-void definePicture(CLI::App& app, Context& context) {
+void definePicture(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<StoredOptions>();
-  addAddress(app, context);
-  app.add_option("INDEX", options->index, "Number of the picture on the head, 0 to 255")
-      ->required()
-      ->type_name("")
-      ->check(CLI::Range(std::size_t{0}, largestIndex).description(""));
-  addPictureOptions(app, options->picture);
-  app.add_option("-n,--count", options->count, "How many pictures to fetch; several files bear their picture's number: picture-07.png ...")
-      ->type_name("N")
-      ->check(CLI::Range(std::size_t{1}, largestIndex + 1).description(""));
-  app.callback([options, &context] { fetchStoredPictures(*options, context); });
+  addAddress(command, context);
+  command.positional("INDEX", &options->index, "Number of the picture on the head, 0 to 255").required().range(0, largestIndex);
+  addPictureOptions(command, options->picture);
+  command.option("-n,--count", &options->count, "How many pictures to fetch; several files bear their picture's number: picture-07.png ...")
+      .valueName("N")
+      .range(1, largestIndex + 1);
+  command.run([options, &context] { fetchStoredPictures(*options, context); });
 }
 
 }  // namespace fringix::tool

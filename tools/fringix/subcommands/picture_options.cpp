@@ -2,36 +2,45 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <vector>
+#include <array>
+#include <charconv>
+#include <string_view>
+#include <system_error>
 
 namespace fringix::tool {
 namespace {
 
-constexpr const char* noRegion = "is no region: give X,Y,WIDTH,HEIGHT in pixels, such as 0,0,640,480";
+bool readNumbers(std::string_view text, std::array<std::uint32_t, 4>& numbers) {
+  const char* next = text.data();
+  const char* const end = next + text.size();
+  for (std::uint32_t& number : numbers) {
+    const bool first = &number == &numbers.front();
+    if (!first && (next == end || *next++ != ',')) return false;
+    const auto [behind, error] = std::from_chars(next, end, number);
+    if (error != std::errc()) return false;
+    next = behind;
+  }
+  return next == end;
+}
 
 // The library takes a region without pixels for a request that is done at once.
 Region parseRegion(const std::string& text) {
-  std::vector<std::uint32_t> numbers;
-  for (const std::string& part : CLI::detail::split(text, ',')) {
-    std::uint32_t number = 0;
-    if (!CLI::detail::lexical_cast(part, number)) break;
-    numbers.push_back(number);
-  }
-  const bool readable = numbers.size() == 4 && std::count(text.begin(), text.end(), ',') == 3;
-  if (!readable || numbers[2] == 0 || numbers[3] == 0) throw CLI::ValidationError("--roi", fmt::format("\"{}\" {}", text, noRegion));
+  std::array<std::uint32_t, 4> numbers{};
+  if (!readNumbers(text, numbers) || numbers[2] == 0 || numbers[3] == 0)
+    throw arguments::UsageError(fmt::format("\"{}\" is no region: give X,Y,WIDTH,HEIGHT in pixels, such as 0,0,640,480", text));
   return {numbers[0], numbers[1], numbers[2], numbers[3]};
 }
 
 }  // namespace
 
-void addPictureOptions(CLI::App& app, PictureOptions& options) {
-  app.add_option("-o,--output", options.output, fmt::format("PNG file to write, {} unless told otherwise", options.output))
-      ->type_name("FILE");
-  app.add_option("--channel", options.channel, "Camera channel, 0 unless told otherwise")->type_name("N");
-  app.add_option_function<std::string>(
-         "--roi", [&options](const std::string& text) { options.region = parseRegion(text); }, "Only this part of the picture")
-      ->type_name("X,Y,W,H");
+void addPictureOptions(arguments::Command& command, PictureOptions& options) {
+  command.option("-o,--output", &options.output, fmt::format("PNG file to write, {} unless told otherwise", options.output))
+      .valueName("FILE");
+  command.option("--channel", &options.channel, "Camera channel, 0 unless told otherwise").valueName("N");
+  command
+      .option(
+          "--roi", [&options](const std::string& text) { options.region = parseRegion(text); }, "Only this part of the picture")
+      .valueName("X,Y,W,H");
 }
 
 }  // namespace fringix::tool

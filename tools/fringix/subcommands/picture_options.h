@@ -1,11 +1,12 @@
 // Options of every subcommand that fetches camera pictures.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <fringix/fringix.hpp>
 #include <optional>
 #include <string>
+
+#include "arguments/command.h"
 
 namespace fringix::tool {
 
@@ -15,7 +16,7 @@ struct PictureOptions {
   std::optional<Region> region;  // without it the whole picture
 };
 
-// `options` lives as long as `app` and holds the default output.
-void addPictureOptions(CLI::App& app, PictureOptions& options);
+// `options` lives as long as `command` and holds the default output.
+void addPictureOptions(arguments::Command& command, PictureOptions& options);
 
 }  // namespace fringix::tool

@@ -19,16 +19,12 @@ void execute(const ProjectorOptions& options, Context& context) {
 
 }  // namespace
 
-void defineProjector(CLI::App& app, Context& context) {
+void defineProjector(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<ProjectorOptions>();
-  const auto byteRange = CLI::Range(0U, 255U).description("");
-  addAddress(app, context);
-  app.add_option("COMMAND", options->command, "Number of the command, 0 to 255, as the projector defines it")
-      ->required()
-      ->type_name("")
-      ->check(byteRange);
-  app.add_option("ARGUMENT", options->argument, "Its argument, 0 to 255")->required()->type_name("")->check(byteRange);
-  app.callback([options, &context] { execute(*options, context); });
+  addAddress(command, context);
+  command.positional("COMMAND", &options->command, "Number of the command, 0 to 255, as the projector defines it").required().range(0, 255);
+  command.positional("ARGUMENT", &options->argument, "Its argument, 0 to 255").required().range(0, 255);
+  command.run([options, &context] { execute(*options, context); });
 }
 
 }  // namespace fringix::tool

@@ -1,9 +1,10 @@
 #include <fmt/format.h>
 
 #include <memory>
-#include <nlohmann/json.hpp>
+#include <optional>
 
 #include "console/explain.h"
+#include "console/json.h"
 #include "subcommands/subcommand.h"
 
 namespace fringix::tool {
@@ -21,16 +22,16 @@ void printTable(const SelectedHead& head) {
 }
 
 void printJson(const SelectedHead& head) {
-  const nlohmann::ordered_json json = {{"serial", head.serial}, {"address", head.address}};
-  fmt::print("{}\n", json.dump(2));
+  const Json json = Json::object({{"serial", head.serial}, {"address", head.address}});
+  fmt::print("{}\n", json.indented());
 }
 
 }  // namespace
 
-void defineSelect(CLI::App& app, Context&) {
+void defineSelect(arguments::Command& command, Context&) {
   const auto json = std::make_shared<bool>(false);
-  app.add_flag("--json", *json, "Print JSON instead of a table");
-  app.callback([json] {
+  command.flag("--json", json.get(), "Print JSON instead of a table");
+  command.run([json] {
     const SelectedHead head = letUserPick();
     *json ? printJson(head) : printTable(head);
   });

@@ -6,11 +6,11 @@
 
 namespace fringix::tool {
 
-void defineSerial(CLI::App& app, Context& context) {
-  const auto command = std::make_shared<std::string>();
-  addAddress(app, context);
-  app.add_option("COMMAND", *command, "Text for the device at the serial port")->required()->type_name("");
-  app.callback([command, &context] { fmt::print("{}\n", openHead(context).serial(*command)); });
+void defineSerial(arguments::Command& command, Context& context) {
+  const auto text = std::make_shared<std::string>();
+  addAddress(command, context);
+  command.positional("COMMAND", text.get(), "Text for the device at the serial port").required();
+  command.run([text, &context] { fmt::print("{}\n", openHead(context).serial(*text)); });
 }
 
 }  // namespace fringix::tool

@@ -32,7 +32,7 @@ Explanation explainRefusal(const Device& head, const Value& value, std::int32_t 
 void set(const SetOptions& options, Context& context) {
   const Value& value = findValue(options.name, Access::write);
   if (!contains(value.sendable, options.number))
-    throw CLI::ValidationError("VALUE", fmt::format("{} is {} to {}", value.label, value.sendable.min, value.sendable.max));
+    throw arguments::UsageError("VALUE", fmt::format("{} is {} to {}", value.label, value.sendable.min, value.sendable.max));
   const Device head = openHead(context);
   try {
     value.write(head, options.number);
@@ -44,13 +44,13 @@ void set(const SetOptions& options, Context& context) {
 
 }  // namespace
 
-void defineSet(CLI::App& app, Context& context) {
+void defineSet(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<SetOptions>();
-  addAddress(app, context);
-  app.add_option("NAME", options->name, "Name of the value, see below")->required()->type_name("");
-  app.add_option("VALUE", options->number, "The new value")->required()->type_name("");
-  app.footer(fmt::format("Values, in the units of the head:\n{}\n{}", listValues(Access::write), app.get_footer()));
-  app.callback([options, &context] { set(*options, context); });
+  command.note("Values, in the units of the head:\n" + listValues(Access::write));
+  addAddress(command, context);
+  command.positional("NAME", &options->name, "Name of the value, see below").required();
+  command.positional("VALUE", &options->number, "The new value").required();
+  command.run([options, &context] { set(*options, context); });
 }
 
 }  // namespace fringix::tool

@@ -22,7 +22,7 @@ struct SheetOptions {
 
 void makeSheet(const SheetOptions& options) {
   if (!options.labels.empty() && options.labels.size() != options.files.size()) {
-    throw CLI::ValidationError("--label", fmt::format("{} labels for {} files", options.labels.size(), options.files.size()));
+    throw arguments::UsageError("--label", fmt::format("{} labels for {} files", options.labels.size(), options.files.size()));
   }
   files::requireWritable(options.output);
   std::vector<LabelledPicture> pictures;
@@ -37,20 +37,20 @@ void makeSheet(const SheetOptions& options) {
 
 }  // namespace
 
-void defineSheet(CLI::App& app, Context&) {
+void defineSheet(arguments::Command& command, Context&) {
   const auto options = std::make_shared<SheetOptions>();
-  app.add_option("FILE", options->files, "PNG files: gray or RGB, 8 bits per sample, not interlaced")->required()->type_name("");
-  app.add_option("-o,--output", options->output, "PNG file to write, sheet.png unless told otherwise")->type_name("FILE");
-  app.add_option("-l,--label", options->labels, "Label of a picture, given once for each file in the same order; else the file's name")
-      ->type_name("TEXT")
-      ->allow_extra_args(false);
-  app.add_option("--columns", options->layout.columns, "Pictures side by side; as many as make a square unless told otherwise")
-      ->type_name("N")
-      ->check(CLI::Range(1U, 1000U).description(""));
-  app.add_option("--width", options->layout.pictureWidth, "Width that larger pictures are reduced to, 320 unless told otherwise")
-      ->type_name("N")
-      ->check(CLI::Range(1U, 10000U).description(""));
-  app.callback([options] { makeSheet(*options); });
+  command.positional("FILE", &options->files, "PNG files: gray or RGB, 8 bits per sample, not interlaced").required();
+  command.option("-o,--output", &options->output, "PNG file to write, sheet.png unless told otherwise").valueName("FILE");
+  command.option("-l,--label", &options->labels, "Label of a picture, given once for each file in the same order; else the file's name")
+      .valueName("TEXT")
+      .oneAtATime();
+  command.option("--columns", &options->layout.columns, "Pictures side by side; as many as make a square unless told otherwise")
+      .valueName("N")
+      .range(1, 1000);
+  command.option("--width", &options->layout.pictureWidth, "Width that larger pictures are reduced to, 320 unless told otherwise")
+      .valueName("N")
+      .range(1, 10000);
+  command.run([options] { makeSheet(*options); });
 }
 
 }  // namespace fringix::tool

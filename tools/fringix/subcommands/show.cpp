@@ -33,23 +33,22 @@ void showImage(const std::string& image, Context& context) {
 }
 
 void show(const ShowOptions& options, Context& context) {
-  if (options.stored.empty() == options.image.empty()) throw CLI::ValidationError("IMAGE", "give either an image or --sequence");
+  if (options.stored.empty() == options.image.empty()) throw arguments::UsageError("IMAGE", "give either an image or --sequence");
   options.stored.empty() ? showImage(options.image, context)
                          : openHead(context).showFromSequence(options.stored.front(), options.stored.back());
 }
 
 }  // namespace
 
-void defineShow(CLI::App& app, Context& context) {
+void defineShow(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<ShowOptions>();
-  addAddress(app, context);
-  app.add_option("IMAGE", options->image,
-                 R"(PNG file, no larger than the projector: gray or RGB, 8 bits per sample, not interlaced; or "black", or "white")")
-      ->type_name("");
-  app.add_option("--sequence", options->stored, "Show an image of a sequence on the head: the sequence's number, the image's number")
-      ->expected(2)
-      ->type_name("N N");
-  app.callback([options, &context] { show(*options, context); });
+  addAddress(command, context);
+  command.positional("IMAGE", &options->image,
+                     R"(PNG file, no larger than the projector: gray or RGB, 8 bits per sample, not interlaced; or "black", or "white")");
+  command.option("--sequence", &options->stored, "Show an image of a sequence on the head: the sequence's number, the image's number")
+      .valueCount(2)
+      .valueName("N N");
+  command.run([options, &context] { show(*options, context); });
 }
 
 }  // namespace fringix::tool

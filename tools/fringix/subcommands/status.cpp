@@ -1,22 +1,23 @@
 #include <fmt/format.h>
 
-#include <algorithm>
+#include <charconv>
 #include <chrono>
+#include <cstdio>
 #include <map>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
+#include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "console/explain.h"
 #include "console/interruption.h"
+#include "console/json.h"
 #include "heads/values.h"
 #include "subcommands/subcommand.h"
 
 namespace fringix::tool {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 struct StatusOptions {
   bool json = false;
@@ -71,18 +72,18 @@ std::string formatTable(const HeadStatus& status) {
 }
 
 Json toJson(const Reading& reading) {
-  Json json{{"value", nullptr}};
-  if (reading.number) json["value"] = *reading.number;
-  if (reading.range) json.update({{"min", reading.range->min}, {"max", reading.range->max}});
-  if (!reading.number) json["reason"] = reading.reason;
-  return json;
+  if (!reading.number) return Json::object({{"value", nullptr}, {"reason", reading.reason}});
+  if (!reading.range) return Json::object({{"value", *reading.number}});
+  return Json::object({{"value", *reading.number}, {"min", reading.range->min}, {"max", reading.range->max}});
 }
 
 Json toJson(const HeadStatus& status) {
-  Json values;
-  for (const Reading& reading : status.readings) values[reading.value->name] = toJson(reading);
-  return {
-      {"address", status.key.address}, {"serial", status.key.serial}, {"protocolVersion", status.key.protocolVersion}, {"values", values}};
+  Json values = Json::object({});
+  for (const Reading& reading : status.readings) values.add(reading.value->name, toJson(reading));
+  return Json::object({{"address", status.key.address},
+                       {"serial", status.key.serial},
+                       {"protocolVersion", status.key.protocolVersion},
+                       {"values", values}});
 }
 
 // A reader at the end of a pipe wants each status when it is there.
@@ -93,14 +94,14 @@ void print(const std::string& text) {
 
 void showOnce(const StatusOptions& options, const Device& head) {
   const HeadStatus status = readAll(head);
-  print(options.json ? toJson(status).dump(2) + "\n" : formatTable(status));
+  print(options.json ? toJson(status).indented() + "\n" : formatTable(status));
 }
 
 void showAgainAndAgain(const StatusOptions& options, const Device& head) {
   const Interruption interruption;
   do {
     const HeadStatus status = readAll(head);
-    print(options.json ? toJson(status).dump() + "\n" : formatTable(status) + "\n");
+    print(options.json ? toJson(status).line() + "\n" : formatTable(status) + "\n");
   } while (!interruption.waitFor(std::chrono::duration<double>(options.interval)));
 }
 
@@ -111,26 +112,28 @@ void show(const StatusOptions& options, Context& context) {
 
 // Seconds of "1s", "500ms", "2min".
 double parseInterval(const std::string& text) {
-  static const std::map<std::string, double> units{{"ms", 0.001}, {"s", 1}, {"min", 60}};
-  const std::size_t end = std::min(text.find_first_not_of("0123456789."), text.size());
-  const auto unit = units.find(text.substr(end));
+  static const std::map<std::string_view, double> units{{"ms", 0.001}, {"s", 1}, {"min", 60}};
+  const char* const end = text.data() + text.size();
   double number = 0;
-  if (unit == units.end() || !CLI::detail::lexical_cast(text.substr(0, end), number) || number <= 0)
-    throw CLI::ValidationError("--watch", fmt::format("\"{}\" is no time such as 1s, 500ms or 2min", text));
+  const auto [behind, error] = std::from_chars(text.data(), end, number, std::chars_format::fixed);
+  const auto unit = units.find(std::string_view(behind, static_cast<std::size_t>(end - behind)));
+  if (error != std::errc() || unit == units.end() || !(number > 0 && number < 1e9))
+    throw arguments::UsageError(fmt::format("\"{}\" is no time such as 1s, 500ms or 2min", text));
   return number * unit->second;
 }
 
 }  // namespace
 
-void defineStatus(CLI::App& app, Context& context) {
+void defineStatus(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<StatusOptions>();
-  addAddress(app, context);
-  app.add_flag("--json", options->json, "Print JSON instead of a table; with --watch one line each time");
-  app.add_option_function<std::string>(
-         "--watch", [options](const std::string& text) { options->interval = parseInterval(text); },
-         "Show the status again after this time, until Ctrl-C")
-      ->type_name("1s");
-  app.callback([options, &context] { show(*options, context); });
+  addAddress(command, context);
+  command.flag("--json", &options->json, "Print JSON instead of a table; with --watch one line each time");
+  command
+      .option(
+          "--watch", [options](const std::string& text) { options->interval = parseInterval(text); },
+          "Show the status again after this time, until Ctrl-C")
+      .valueName("1s");
+  command.run([options, &context] { show(*options, context); });
 }
 
 }  // namespace fringix::tool

@@ -1,6 +1,8 @@
 #include <fmt/format.h>
 
+#include <chrono>
 #include <condition_variable>
+#include <cstdio>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -112,18 +114,14 @@ void watch(const WatchOptions& options, Context& context) {
 
 }  // namespace
 
-void defineWatch(CLI::App& app, Context& context) {
+void defineWatch(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<WatchOptions>();
-  if (!context.bySerial)
-    defineAddress(app, app.add_option("ADDRESS", options->addresses, "IPv4 addresses of the heads, such as 192.168.0.10"));
-  defineSerialNumber(
-      app, app.add_option("--serial", options->serials, "Serial numbers of the heads, in place of the addresses: they are searched for"));
-  app.add_flag("--json", options->json, "Print one line of JSON for each event");
-  app.add_option("-n,--count", options->count, "End after this many events")->type_name("N")->check(CLI::PositiveNumber.description(""));
-  app.footer(
-      app.get_footer() +
-      "\nA connection that is lost ends it with exit code 1. On Windows it is not noticed, and\nCtrl-C has to be pressed twice then.");
-  app.callback([options, &context] { watch(*options, context); });
+  addAddresses(command, context, options->addresses, options->serials);
+  command.flag("--json", &options->json, "Print one line of JSON for each event");
+  command.option("-n,--count", &options->count, "End after this many events").valueName("N").atLeast(1);
+  command.note(
+      "A connection that is lost ends it with exit code 1. On Windows it is not noticed, and\nCtrl-C has to be pressed twice then.");
+  command.run([options, &context] { watch(*options, context); });
 }
 
 }  // namespace fringix::tool

@@ -1,0 +1,21 @@
+#include "arguments/command.h"
+
+namespace fringix::arguments {
+
+Command& Command::subcommand(std::string name, std::string summary) {
+  return subcommands_.emplace_back(std::move(name), std::move(summary));
+}
+
+Argument& Command::positional(std::string name, Target target, std::string help) {
+  return arguments_.emplace_back(std::move(name), std::move(target), std::move(help));
+}
+
+Argument& Command::option(std::string names, Target target, std::string help) {
+  return arguments_.emplace_back(std::move(names), std::move(target), std::move(help));
+}
+
+Argument& Command::flag(std::string names, Target target, std::string help) {
+  return arguments_.emplace_back(std::move(names), std::move(target), std::move(help));
+}
+
+}  // namespace fringix::arguments
