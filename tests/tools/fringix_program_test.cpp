@@ -3,13 +3,13 @@
 
 #include <algorithm>
 #include <fstream>
-#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "head/serving/head_server.h"
 #include "png_decoder.h"
 #include "program.h"
 #include "small_head.h"
+#include "support/json.h"
 #include "support/scripted_head.h"
 
 namespace fringix::test {
@@ -46,10 +46,10 @@ TEST_F(FringixProgram, InfoIsATable) {
 TEST_F(FringixProgram, InfoAsJson) {
   const Outcome outcome = fringixTool("info 127.0.0.1 --json");
   EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-  nlohmann::json facts = nlohmann::json::parse(outcome.output);
-  EXPECT_GT(facts.at("openMilliseconds").get<double>(), 0);
-  facts.erase("openMilliseconds");
-  EXPECT_EQ(facts, nlohmann::json::parse(R"({"address": "127.0.0.1", "serial": 4711, "protocolVersion": 3300, "libraryVersion": 4002,
+  const Json facts(outcome.output);
+  EXPECT_GT(facts.at("/openMilliseconds").number(), 0);
+  EXPECT_EQ(facts.without("/openMilliseconds"),
+            Json(R"({"address": "127.0.0.1", "serial": 4711, "protocolVersion": 3300, "libraryVersion": 4002,
       "camera": {"width": 64, "height": 48}, "projector": {"width": 32, "height": 20}})"));
 }
 

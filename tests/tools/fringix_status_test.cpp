@@ -7,19 +7,17 @@
 #include <condition_variable>
 #include <csignal>
 #include <mutex>
-#include <nlohmann/json.hpp>
 #include <thread>
 
 #include "application.h"
 #include "head/serving/head_server.h"
 #include "program.h"
 #include "small_head.h"
+#include "support/json.h"
 #include "support/scripted_head.h"
 
 namespace fringix::test {
 namespace {
-
-using nlohmann::json;
 
 Outcome fringixTool(const std::string& arguments) { return runProgram(FRINGIX_TOOL, arguments); }
 
@@ -67,17 +65,17 @@ TEST_F(FringixStatus, IsATable) {
 TEST_F(FringixStatus, AsJsonHasTheNamesThatGetTakes) {
   const Outcome outcome = fringixTool("status 127.0.0.1 --json");
   EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-  const json status = json::parse(outcome.output);
-  EXPECT_EQ(status.at("serial"), 4711);
-  EXPECT_EQ(status.at("values").at("led-power"), json::parse(R"({"value": 100, "min": 10, "max": 200})"));
-  for (const auto& [name, reading] : status.at("values").items()) {
+  const Json status(outcome.output);
+  EXPECT_EQ(status.at("/serial").number(), 4711);
+  EXPECT_EQ(status.at("/values/led-power"), Json(R"({"value": 100, "min": 10, "max": 200})"));
+  for (const std::string& name : status.at("/values").names()) {
     const Outcome one = fringixTool("get 127.0.0.1 " + name);
     EXPECT_EQ(one.exitCode, 0) << name << one.errors;
     if (name == "uptime" || name.find("temperature") != std::string::npos) continue;
-    EXPECT_EQ(one.output, reading.at("value").dump() + "\n") << name;
+    EXPECT_EQ(one.output, status.at("/values/" + name + "/value").dump() + "\n") << name;
   }
-  EXPECT_GE(status.at("values").at("temperature").at("value"), 15);
-  EXPECT_GE(status.at("values").at("uptime").at("value"), 0);
+  EXPECT_GE(status.at("/values/temperature/value").number(), 15);
+  EXPECT_GE(status.at("/values/uptime/value").number(), 0);
 }
 
 // One version below, each value is missing and says what it needs; at that version it is there.
@@ -89,9 +87,9 @@ TEST_P(FringixStatusOfOldHead, ShowsADashWithTheReason) {
   for (const std::int32_t version : {needed - 1, needed}) {
     head::HeadServer server(smallHead(version));
     server.start();
-    const json reading = json::parse(fringixTool("status 127.0.0.1 --json").output).at("values").at(name);
-    EXPECT_EQ(reading.at("value").is_null(), version < needed) << reading;
-    EXPECT_EQ(reading.value("reason", ""), version < needed ? reason : "");
+    const Json reading = Json(fringixTool("status 127.0.0.1 --json").output).at(std::string("/values/") + name);
+    EXPECT_EQ(reading.at("/value").dump() == "null", version < needed) << reading;
+    EXPECT_EQ(reading.has("/reason") ? reading.at("/reason").text() : "", version < needed ? reason : "");
     const Outcome one = fringixTool(std::string("get 127.0.0.1 ") + name);
     EXPECT_EQ(one.exitCode, version < needed ? 1 : 0);
     EXPECT_EQ(one.errors.find("SLVERSION_TOO_OLD, -40") != std::string::npos, version < needed) << one.errors;
@@ -156,7 +154,7 @@ TEST(FringixStatusWatch, ShowsItAgainUntilTheHeadIsGone) {
   EXPECT_EQ(outcome.exitCode, 1);
   EXPECT_NE(outcome.errors.find("(SLCONNECTION_ERROR, -10)"), std::string::npos) << outcome.errors;
   EXPECT_GE(std::count(outcome.output.begin(), outcome.output.end(), '\n'), 3) << "one line each time";
-  EXPECT_EQ(json::parse(outcome.output.substr(0, outcome.output.find('\n'))).at("serial"), 4711);
+  EXPECT_EQ(Json(outcome.output.substr(0, outcome.output.find('\n'))).at("/serial").number(), 4711);
 }
 
 TEST(FringixStatusWatch, EndsWithCtrlC) {

@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <csignal>
-#include <nlohmann/json.hpp>
 #include <regex>
 #include <thread>
 
@@ -13,6 +12,7 @@
 #include "small_head.h"
 #include "support/child_process.h"
 #include "support/forced_end.h"
+#include "support/json.h"
 #include "triggered_line.h"
 
 namespace fringix::test {
@@ -53,9 +53,8 @@ TEST_F(FringixWatch, PrintsTriggersOfSeveralHeadsAsTheyCome) {
 TEST_F(FringixWatch, PrintsLinesOfJson) {
   ChildProcess tool(FRINGIX_TOOL, {"watch", "--json", "127.0.0.1"});
   EXPECT_EQ(tool.nextLine(), "watching 1 head, end with Ctrl-C");
-  nlohmann::json event = nlohmann::json::parse(lineAfterTrigger(tool, server_));
-  event.erase("time");
-  EXPECT_EQ(event, nlohmann::json::parse(R"({"address": "127.0.0.1", "serial": 4711, "event": "trigger"})"));
+  const Json event(lineAfterTrigger(tool, server_));
+  EXPECT_EQ(event.without("/time"), Json(R"({"address": "127.0.0.1", "serial": 4711, "event": "trigger"})"));
 }
 
 TEST_F(FringixWatch, EndsAfterTheWantedNumberOfEvents) {
