@@ -58,7 +58,8 @@ build() { # PRESET TARGET...
   shift
   step "building $preset"
   quietly "$preset-configure.log" cmake --preset "$preset"
-  quietly "$preset-build.log" cmake --build --preset "$preset" --target "$@" -- --quiet
+  # The name goes by the path, because ccache would split a folder at its spaces.
+  PATH="$PWD/scripts:$PATH" CCACHE_PREFIX=compile-time quietly "$preset-build.log" cmake --build --preset "$preset" --target "$@" -- --quiet
 }
 
 install_tree() { # PLATFORM
