@@ -17,6 +17,7 @@ packages_for() { # PURPOSE
     windows) packages_for linux && packages_for windows-programs && echo llvm ;;
     isolation) echo iproute2 ;;
     display) echo xvfb ;;
+    browser) echo chromium chromium-driver python3-selenium ;;
     wine) echo wine64 ;;
     format) echo clang-format ;;
     lint) echo clang-tidy shellcheck ;;
