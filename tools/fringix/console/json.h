@@ -19,7 +19,7 @@ class Json {
 
   Json(std::nullptr_t) : text_("null") {}
   Json(std::same_as<bool> auto truth) : text_(truth ? "true" : "false") {}
-  Json(std::integral auto number) : text_(std::to_string(number)) {}
+  Json(std::integral auto number) requires(!std::same_as<decltype(number), bool>) : text_(std::to_string(number)) {}
   Json(double number);
   Json(std::string_view text);  // bytes that are no UTF-8 become U+FFFD
   Json(const std::string& text) : Json(std::string_view(text)) {}
