@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "head/commands/commands.h"
+#include "head/commands/transfers.h"
 
 namespace fringix::head {
 
@@ -17,9 +18,11 @@ bool fits(std::uint32_t shades, std::uint32_t width, std::uint32_t height, Size 
 void setMask(Call& call) {
   const auto [shades, width, height] = call.wire.readInts<3>();
   const std::uint32_t size = width * height;  // clients count in 32 bits, however large the sides
-  if (!fits(shades, width, height, call.model.settings().projector)) {
+  const bool possible = fits(shades, width, height, call.model.settings().projector);
+  const auto room = possible ? takeRoom(call, size) : std::nullopt;
+  if (!room) {
     call.wire.skip(size);
-    return call.reply(Status::badParameter);
+    return call.reply(possible ? Status::outOfMemory : Status::badParameter);
   }
   auto mask = call.wire.readBlock(size);
   if (Shades{shades} == Shades::onlyLightAndDark) {

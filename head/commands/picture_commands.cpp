@@ -17,37 +17,38 @@ Region wholePicture(const Call& call) {
 
 // The marker, in as many bytes as the client waits for. No client waits for more than a whole picture.
 void sendMissing(Call& call, std::uint64_t count) {
-  call.picture.resize(call.model.settings().camera);
-  auto& bytes = call.picture.pixels;
-  if (count > bytes.size()) throw ProtocolError("a picture of " + std::to_string(count) + " bytes, more than the camera has");
-  bytes.assign(static_cast<std::size_t>(count), 0);
-  std::copy_n(missingPicture, std::min(bytes.size(), std::size(missingPicture)), bytes.begin());
-  call.wire.writeBytes(bytes.data(), bytes.size());
+  const Region whole = wholePicture(call);
+  if (count > std::uint64_t{whole.width} * whole.height)
+    throw ProtocolError("a picture of " + std::to_string(count) + " bytes, more than the camera has");
+  const auto marked = std::min<std::uint64_t>(count, std::size(missingPicture));
+  call.wire.writeBytes(missingPicture, static_cast<std::size_t>(marked));
+  call.wire.writeRepeated(0, count - marked);
 }
 
 bool isWhole(const Region& region, Size size) {
   return region.width == static_cast<std::uint32_t>(size.width) && region.height == static_cast<std::uint32_t>(size.height);
 }
 
-// Sends the region of call.picture, reduced by `factor`; `present` tells whether there is a picture at all.
-void sendPart(Call& call, bool present, const Region& region, std::uint32_t factor = 1) {
+// Sends the region of a picture, reduced by `factor`; null is a picture that does not exist.
+void sendPart(Call& call, const Picture* picture, const Region& region, std::uint32_t factor = 1) {
   if (factor == 0) throw ProtocolError("a picture reduced by the factor 0");
   const std::uint64_t count = std::uint64_t{region.width / factor} * region.height / factor;
   if (count == 0) return;
   const bool divides = region.width % factor == 0 && region.height % factor == 0;
-  if (!present || !divides || !liesWithin(region, call.picture.size)) return sendMissing(call, count);
-  const bool asItIs = factor == 1 && isWhole(region, call.picture.size);
-  if (factor > 1) reduce(call.picture, region, factor, call.part);
-  if (factor == 1 && !asItIs) crop(call.picture, region, call.part);
-  const Picture& reply = asItIs ? call.picture : call.part;
+  if (picture == nullptr || !divides || !liesWithin(region, picture->size)) return sendMissing(call, count);
+  const bool asItIs = factor == 1 && isWhole(region, picture->size);
+  if (factor > 1) reduce(*picture, region, factor, call.part);
+  if (factor == 1 && !asItIs) crop(*picture, region, call.part);
+  const Picture& reply = asItIs ? *picture : call.part;
   call.wire.writeBytes(reply.pixels.data(), reply.pixels.size());
 }
 
 void sendLive(Call& call, std::uint32_t channel, const Region& region, std::uint32_t factor = 1) {
-  sendPart(call, call.model.takePicture(channel, call.picture), region, factor);
+  const bool taken = call.model.takePicture(channel, call.picture);
+  sendPart(call, taken ? &call.picture : nullptr, region, factor);
 }
 
-void sendStored(Call& call, PictureName name, const Region& region) { sendPart(call, call.model.loadPicture(name, call.picture), region); }
+void sendStored(Call& call, PictureName name, const Region& region) { sendPart(call, call.model.storedPicture(name).get(), region); }
 
 constexpr Command commands[] = {
     {"41MSG_SLGetLiveImage", 0, [](Call& call) { sendLive(call, 0, wholePicture(call)); }},

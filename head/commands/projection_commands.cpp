@@ -11,10 +11,9 @@ namespace {
 
 void showUpload(Call& call, PixelFormat format) {
   const auto [width, height, stride] = call.wire.readInts<3>();
-  auto image = readImage(call.wire, {width, height, stride}, format, call.model.settings().projector);
-  if (!image) return call.reply(Status::badParameter);
-  call.model.show(std::make_shared<const Pattern>(std::move(*image)));
-  call.reply(Status::ok);
+  auto image = readImage(call, {width, height, stride}, format);
+  if (image.pattern) call.model.show(std::make_shared<const Pattern>(std::move(*image.pattern)));
+  call.reply(image.status);
 }
 
 // The single reply of a measurement is its result. Other clients are served between its images.

@@ -1,6 +1,9 @@
 #include "head/commands/received_image.h"
 
 #include <algorithm>
+#include <utility>
+
+#include "head/commands/transfers.h"
 
 namespace fringix::head {
 
@@ -19,19 +22,27 @@ void readPixels(Wire& wire, PixelFormat format, Colour* pixels, std::size_t coun
   for (std::size_t i = count; i > 0; --i) pixels[i - 1] = grey(bytes[i - 1]);  // from the end: the bytes stand where the pixels go
 }
 
-}  // namespace
+ReceivedImage refuse(Wire& wire, const ImageShape& shape, Status reason) {
+  wire.skip(std::uint64_t{shape.height} * shape.stride);
+  return {reason};
+}
 
-std::optional<Pattern> readImage(Wire& wire, const ImageShape& shape, PixelFormat format, Size limit) {
-  if (!fits(shape, format, limit)) {
-    wire.skip(std::uint64_t{shape.height} * shape.stride);
-    return std::nullopt;
-  }
+Pattern readPattern(Wire& wire, const ImageShape& shape, PixelFormat format) {
   Pattern pattern({static_cast<std::int32_t>(shape.width), static_cast<std::int32_t>(shape.height)});
   for (std::int32_t y = 0; y < pattern.size.height; ++y) {
     readPixels(wire, format, pattern.row(y), shape.width);
     wire.skip(shape.stride - shape.width * static_cast<std::uint32_t>(format));
   }
   return pattern;
+}
+
+}  // namespace
+
+ReceivedImage readImage(Call& call, const ImageShape& shape, PixelFormat format) {
+  if (!fits(shape, format, call.model.settings().projector)) return refuse(call.wire, shape, Status::badParameter);
+  auto room = takeRoomForPattern(call);
+  if (!room) return refuse(call.wire, shape, Status::outOfMemory);
+  return {Status::ok, readPattern(call.wire, shape, format), std::move(*room)};
 }
 
 std::optional<std::vector<Colour>> readProfile(Wire& wire, std::uint32_t length, PixelFormat format, std::int32_t count) {

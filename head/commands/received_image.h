@@ -4,8 +4,10 @@
 #include <cstdint>
 #include <optional>
 
+#include "head/commands/commands.h"
+#include "head/model/memory_budget.h"
 #include "head/optics/pattern.h"
-#include "head/wire/wire.h"
+#include "head/settings/status.h"
 
 namespace fringix::head {
 
@@ -18,8 +20,15 @@ struct ImageShape {
   std::uint32_t stride = 0;
 };
 
-// Reads an image of a size that fits the limit. Everything else is read to its end and forgotten, whatever its size.
-std::optional<Pattern> readImage(Wire& wire, const ImageShape& shape, PixelFormat format, Size limit);
+// What arrived, or why it is refused, and the memory that it has until it is stored.
+struct ReceivedImage {
+  Status status = Status::ok;
+  std::optional<Pattern> pattern{};
+  MemoryBudget::Share room{};
+};
+
+// Reads an image of a size that fits the projector. Everything else is read to its end and forgotten, whatever its size.
+ReceivedImage readImage(Call& call, const ImageShape& shape, PixelFormat format);
 
 // Reads `length` bytes as one pixel for each of `count` columns or rows; likewise.
 std::optional<std::vector<Colour>> readProfile(Wire& wire, std::uint32_t length, PixelFormat format, std::int32_t count);

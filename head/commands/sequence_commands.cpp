@@ -3,6 +3,7 @@
 
 #include "head/commands/commands.h"
 #include "head/commands/received_image.h"
+#include "head/commands/transfers.h"
 #include "head/optics/gray_code.h"
 #include "head/optics/patterns.h"
 
@@ -22,25 +23,33 @@ void put(Call& call, std::uint32_t id, std::uint32_t image, std::optional<Patter
   call.reply(pattern ? call.model.putImage(id, image, std::move(*pattern)) : Status::badParameter);
 }
 
+// The same for what is generated, which takes memory as an upload does.
+template <class Generate>
+void putGenerated(Call& call, std::uint32_t id, std::uint32_t image, Generate generate) {
+  const auto room = takeRoomForPattern(call);
+  if (!room) return call.reply(Status::outOfMemory);
+  put(call, id, image, generate(call.model.settings().projector));
+}
+
 void upload(Call& call) {
   const auto [id, image, width, height, stride] = call.wire.readInts<5>();
-  const Size projector = call.model.settings().projector;
-  auto pattern = readImage(call.wire, {width, height, stride}, PixelFormat::rgb24, projector);
-  if (pattern && pattern->size != projector) pattern.reset();
-  put(call, id, image, std::move(pattern));
+  auto received = readImage(call, {width, height, stride}, PixelFormat::rgb24);
+  if (received.status != Status::ok) return call.reply(received.status);
+  if (received.pattern->size != call.model.settings().projector) received.pattern.reset();
+  put(call, id, image, std::move(received.pattern));
 }
 
 void makeFromUpload(Call& call, Axis axis, PixelFormat format) {
   const auto [id, image, length] = call.wire.readInts<3>();
-  const Size projector = call.model.settings().projector;
-  const auto profile = readProfile(call.wire, length, format, extent(projector, axis));
-  put(call, id, image, profile ? std::optional(makeFromProfile(projector, axis, *profile)) : std::nullopt);
+  const auto profile = readProfile(call.wire, length, format, extent(call.model.settings().projector, axis));
+  if (!profile) return call.reply(Status::badParameter);
+  putGenerated(call, id, image, [&](Size projector) { return makeFromProfile(projector, axis, *profile); });
 }
 
 void makeGrayCodeImage(Call& call) {
   const auto [id, image, bit, axis, inverted] = call.wire.readInts<5>();
   if (bit > largestBit || !isAxis(axis) || inverted > 1) return call.reply(Status::badParameter);
-  put(call, id, image, makeGrayCode(call.model.settings().projector, Axis{axis}, bit, inverted == 1));
+  putGenerated(call, id, image, [&](Size projector) { return makeGrayCode(projector, Axis{axis}, bit, inverted == 1); });
 }
 
 // All steps of one phase shift, in consecutive images.
@@ -48,6 +57,8 @@ void makePhaseImages(Call& call) {
   const auto [id, firstImage, steps, period, axis] = call.wire.readInts<5>();
   if (steps < 1 || steps > SequenceStore::longestSequence || period == 1 || !isAxis(axis)) return call.reply(Status::badParameter);
   const Size projector = call.model.settings().projector;
+  const auto room = takeRoomForPattern(call);
+  if (!room) return call.reply(Status::outOfMemory);
   const double pixels = period > 0 ? period : static_cast<double>(extent(projector, Axis{axis}));
   Status status = call.model.sequenceImage(id, firstImage + steps - 1).status;  // all of them, or none
   for (std::uint32_t step = 0; step < steps && status == Status::ok; ++step) {
@@ -72,41 +83,45 @@ std::optional<Pattern> makeKind(Size size, Kind kind, std::uint8_t level, std::u
 
 void makeImage(Call& call) {
   const auto [id, image, kind, level, side] = call.wire.readInts<5>();
-  const bool readable = level <= 255 && side <= 255;
-  const Size projector = call.model.settings().projector;
-  put(call, id, image, readable ? makeKind(projector, Kind{kind}, static_cast<std::uint8_t>(level), side) : std::nullopt);
+  if (level > 255 || side > 255) return call.reply(Status::badParameter);
+  putGenerated(call, id, image, [&](Size projector) { return makeKind(projector, Kind{kind}, static_cast<std::uint8_t>(level), side); });
 }
 
 // The pictures of a Gray code: for each bit, the coarsest first, one under the pattern and one under its inverse.
-std::optional<std::vector<Picture>> loadGrayCode(Call& call, std::uint32_t channel, std::uint32_t firstPicture, std::uint32_t bits) {
-  if (bits < 1 || bits > mostDecodedBits) return std::nullopt;
-  std::vector<Picture> pictures(std::size_t{2} * bits);
+// Empty when one is missing.
+std::vector<SharedPicture> loadGrayCode(const HeadModel& model, std::uint32_t channel, std::uint32_t firstPicture, std::uint32_t bits) {
+  if (bits < 1 || bits > mostDecodedBits) return {};
+  std::vector<SharedPicture> pictures;
   for (std::uint32_t i = 0; i < 2 * bits; ++i) {
-    if (!call.model.loadPicture({channel, firstPicture + i}, pictures[i])) return std::nullopt;
+    pictures.push_back(model.storedPicture({channel, firstPicture + i}));
+    if (pictures.back() == nullptr) return {};
   }
   return pictures;
 }
 
-std::vector<std::uint16_t> decode(const std::vector<Picture>& pictures, std::uint32_t contrast) {
+std::vector<std::uint16_t> decode(const std::vector<SharedPicture>& pictures, std::uint32_t contrast) {
   std::vector<BitPictures> bits;
-  for (std::size_t i = 0; i < pictures.size(); i += 2) bits.push_back({&pictures[i], &pictures[i + 1]});
+  for (std::size_t i = 0; i < pictures.size(); i += 2) bits.push_back({pictures[i].get(), pictures[i + 1].get()});
   return decodeGrayCode(bits, static_cast<int>(std::min(contrast, 256U)));
+}
+
+void sendNumber(Wire& wire, std::uint16_t number) {
+  const std::uint8_t bytes[] = {static_cast<std::uint8_t>(number & 0xFFU), static_cast<std::uint8_t>(number >> 8)};
+  wire.writeBytes(bytes, std::size(bytes));
 }
 
 // Two bytes for each pixel come before the status, also when there is nothing to compute.
 void calculateGrayCode(Call& call) {
   const auto [firstPicture, bits, contrast, channel] = call.wire.readInts<4>();
-  const auto pictures = loadGrayCode(call, channel, firstPicture, bits);
-  call.picture.resize(call.model.settings().camera);
-  const auto numbers = pictures ? decode(*pictures, contrast) : std::vector<std::uint16_t>(call.picture.pixels.size(), noCode);
-  std::vector<std::uint8_t> bytes;
-  bytes.reserve(2 * numbers.size());
-  for (const std::uint16_t number : numbers) {
-    bytes.push_back(static_cast<std::uint8_t>(number & 0xFFU));
-    bytes.push_back(static_cast<std::uint8_t>(number >> 8));
+  const std::size_t size = 2 * call.model.settings().camera.pixels();
+  const auto pictures = loadGrayCode(call.model, channel, firstPicture, bits);
+  const auto room = pictures.empty() ? std::nullopt : takeRoom(call, size);
+  if (room) {
+    for (const std::uint16_t number : decode(pictures, contrast)) sendNumber(call.wire, number);
+  } else {
+    call.wire.writeRepeated(noCode & 0xFFU, size);
   }
-  call.wire.writeBytes(bytes.data(), bytes.size());
-  call.reply(pictures ? Status::ok : Status::badParameter);
+  call.reply(pictures.empty() ? Status::badParameter : room ? Status::ok : Status::outOfMemory);
 }
 
 constexpr Command commands[] = {

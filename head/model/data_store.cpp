@@ -11,14 +11,17 @@ namespace fringix::head {
 Status DataStore::save(const std::string& name, Block block) {
   if (!isDataName(name) || block.empty()) return Status::badParameter;
   const std::lock_guard lock(mutex_);
-  if (sizeWithout(name) + block.size() > capacity_) return Status::outOfMemory;
+  const Content others = contentWithout(name);
+  if (others.blocks >= mostBlocks || others.bytes + block.size() > capacity_) return Status::outOfMemory;
   return write(name, std::move(block));
 }
 
-SharedBlock DataStore::load(const std::string& name) const {
-  if (!isDataName(name)) return nullptr;
+LentBlock DataStore::load(const std::string& name, MemoryBudget& budget) const {
+  if (!isDataName(name)) return {};
   const std::lock_guard lock(mutex_);
-  return read(name);
+  auto room = budget.take(sizeOf(name));
+  if (!room) return {.noRoom = true};
+  return {.block = read(name), .room = std::move(*room)};
 }
 
 std::unique_ptr<DataStore> makeDataStore(const HeadSettings& settings) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "head/model/memory_budget.h"
 #include "head/settings/head_settings.h"
 #include "head/settings/status.h"
 
@@ -16,9 +17,18 @@ namespace fringix::head {
 using Block = std::vector<std::uint8_t>;
 using SharedBlock = std::shared_ptr<const Block>;
 
+// A block on its way to a client, with its share of the memory for that: it may have been replaced in the store since.
+struct LentBlock {
+  bool noRoom = false;  // the block exists, but there is no share left for it just now
+  SharedBlock block{};  // null where there is none
+  MemoryBudget::Share room{};
+};
+
 // Safe to use from several threads. A name that can be no block's is refused before the place of the blocks hears of it.
 class DataStore {
  public:
+  static constexpr std::size_t mostBlocks = 1000;  // so that no client fills the head's memory, or the folder, with names
+
   explicit DataStore(std::size_t capacity) : capacity_(capacity) {}  // in bytes of all blocks together
   virtual ~DataStore() = default;
   DataStore(const DataStore&) = delete;
@@ -27,11 +37,18 @@ class DataStore {
   std::size_t capacity() const { return capacity_; }
 
   Status save(const std::string& name, Block block);  // in place of an older one
-  SharedBlock load(const std::string& name) const;    // null where there is none
+  LentBlock load(const std::string& name, MemoryBudget& budget) const;
+
+ protected:
+  struct Content {
+    std::uint64_t bytes = 0;
+    std::size_t blocks = 0;
+  };
 
  private:
-  virtual std::uint64_t sizeWithout(const std::string& name) const = 0;  // of all other blocks, in bytes
-  virtual Status write(const std::string& name, Block block) = 0;        // wholly or not at all
+  virtual Content contentWithout(const std::string& name) const = 0;  // all other blocks
+  virtual std::size_t sizeOf(const std::string& name) const = 0;      // 0 where there is none
+  virtual Status write(const std::string& name, Block block) = 0;     // wholly or not at all
   virtual SharedBlock read(const std::string& name) const = 0;
 
   const std::size_t capacity_;

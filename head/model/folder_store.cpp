@@ -15,6 +15,7 @@ namespace fs = std::filesystem;
 
 // Where a block arrives before it takes its place; no block has such a name.
 constexpr const char* incoming = ".incoming";
+constexpr const char* lockName = ".lock";
 
 // A link could lead out of the folder, so it is no block; neither is a pipe, at which a reader would wait.
 bool isBlock(const fs::path& file) {
@@ -22,10 +23,17 @@ bool isBlock(const fs::path& file) {
   return fs::is_regular_file(fs::symlink_status(file, error));
 }
 
-std::uint64_t sizeOf(const fs::path& file) {
+std::uint64_t bytesOf(const fs::path& file) {
   std::error_code error;
   const std::uintmax_t size = fs::file_size(file, error);
   return error ? 0 : size;
+}
+
+fs::path made(fs::path folder) {
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (!fs::is_directory(folder, error)) throw std::runtime_error("cannot make the folder \"" + folder.string() + "\" for data blocks");
+  return folder;
 }
 
 bool writeFile(const fs::path& file, const Block& block) {
@@ -37,20 +45,30 @@ bool writeFile(const fs::path& file, const Block& block) {
 
 }  // namespace
 
-FolderStore::FolderStore(fs::path folder, std::size_t capacity) : DataStore(capacity), folder_(std::move(folder)) {
-  std::error_code error;
-  fs::create_directories(folder_, error);
-  if (!fs::is_directory(folder_, error)) throw std::runtime_error("cannot make the folder \"" + folder_.string() + "\" for data blocks");
+FolderStore::FolderStore(fs::path folder, std::size_t capacity)
+    : DataStore(capacity), folder_(made(std::move(folder))), lock_(folder_ / lockName) {
+  if (lock_.state() == platform::FileLock::State::taken) {
+    throw std::runtime_error("another head keeps its data blocks in the folder \"" + folder_.string() +
+                             "\": end that one, or give this one a folder of its own");
+  }
 }
 
-std::uint64_t FolderStore::sizeWithout(const std::string& name) const {
-  std::uint64_t sum = 0;
+DataStore::Content FolderStore::contentWithout(const std::string& name) const {
+  Content content;
   std::error_code error;
   for (fs::directory_iterator file(folder_, error), end; !error && file != end; file.increment(error)) {
     const std::string other = file->path().filename().string();
-    if (other != name && isDataName(other) && isBlock(file->path())) sum += sizeOf(file->path());
+    if (other == name || !isDataName(other) || !isBlock(file->path())) continue;
+    content.bytes += bytesOf(file->path());
+    ++content.blocks;
   }
-  return sum;
+  return content;
+}
+
+std::size_t FolderStore::sizeOf(const std::string& name) const {
+  const fs::path file = folder_ / name;
+  const std::uint64_t bytes = isBlock(file) ? bytesOf(file) : 0;
+  return bytes <= capacity() ? static_cast<std::size_t>(bytes) : 0;
 }
 
 Status FolderStore::write(const std::string& name, Block block) {
@@ -66,10 +84,9 @@ Status FolderStore::write(const std::string& name, Block block) {
 }
 
 SharedBlock FolderStore::read(const std::string& name) const {
-  const fs::path file = folder_ / name;
-  if (!isBlock(file) || sizeOf(file) > capacity()) return nullptr;
-  auto block = std::make_shared<Block>(static_cast<std::size_t>(sizeOf(file)));
-  std::ifstream input(file, std::ios::binary);
+  auto block = std::make_shared<Block>(sizeOf(name));
+  if (block->empty()) return nullptr;
+  std::ifstream input(folder_ / name, std::ios::binary);
   input.read(reinterpret_cast<char*>(block->data()), static_cast<std::streamsize>(block->size()));
   return input ? block : nullptr;
 }

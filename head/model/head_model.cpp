@@ -1,5 +1,6 @@
 #include "head/model/head_model.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -12,6 +13,12 @@ namespace {
 constexpr std::int32_t hotCamera = 60;  // degrees Celsius
 constexpr std::int32_t hotProjector = 80;
 
+// Enough for the largest thing that a client may send or fetch, whatever the settings say.
+std::size_t transferMemory(const HeadSettings& settings) {
+  return std::max({settings.transferMemory, settings.dataMemory, settings.projector.pixels() * sizeof(Colour),
+                   settings.camera.pixels() * sizeof(std::uint16_t)});
+}
+
 }  // namespace
 
 HeadModel::HeadModel(HeadSettings settings)
@@ -19,6 +26,7 @@ HeadModel::HeadModel(HeadSettings settings)
       controls_(settings_.clock),
       configuration_(settings_),
       data_(makeDataStore(settings_)),
+      transfers_(transferMemory(settings_)),
       serialDevice_(settings_.serialScript),
       projector_(settings_.projector),
       cameras_{Camera(settings_, 0), Camera(settings_, 1)},
@@ -43,8 +51,7 @@ void HeadModel::switchDmd(bool on) {
 }
 
 Status HeadModel::setMask(std::vector<std::uint8_t> mask) {
-  const Size size = settings_.projector;
-  if (mask.size() != static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height)) return Status::badParameter;
+  if (mask.size() != settings_.projector.pixels()) return Status::badParameter;
   const std::lock_guard lock(mutex_);
   projector_.setMask(std::move(mask));
   return Status::ok;
@@ -85,11 +92,9 @@ bool HeadModel::storePicture(PictureName name, Picture picture) {
   return pictures_.put(name, std::move(picture));
 }
 
-bool HeadModel::loadPicture(PictureName name, Picture& picture) const {
+SharedPicture HeadModel::storedPicture(PictureName name) const {
   const std::lock_guard lock(mutex_);
-  const Picture* found = pictures_.find(name);
-  if (found != nullptr) picture = *found;
-  return found != nullptr;
+  return pictures_.find(name);
 }
 
 Status HeadModel::allocateSequence(std::uint32_t imageCount, std::uint32_t& id) {
@@ -130,9 +135,10 @@ Status HeadModel::measureImage(std::uint32_t id, std::uint32_t index) {
   if (image.status != Status::ok) return image.status;
   projector_.show(std::move(image.pattern));
   for (std::uint32_t channel = 0; channel < channelCount; ++channel) {
+    if (!pictures_.hasRoom({channel, index}, settings_.camera.pixels())) return Status::outOfMemory;
     Picture picture;
     takeLocked(channel, picture);
-    if (!pictures_.put({channel, index}, std::move(picture))) return Status::outOfMemory;
+    pictures_.put({channel, index}, std::move(picture));
   }
   return Status::ok;
 }

@@ -40,6 +40,7 @@ class HeadModel {
   const Controls& controls() const { return controls_; }
   Configuration& configuration() { return configuration_; }
   DataStore& data() { return *data_; }
+  MemoryBudget& transfers() { return transfers_; }  // for what clients are sending and fetching
   IoLines& lines() { return lines_; }
   SerialDevice& serialDevice() { return serialDevice_; }
 
@@ -56,8 +57,8 @@ class HeadModel {
   // number and the number of the picture, counted from 1; no pixel is 0. Reuses the memory of `picture`.
   bool takePicture(std::uint32_t channel, Picture& picture);
 
-  bool storePicture(PictureName name, Picture picture);        // false: no room for it
-  bool loadPicture(PictureName name, Picture& picture) const;  // false: there is none
+  bool storePicture(PictureName name, Picture picture);  // false: no room for it
+  SharedPicture storedPicture(PictureName name) const;   // null where there is none
 
   Status allocateSequence(std::uint32_t imageCount, std::uint32_t& id);
   Status freeSequence(std::uint32_t id);
@@ -79,6 +80,7 @@ class HeadModel {
   Controls controls_;
   Configuration configuration_;
   const std::unique_ptr<DataStore> data_;
+  MemoryBudget transfers_;
   IoLines lines_;
   SerialDevice serialDevice_;
 

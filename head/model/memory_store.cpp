@@ -4,10 +4,19 @@
 
 namespace fringix::head {
 
-std::uint64_t MemoryStore::sizeWithout(const std::string& name) const {
-  std::uint64_t sum = 0;
-  for (const auto& [other, block] : blocks_) sum += other != name ? block->size() : 0;
-  return sum;
+DataStore::Content MemoryStore::contentWithout(const std::string& name) const {
+  Content content;
+  for (const auto& [other, block] : blocks_) {
+    if (other == name) continue;
+    content.bytes += block->size();
+    ++content.blocks;
+  }
+  return content;
+}
+
+std::size_t MemoryStore::sizeOf(const std::string& name) const {
+  const auto found = blocks_.find(name);
+  return found != blocks_.end() ? found->second->size() : 0;
 }
 
 Status MemoryStore::write(const std::string& name, Block block) {

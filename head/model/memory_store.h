@@ -13,7 +13,8 @@ class MemoryStore : public DataStore {
   using DataStore::DataStore;
 
  private:
-  std::uint64_t sizeWithout(const std::string& name) const override;
+  Content contentWithout(const std::string& name) const override;
+  std::size_t sizeOf(const std::string& name) const override;
   Status write(const std::string& name, Block block) override;
   SharedBlock read(const std::string& name) const override;
 

@@ -4,18 +4,23 @@
 
 namespace fringix::head {
 
+bool PictureStore::hasRoom(PictureName name, std::size_t bytes) const { return bytes <= capacity_ - usedWithout(name); }
+
 bool PictureStore::put(PictureName name, Picture picture) {
-  const Picture* old = find(name);
-  const std::size_t others = used_ - (old != nullptr ? old->pixels.size() : 0);
-  if (picture.pixels.size() > capacity_ - others) return false;
-  used_ = others + picture.pixels.size();
-  pictures_[name] = std::move(picture);
+  if (!hasRoom(name, picture.pixels.size())) return false;
+  used_ = usedWithout(name) + picture.pixels.size();
+  pictures_[name] = std::make_shared<const Picture>(std::move(picture));
   return true;
 }
 
-const Picture* PictureStore::find(PictureName name) const {
+SharedPicture PictureStore::find(PictureName name) const {
   const auto found = pictures_.find(name);
-  return found != pictures_.end() ? &found->second : nullptr;
+  return found != pictures_.end() ? found->second : nullptr;
+}
+
+std::size_t PictureStore::usedWithout(PictureName name) const {
+  const SharedPicture old = find(name);
+  return used_ - (old != nullptr ? old->pixels.size() : 0);
 }
 
 }  // namespace fringix::head

@@ -5,9 +5,7 @@
 namespace fringix::head {
 
 SequenceStore::SequenceStore(Size projector, std::size_t capacity)
-    : imageBytes_(static_cast<std::size_t>(projector.width) * static_cast<std::size_t>(projector.height) * sizeof(Colour)),
-      free_(capacity),
-      dark_(std::make_shared<const Pattern>(Size{})) {}
+    : imageBytes_(projector.pixels() * sizeof(Colour)), free_(capacity), dark_(std::make_shared<const Pattern>(Size{})) {}
 
 Status SequenceStore::allocate(std::uint32_t imageCount, std::uint32_t& id) {
   id = 0;

@@ -17,6 +17,7 @@
 #include "head/program/input_lines.h"
 #include "head/program/options.h"
 #include "head/program/pattern_files.h"
+#include "head/program/printable.h"
 #include "head/serving/head_server.h"
 
 namespace {
@@ -24,6 +25,7 @@ namespace {
 using namespace fringix;
 using head::Happening;
 using head::HeadSettings;
+using head::printable;
 
 constexpr int failed = 1;
 constexpr int wrongUsage = 2;
@@ -49,6 +51,8 @@ std::string describe(Happening happening, const std::string& text) {
       return "connected";
     case Happening::disconnected:
       return "disconnected";
+    case Happening::refused:
+      return "connection refused: " + text;
     case Happening::trouble:
       return "connection closed: " + text;
     case Happening::command:
@@ -59,11 +63,12 @@ std::string describe(Happening happening, const std::string& text) {
 
 head::Observer makeObserver(const HeadSettings& settings, bool verbose) {
   return [serial = settings.serial, verbose](Happening happening, const std::string& client, const std::string& text) {
-    if (!verbose && happening != Happening::trouble) return;
+    if (!verbose && happening != Happening::trouble && happening != Happening::refused) return;
     const auto now = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
     const auto fraction = now.time_since_epoch() % std::chrono::seconds(1);
     const std::tm local = fmt::localtime(std::chrono::system_clock::to_time_t(now));
-    printLine(fmt::format("{:%H:%M:%S}.{:03} head {}  {}  {}", local, fraction.count(), serial, client, describe(happening, text)));
+    printLine(
+        fmt::format("{:%H:%M:%S}.{:03} head {}  {}  {}", local, fraction.count(), serial, client, printable(describe(happening, text))));
   };
 }
 

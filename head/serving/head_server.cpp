@@ -13,6 +13,7 @@ namespace {
 
 constexpr int backlog = 64;
 constexpr std::chrono::milliseconds stopInterval{50};
+constexpr std::chrono::milliseconds tellInterval{1000};
 
 platform::Socket listenOn(const std::string& address) {
   platform::Socket listener = platform::Socket::openStream();
@@ -54,10 +55,12 @@ void HeadServer::stop() noexcept {
 
 void HeadServer::acceptClients() noexcept {
   while (!stopping_) {
-    sessions_.remove_if([](const Session& session) { return session.finished(); });
-    if (listener_.waitReadable(stopInterval) == platform::Readiness::timedOut || stopping_) continue;
+    const platform::Readiness readiness = listener_.waitReadable(stopInterval);
+    if (stopping_) return;
+    forgetFinished();
     try {
-      acceptClient();
+      if (readiness != platform::Readiness::timedOut) acceptClient();
+      tellRefusals();
     } catch (const std::exception&) {
       platform::sleepFor(stopInterval);  // no thread or no memory for this client just now
     }
@@ -68,8 +71,28 @@ void HeadServer::acceptClient() {
   platform::Ipv4Endpoint peer;
   platform::Socket socket = listener_.accept(&peer);
   if (!socket.valid()) return platform::sleepFor(stopInterval);  // out of descriptors, say: do not spin
+  if (sessions_.size() >= model_.settings().mostClients) {
+    ++refused_;
+    lastRefused_ = peer;
+    return;
+  }
   socket.setNoDelay(true);
   sessions_.emplace_back(std::move(socket), peer, model_, triggers_, observer_);
+}
+
+void HeadServer::forgetFinished() {
+  sessions_.remove_if([](const Session& session) { return session.finished(); });
+}
+
+// Once a second at most: a flood of clients is no flood of messages.
+void HeadServer::tellRefusals() {
+  const auto now = std::chrono::steady_clock::now();
+  if (refused_ == 0 || now < nextTelling_) return;
+  nextTelling_ = now + tellInterval;
+  const std::string reason = std::to_string(model_.settings().mostClients) + " clients are connected already";
+  const std::string count = refused_ == 1 ? "" : " (" + std::to_string(refused_) + " connections refused)";
+  refused_ = 0;
+  if (observer_) observer_(Happening::refused, nameOf(lastRefused_), reason + count);
 }
 
 }  // namespace fringix::head

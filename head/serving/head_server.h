@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <list>
@@ -41,6 +42,8 @@ class HeadServer {
  private:
   void acceptClients() noexcept;
   void acceptClient();
+  void forgetFinished();
+  void tellRefusals();
 
   const platform::SocketLibrary library_;
   HeadModel model_;
@@ -49,7 +52,10 @@ class HeadServer {
   Announcer announcer_;
   std::atomic<bool> stopping_ = false;
   platform::Socket listener_;
-  std::list<Session> sessions_;  // touched by the accepting thread only, while it runs
+  std::list<Session> sessions_;  // these are touched by the accepting thread only, while it runs
+  std::size_t refused_ = 0;      // clients, since the observer was told of any
+  platform::Ipv4Endpoint lastRefused_;
+  std::chrono::steady_clock::time_point nextTelling_;
   std::thread acceptor_;
 };
 

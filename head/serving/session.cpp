@@ -13,10 +13,12 @@ constexpr std::size_t longestName = 64;
 
 }  // namespace
 
+std::string nameOf(platform::Ipv4Endpoint client) { return platform::formatIpv4(client.address) + ":" + std::to_string(client.port); }
+
 Session::Session(platform::Socket socket, platform::Ipv4Endpoint client, HeadModel& model, TriggerOutput& triggers,
                  const Observer& observer)
     : socket_(std::move(socket)),
-      client_(platform::formatIpv4(client.address) + ":" + std::to_string(client.port)),
+      client_(nameOf(client)),
       model_(model),
       triggers_(triggers),
       link_{socket_.localEndpoint().address, client.address},
@@ -50,8 +52,10 @@ void Session::serve() {
   const TriggerOutput::Client toldOfTriggers(triggers_, link_);  // before the greeting: from then on a client may count on it
   Wire wire(socket_, stopping_);
   Call call{model_, wire};
+  wire.setPatience(model_.settings().greetingLimit);
   wire.writeInt(model_.settings().protocolVersion);
   wire.readInt();  // the client's protocol version: every head serves every client
+  wire.setPatience(model_.settings().idleLimit);
   while (true) {
     const std::string name = wire.readText(longestName);
     const Command* command = findCommand(name, model_.settings().protocolVersion);

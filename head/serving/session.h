@@ -1,4 +1,4 @@
-// One client's connection: greets, then serves commands until the client goes, says something unknown, or the head is stopped.
+// One client's connection: greets, then serves commands until the client goes, stalls, says something unknown, or the head is stopped.
 #pragma once
 
 #include <atomic>
@@ -13,10 +13,12 @@
 
 namespace fringix::head {
 
-enum class Happening { found, connected, command, trouble, disconnected };
+enum class Happening { found, connected, refused, command, trouble, disconnected };
 
 // Told what happens, with the client's address; called on the head's threads.
 using Observer = std::function<void(Happening happening, const std::string& client, const std::string& text)>;
+
+std::string nameOf(platform::Ipv4Endpoint client);  // "ADDRESS:PORT"
 
 class Session {
  public:

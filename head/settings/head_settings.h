@@ -17,6 +17,8 @@ struct Pattern;
 struct Size {
   std::int32_t width = 0;
   std::int32_t height = 0;
+
+  std::size_t pixels() const { return static_cast<std::size_t>(width) * static_cast<std::size_t>(height); }
   bool operator==(const Size&) const = default;
 };
 
@@ -42,6 +44,12 @@ struct HeadSettings {
   std::size_t dataMemory = std::size_t{256} << 20;  // bytes for all data blocks together, at most 2^31 - 1
   SerialScript serialScript{};                      // what the device at the serial port answers; empty: it repeats every command
   Clock clock = std::chrono::steady_clock::now;     // for uptime and temperatures
+
+  std::size_t mostClients = 64;                        // at once; each has a thread
+  std::chrono::milliseconds greetingLimit{10000};      // how long a client may take from the connection to its greeting
+  std::chrono::milliseconds idleLimit{120000};         // how long a client may send nothing, or not read what it asked for
+  std::size_t transferMemory = std::size_t{64} << 20;  // bytes for what all clients are sending and fetching, see docs/simulated-head.md
+  std::chrono::milliseconds roomLimit{10000};          // how long a client waits for its share of them, before it is refused
 
   // Told of every image that has been put into a sequence, on the thread of the client's session; may be empty.
   std::function<void(std::uint32_t sequence, std::uint32_t image, const Pattern& pattern)> patternStored;

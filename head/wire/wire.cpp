@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t bufferSize = 4096;
 constexpr std::chrono::milliseconds stopInterval{100};  // how often a waiting session looks whether the head is being stopped
 constexpr std::size_t lengthDigits = 6;
-constexpr std::size_t firstBlockStep = std::size_t{64} << 10;
+constexpr std::size_t blockStep = std::size_t{64} << 10;
 
 std::size_t parseLength(std::string_view field) {
   const std::string_view digits = field.substr(std::min(field.find_first_not_of(' '), field.size()));
@@ -21,6 +21,11 @@ std::size_t parseLength(std::string_view field) {
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), length);
   if (error != std::errc{} || end != digits.data() + digits.size()) throw ProtocolError("a text without a readable length");
   return length;
+}
+
+std::string inWords(std::chrono::milliseconds time) {
+  const bool whole = time % std::chrono::seconds(1) == std::chrono::milliseconds::zero();
+  return whole ? std::to_string(time / std::chrono::seconds(1)) + " s" : std::to_string(time.count()) + " ms";
 }
 
 }  // namespace
@@ -51,10 +56,9 @@ std::vector<std::uint8_t> Wire::readBlock(std::size_t size) {
   std::vector<std::uint8_t> block;
   while (block.size() < size) {
     const std::size_t done = block.size();
-    const std::size_t next = std::min(size, std::max(firstBlockStep, 2 * done));
-    block.reserve(next);
-    block.resize(next);
-    readBytes(block.data() + done, next - done);
+    if (done > 0) block.reserve(size);  // addresses for all of it: growing bit by bit would need room for two copies
+    block.resize(done + std::min(size - done, blockStep));
+    readBytes(block.data() + done, block.size() - done);
   }
   return block;
 }
@@ -104,6 +108,15 @@ void Wire::writeBytes(const std::uint8_t* bytes, std::size_t count) {
   unsent_.insert(unsent_.end(), bytes, bytes + count);
 }
 
+void Wire::writeRepeated(std::uint8_t byte, std::uint64_t count) {
+  std::array<std::uint8_t, bufferSize> bytes;
+  bytes.fill(byte);
+  for (std::uint64_t step = 0; count > 0; count -= step) {
+    step = std::min<std::uint64_t>(count, bytes.size());
+    writeBytes(bytes.data(), static_cast<std::size_t>(step));
+  }
+}
+
 void Wire::flush() {
   send(unsent_.data(), unsent_.size());
   unsent_.clear();
@@ -128,7 +141,7 @@ std::size_t Wire::takeBuffered(std::uint8_t* bytes, std::size_t count) {
 
 std::size_t Wire::receive(std::uint8_t* bytes, std::size_t size) {
   flush();
-  waitUntil(&platform::Socket::waitReadable);
+  waitUntil(&platform::Socket::waitReadable, "sent");
   const std::ptrdiff_t count = socket_.receive(bytes, size);
   if (count <= 0) throw Disconnected{};
   return static_cast<std::size_t>(count);
@@ -138,7 +151,7 @@ void Wire::send(const std::uint8_t* bytes, std::size_t count) {
   for (std::size_t done = 0; done < count;) {
     std::ptrdiff_t sent = socket_.send(bytes + done, count - done);
     if (sent < 0) {  // no room just now, or the connection is gone: then the second try fails too
-      waitUntil(&platform::Socket::waitWritable);
+      waitUntil(&platform::Socket::waitWritable, "read");
       sent = socket_.send(bytes + done, count - done);
     }
     if (sent < 0) throw Disconnected{};
@@ -146,9 +159,16 @@ void Wire::send(const std::uint8_t* bytes, std::size_t count) {
   }
 }
 
-void Wire::waitUntil(platform::Readiness (platform::Socket::*ready)(std::chrono::milliseconds) const noexcept) const {
+void Wire::waitUntil(platform::Readiness (platform::Socket::*ready)(std::chrono::milliseconds) const noexcept, const char* missing) const {
   auto readiness = platform::Readiness::timedOut;
-  while (readiness == platform::Readiness::timedOut && !stopping_) readiness = (socket_.*ready)(stopInterval);
+  auto rest = patience_;
+  const auto begin = std::chrono::steady_clock::now();
+  while (readiness == platform::Readiness::timedOut && !stopping_) {
+    if (rest <= std::chrono::milliseconds::zero())
+      throw Stalled("the client has " + std::string(missing) + " nothing for " + inWords(patience_));
+    readiness = (socket_.*ready)(std::min(rest, stopInterval));
+    rest = patience_ - std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
+  }
   if (stopping_) throw Disconnected{};
 }
 

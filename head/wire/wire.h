@@ -23,18 +23,25 @@ struct ProtocolError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// For too long the client has sent nothing, or read nothing.
+struct Stalled : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
 inline constexpr std::size_t longestText = 999999;  // what 6 digits can say
 
-// Both directions of one connection; throws Disconnected when it has ended or `stopping` is set. What is written is collected and
-// leaves before the next read has to wait, so that a short reply is one send.
+// Both directions of one connection; throws Disconnected when it has ended or `stopping` is set, and Stalled when no byte crosses it
+// any more. What is written is collected and leaves before the next read has to wait, so that a short reply is one send.
 class Wire {
  public:
   Wire(platform::Socket& socket, const std::atomic<bool>& stopping);
 
+  void setPatience(std::chrono::milliseconds patience) { patience_ = patience; }  // how long to wait for the next byte; at first for ever
+
   std::int32_t readInt();
   std::string readText(std::size_t limit = longestText);  // throws ProtocolError when the length is no number or above `limit`
   void readBytes(std::uint8_t* bytes, std::size_t count);
-  std::vector<std::uint8_t> readBlock(std::size_t size);  // takes memory as the bytes arrive, not as the client promises them
+  std::vector<std::uint8_t> readBlock(std::size_t size);  // uses memory as the bytes arrive, not as the client promises them
   void skip(std::uint64_t count);                         // reads and forgets
 
   template <std::size_t count>
@@ -47,6 +54,7 @@ class Wire {
   void writeInt(std::int32_t value);
   void writeText(std::string_view text);  // of 1 to longestText bytes
   void writeBytes(const std::uint8_t* bytes, std::size_t count);
+  void writeRepeated(std::uint8_t byte, std::uint64_t count);
   void flush();
 
   void pause(std::chrono::milliseconds duration);  // sends what was written, then waits, unless the head is stopped
@@ -55,10 +63,11 @@ class Wire {
   std::size_t takeBuffered(std::uint8_t* bytes, std::size_t count);
   std::size_t receive(std::uint8_t* bytes, std::size_t size);  // at least one byte
   void send(const std::uint8_t* bytes, std::size_t count);
-  void waitUntil(platform::Readiness (platform::Socket::*ready)(std::chrono::milliseconds) const noexcept) const;
+  void waitUntil(platform::Readiness (platform::Socket::*ready)(std::chrono::milliseconds) const noexcept, const char* missing) const;
 
   platform::Socket& socket_;
   const std::atomic<bool>& stopping_;
+  std::chrono::milliseconds patience_ = std::chrono::milliseconds::max();
   std::vector<std::uint8_t> received_;
   std::size_t taken_ = 0;
   std::vector<std::uint8_t> unsent_;

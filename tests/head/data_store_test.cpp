@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -14,6 +15,11 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t capacity = 100;
+
+SharedBlock blockOf(const DataStore& store, const std::string& name) {
+  MemoryBudget enough(capacity);
+  return store.load(name, enough).block;
+}
 
 TEST(DataNameTest, OrdinaryNames) {
   for (const char* name : {"a", "calib.bin", "my scan-2_b.v1.dat", "_x", "7", "CONSOLE", "com", "COM12", "lpt", "nul2"})
@@ -50,7 +56,7 @@ class DataStoreTest : public testing::TestWithParam<bool> {
   }
 
   Block loaded(const std::string& name) const {
-    const SharedBlock block = store->load(name);
+    const SharedBlock block = blockOf(*store, name);
     return block != nullptr ? *block : Block{};
   }
 
@@ -66,7 +72,7 @@ TEST_P(DataStoreTest, KeepsBlocksByName) {
   EXPECT_EQ(store->save("b.bin", {1}), Status::ok);
   EXPECT_EQ(loaded("a.bin"), bytes);
   EXPECT_EQ(loaded("b.bin"), Block{1});
-  EXPECT_EQ(store->load("c.bin"), nullptr);
+  EXPECT_EQ(blockOf(*store, "c.bin"), nullptr);
 }
 
 TEST_P(DataStoreTest, ReplacesABlock) {
@@ -78,7 +84,7 @@ TEST_P(DataStoreTest, ReplacesABlock) {
 TEST_P(DataStoreTest, RefusesWhatDoesNotFitTogether) {
   EXPECT_EQ(store->save("a", Block(60)), Status::ok);
   EXPECT_EQ(store->save("b", Block(41)), Status::outOfMemory);
-  EXPECT_EQ(store->load("b"), nullptr);
+  EXPECT_EQ(blockOf(*store, "b"), nullptr);
   EXPECT_EQ(store->save("b", Block(40)), Status::ok);
   EXPECT_EQ(store->save("a", Block(61)), Status::outOfMemory);
   EXPECT_EQ(loaded("a"), Block(60)) << "the old one stays";
@@ -87,8 +93,31 @@ TEST_P(DataStoreTest, RefusesWhatDoesNotFitTogether) {
 TEST_P(DataStoreTest, RefusesNamesThatAreNone) {
   EXPECT_EQ(store->save("../a", {1}), Status::badParameter);
   EXPECT_EQ(store->save("", {1}), Status::badParameter);
-  EXPECT_EQ(store->load("../a"), nullptr);
+  EXPECT_EQ(blockOf(*store, "../a"), nullptr);
   EXPECT_EQ(store->save("a", {}), Status::badParameter) << "an empty block cannot be told from none";
+}
+
+TEST_P(DataStoreTest, LendsNoMoreThanTheBudgetHas) {
+  store->save("a", Block(60));
+  MemoryBudget budget(100);
+  {
+    const LentBlock first = store->load("a", budget);
+    EXPECT_EQ(first.block->size(), 60U);
+    const LentBlock second = store->load("a", budget);
+    EXPECT_TRUE(second.noRoom);
+    EXPECT_EQ(second.block, nullptr);
+  }
+  EXPECT_FALSE(store->load("a", budget).noRoom) << "what was lent is given back";
+  EXPECT_FALSE(store->load("b", budget).noRoom) << "a block that does not exist needs no room";
+}
+
+TEST_P(DataStoreTest, HasABoundForNames) {
+  HeadSettings settings;
+  settings.storage = GetParam() ? (folder.path() / "many").string() : "";
+  store = makeDataStore(settings);
+  for (std::size_t i = 0; i < DataStore::mostBlocks; ++i) ASSERT_EQ(store->save(std::to_string(i), {1}), Status::ok);
+  EXPECT_EQ(store->save("one more", {1}), Status::outOfMemory);
+  EXPECT_EQ(store->save("7", {1, 2}), Status::ok) << "it takes the place of an older one";
 }
 
 class FolderStoreTest : public testing::Test {
@@ -102,7 +131,11 @@ class FolderStoreTest : public testing::Test {
 
   static void write(const fs::path& file, const std::string& text) { std::ofstream(file, std::ios::binary) << text; }
 
-  std::size_t files() const { return static_cast<std::size_t>(std::distance(fs::directory_iterator(blocks), fs::directory_iterator())); }
+  // Beside the lock's.
+  std::size_t files() const {
+    return static_cast<std::size_t>(
+        std::count_if(fs::directory_iterator(blocks), {}, [](const fs::path& file) { return file.filename() != ".lock"; }));
+  }
 
   TemporaryFolder folder;
   const fs::path blocks = folder.path() / "deep" / "blocks";
@@ -110,7 +143,7 @@ class FolderStoreTest : public testing::Test {
 
 TEST_F(FolderStoreTest, BlocksOutliveTheStore) {
   open()->save("a", {1, 2, 3});
-  EXPECT_EQ(*open()->load("a"), (Block{1, 2, 3}));
+  EXPECT_EQ(*blockOf(*open(), "a"), (Block{1, 2, 3}));
   EXPECT_EQ(fs::file_size(blocks / "a"), 3U);
   EXPECT_EQ(files(), 1U) << "and nothing else";
 }
@@ -118,20 +151,20 @@ TEST_F(FolderStoreTest, BlocksOutliveTheStore) {
 TEST_F(FolderStoreTest, FilesOfPeopleAreBlocks) {
   const auto store = open();
   write(blocks / "hello.txt", "hello");
-  EXPECT_EQ(*store->load("hello.txt"), (Block{'h', 'e', 'l', 'l', 'o'}));
+  EXPECT_EQ(*blockOf(*store, "hello.txt"), (Block{'h', 'e', 'l', 'l', 'o'}));
   EXPECT_EQ(store->save("a", Block(96)), Status::outOfMemory) << "they count";
   write(blocks / "large", std::string(101, 'x'));
-  EXPECT_EQ(store->load("large"), nullptr);
+  EXPECT_EQ(blockOf(*store, "large"), nullptr);
 }
 
 TEST_F(FolderStoreTest, TouchesNothingOutside) {
   const auto store = open();
   write(folder.path() / "deep" / "secret", "secret");
   for (const char* name : {"../secret", "..\\secret", "deep/../../secret"}) {
-    EXPECT_EQ(store->load(name), nullptr) << name;
+    EXPECT_EQ(blockOf(*store, name), nullptr) << name;
     EXPECT_EQ(store->save(name, {1}), Status::badParameter) << name;
   }
-  EXPECT_EQ(store->load((folder.path() / "deep" / "secret").string()), nullptr);
+  EXPECT_EQ(blockOf(*store, (folder.path() / "deep" / "secret").string()), nullptr);
   EXPECT_EQ(fs::file_size(folder.path() / "deep" / "secret"), 6U);
 }
 
@@ -141,21 +174,42 @@ TEST_F(FolderStoreTest, FollowsNoLinks) {
   std::error_code error;
   fs::create_symlink(folder.path() / "secret", blocks / "link", error);
   if (error) GTEST_SKIP() << "no links here: " << error.message();
-  EXPECT_EQ(store->load("link"), nullptr);
+  EXPECT_EQ(blockOf(*store, "link"), nullptr);
   EXPECT_EQ(store->save("link", {1}), Status::ok) << "it takes the link's place";
   EXPECT_EQ(fs::file_size(folder.path() / "secret"), 6U);
-  EXPECT_EQ(*store->load("link"), Block{1});
+  EXPECT_EQ(*blockOf(*store, "link"), Block{1});
 }
 
 TEST_F(FolderStoreTest, TellsThatTheFolderCannotBeWritten) {
   const auto store = open();
   fs::create_directories(blocks / "taken" / "by a folder");
   EXPECT_EQ(store->save("taken", {1}), Status::storageFailed);
-  EXPECT_EQ(store->load("taken"), nullptr);
+  EXPECT_EQ(blockOf(*store, "taken"), nullptr);
   EXPECT_EQ(files(), 1U) << "no half of a block is left";
   fs::remove_all(blocks);
   EXPECT_EQ(store->save("a", {1}), Status::storageFailed);
-  EXPECT_EQ(store->load("a"), nullptr);
+  EXPECT_EQ(blockOf(*store, "a"), nullptr);
+}
+
+TEST_F(FolderStoreTest, AFolderHasOneStoreAtATime) {
+  auto first = open();
+  try {
+    open();
+    FAIL() << "two stores share a folder";
+  } catch (const std::runtime_error& error) {
+    EXPECT_NE(std::string(error.what()).find("another head"), std::string::npos) << error.what();
+    EXPECT_NE(std::string(error.what()).find(blocks.string()), std::string::npos) << error.what();
+  }
+  EXPECT_EQ(first->save("a", {1}), Status::ok) << "the first one goes on";
+  first.reset();
+  EXPECT_EQ(*blockOf(*open(), "a"), Block{1});
+}
+
+TEST_F(FolderStoreTest, AFolderThatCannotBeWrittenNeedsNoLock) {
+  HeadSettings settings;
+  settings.storage = "/sys";
+  if (!fs::is_directory(settings.storage)) GTEST_SKIP() << "no folder here is closed to everybody";
+  EXPECT_EQ(makeDataStore(settings)->save("a", {1}), Status::storageFailed);
 }
 
 TEST_F(FolderStoreTest, AFolderThatCannotBeMadeIsAnError) {

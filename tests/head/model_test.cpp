@@ -231,17 +231,16 @@ TEST(HeadMeasurementTest, StoresAPictureOfEachChannelUnderTheImagesIndex) {
   std::uint32_t id = 0;
   ASSERT_EQ(model.allocateSequence(2, id), Status::ok);
   model.putImage(id, 1, makeUniform(small().projector, 255));
-  Picture picture;
-  EXPECT_FALSE(model.loadPicture({0, 1}, picture));
+  EXPECT_EQ(model.storedPicture({0, 1}), nullptr);
   EXPECT_EQ(model.measureImage(id, 0), Status::ok);
   EXPECT_EQ(model.measureImage(id, 1), Status::ok);
   for (std::uint32_t channel = 0; channel < channelCount; ++channel) {
-    ASSERT_TRUE(model.loadPicture({channel, 0}, picture));
-    EXPECT_LT(meanOf(picture), 20) << "an image that was never filled is dark";
-    ASSERT_TRUE(model.loadPicture({channel, 1}, picture));
-    EXPECT_GT(meanOf(picture), 100);
+    ASSERT_NE(model.storedPicture({channel, 0}), nullptr);
+    EXPECT_LT(meanOf(*model.storedPicture({channel, 0})), 20) << "an image that was never filled is dark";
+    ASSERT_NE(model.storedPicture({channel, 1}), nullptr);
+    EXPECT_GT(meanOf(*model.storedPicture({channel, 1})), 100);
   }
-  EXPECT_FALSE(model.loadPicture({0, 2}, picture));
+  EXPECT_EQ(model.storedPicture({0, 2}), nullptr);
   EXPECT_GT(meanOf(take(model)), 100) << "the last image stays on the projector";
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host.h"
+#include "raw_client.h"
 #include "support/child_process.h"
 
 namespace fringix::head {
@@ -105,6 +106,16 @@ TEST(HeadProgramTest, AnUnknownFaultOfAnswersIsRefused) {
   ChildProcess process(FRINGIX_HEAD, {"--announce-fault", "loud"});
   EXPECT_EQ(process.nextLine(), "--announce-fault: \"loud\" is no fault of an answer: give silent, late, doubled, malformed or oversized");
   EXPECT_EQ(process.wait(), 2);
+}
+
+// What clients say may be meant for the terminal: an escape sequence, or a line that the head never wrote.
+TEST(HeadProgramTest, TextOfClientsIsPrintedWithoutItsControlCharacters) {
+  RunningProgram program({});
+  RawClient client;
+  client.greet();
+  client.sendText("\x1B]0;owned\x07\r\nready:\x9B\\");
+  EXPECT_TRUE(program.process.waitForLine("connection closed: ")
+                  .ends_with(R"(connection closed: unknown command "\x1B]0;owned\x07\x0D\x0Aready:\x9B\x5C")"));
 }
 
 TEST(HeadProgramTest, CtrlCEndsItWhileItWaitsForALine) {

@@ -26,6 +26,8 @@ class RawClient {
   std::int32_t receiveInt();
   std::string receiveText();
   std::vector<std::uint8_t> receiveBytes(std::size_t count);
+  void close() { socket_.close(); }
+
   bool closedByHead();  // the next thing that arrives is the end of the connection
 
  private:

@@ -1,12 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "head/serving/head_server.h"
+#include "head_notes.h"
 #include "raw_client.h"
 #include "running_head.h"
 
@@ -18,33 +17,6 @@ HeadSettings oldHead() {
   settings.protocolVersion = 2599;
   return settings;
 }
-
-// Collects what a head tells, and lets a test wait for it.
-class Notes {
- public:
-  Observer observer() {
-    return [this](Happening happening, const std::string&, const std::string& text) {
-      const std::lock_guard lock(mutex_);
-      told_.emplace_back(happening, text);
-      changed_.notify_all();
-    };
-  }
-
-  bool waitFor(Happening happening, const std::string& part) {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, std::chrono::seconds(5), [&] {
-      for (const auto& [told, text] : told_) {
-        if (told == happening && text.find(part) != std::string::npos) return true;
-      }
-      return false;
-    });
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::vector<std::pair<Happening, std::string>> told_;
-};
 
 class HeadServerTest : public testing::Test {
  protected:

@@ -52,7 +52,7 @@ TEST_F(FringixPassThrough, SavedDataComesBack) {
   const auto bytes = someBytes(70000);
   const std::string saved = printed("data save 127.0.0.1 calibration.bin " + write("in", bytes));
   EXPECT_EQ(saved.find("calibration.bin: saved 70000 bytes in "), 0U) << saved;
-  EXPECT_EQ(*server_.model().data().load("calibration.bin"), bytes);
+  EXPECT_EQ(*server_.model().data().load("calibration.bin", server_.model().transfers()).block, bytes);
   const std::string loaded = printed("data load 127.0.0.1 calibration.bin -o " + inQuotes(scratch_ / "out"));
   EXPECT_EQ(loaded.find((scratch_ / "out").string() + ": loaded 70000 bytes in "), 0U) << loaded;
   EXPECT_EQ(files::readFile((scratch_ / "out").string()), bytes);

@@ -32,10 +32,7 @@ class FringixProjection : public testing::Test {
     return std::accumulate(picture.pixels.begin(), picture.pixels.end(), 0.0) / static_cast<double>(picture.pixels.size());
   }
 
-  bool isStored(std::uint32_t index) const {
-    head::Picture picture;
-    return server_.model().loadPicture({0, index}, picture);
-  }
+  bool isStored(std::uint32_t index) const { return server_.model().storedPicture({0, index}) != nullptr; }
 
   // Of a failing run: what it says, without what to do next.
   std::string failure(const std::string& arguments) {

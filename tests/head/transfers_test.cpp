@@ -1,0 +1,171 @@
+// What clients send and fetch at the same time shares the head's memory, and costs it no more than that.
+#include <string>
+
+#include "running_head.h"
+#include "support/eventually.h"
+
+namespace fringix::head {
+namespace {
+
+using test::eventually;
+
+constexpr std::int32_t accepted = 0;
+constexpr std::int32_t noRoomForThatSize = 2;
+constexpr std::int32_t badParameter = -3;
+constexpr std::int32_t outOfMemory = -4;
+constexpr std::int32_t megabyte = 1 << 20;
+
+// Room for one megabyte under way, and few milliseconds of waiting for it.
+HeadSettings crowdedHead(std::chrono::milliseconds roomLimit = std::chrono::milliseconds(50)) {
+  HeadSettings settings = smallHead();
+  settings.dataMemory = megabyte;
+  settings.transferMemory = 0;
+  settings.roomLimit = roomLimit;
+  return settings;
+}
+
+class TransfersTest : public RunningHead {
+ protected:
+  explicit TransfersTest(const HeadSettings& settings = crowdedHead()) : RunningHead(settings) { other.greet(); }
+
+  static void announce(RawClient& sender, std::int32_t size, std::string_view command = "80MSG_SLSaveDataToFile") {
+    sender.sendText(command);
+    sender.sendInts({size, 2});
+  }
+
+  // Takes all the memory with a block that does not arrive.
+  void fill() {
+    announce(other, megabyte);
+    EXPECT_EQ(other.receiveInt(), accepted);
+  }
+
+  void finish() {
+    other.sendRaw({"a", 2});
+    other.sendBytes(std::vector<std::uint8_t>(megabyte, 1));
+    EXPECT_EQ(other.receiveInt(), 0);
+  }
+
+  std::size_t left() { return server.model().transfers().left(); }
+
+  RawClient other;
+};
+
+class PatientTransfersTest : public TransfersTest {
+ protected:
+  PatientTransfersTest() : TransfersTest(crowdedHead(std::chrono::seconds(20))) {}
+};
+
+TEST_F(TransfersTest, ABlockIsRefusedBeforeItIsSentWhenAnotherHasTheMemory) {
+  fill();
+  EXPECT_EQ(ask("80MSG_SLSaveDataToFile", {1, 2}), noRoomForThatSize);
+  expectInStep();
+  finish();
+  EXPECT_EQ(ask("80MSG_SLSaveDataToFile", {1, 2}), accepted);
+}
+
+TEST_F(PatientTransfersTest, ABlockWaitsForTheMemoryOfAnother) {
+  fill();
+  say("80MSG_SLSaveDataToFile", {megabyte, 2});
+  finish();
+  EXPECT_EQ(client->receiveInt(), accepted);
+}
+
+TEST_F(PatientTransfersTest, AClientThatLeavesGivesItsMemoryBack) {
+  fill();
+  say("80MSG_SLSaveDataToFile", {megabyte, 2});
+  other.close();
+  EXPECT_EQ(client->receiveInt(), accepted);
+}
+
+TEST_F(PatientTransfersTest, AHeadStopsWhileClientsWait) {
+  fill();
+  say("80MSG_SLSaveDataToFile", {megabyte, 2});
+  const auto begin = std::chrono::steady_clock::now();
+  server.stop();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+}
+
+TEST_F(PatientTransfersTest, WhatIsNoSizeOrNameIsRefusedAtOnce) {
+  fill();
+  EXPECT_EQ(ask("80MSG_SLSaveDataToFile", {megabyte + 1, 2}), noRoomForThatSize);
+  EXPECT_EQ(ask("80MSG_SLSaveDataToFile", {1, 1}), 1);
+  const std::int32_t id = static_cast<std::int32_t>(allocate(1));
+  EXPECT_EQ(ask("14MSG_SLSeqMakeGraycode", {id, 0, 99, 0, 0}), badParameter);
+  expectInStep();
+}
+
+// A block in memory that is being sent to a client that does not read it is there, even after another one has taken its place.
+TEST_F(TransfersTest, ABlockThatIsFetchedTakesMemoryUntilItIsSent) {
+  fill();
+  finish();
+  other.sendText("81MSG_SLReadDataFromFile");
+  other.sendInts({2});
+  EXPECT_EQ(other.receiveInt(), accepted);
+  other.sendRaw({"a", 2});
+  EXPECT_EQ(other.receiveInt(), megabyte);
+  if (left() != 0) GTEST_SKIP() << "the system has taken the whole block for the client";
+  EXPECT_EQ(ask("81MSG_SLReadDataFromFile", {2}), accepted);
+  client->sendRaw({"a", 2});
+  EXPECT_TRUE(client->closedByHead()) << "no answer says that there is no room";
+  other.receiveBytes(megabyte);
+  EXPECT_EQ(other.receiveInt(), 0);
+  EXPECT_TRUE(eventually([&] { return left() == megabyte; }));
+}
+
+TEST_F(TransfersTest, ImagesAndMasksAreReadAndRefusedWithoutMemory) {
+  const auto id = static_cast<std::int32_t>(allocate(1));
+  fill();
+  const std::vector<std::uint8_t> image(32 * 20 * 3, 9);
+  say("12MSG_SLSeqPut", {id, 0, 32, 20, 96});
+  client->sendBytes(image);
+  EXPECT_EQ(client->receiveInt(), outOfMemory);
+  say("00MSG_SLShowImage24", {32, 20, 96});
+  client->sendBytes(image);
+  EXPECT_EQ(client->receiveInt(), outOfMemory);
+  say("290MSG_SLSetMask", {0, 32, 20});
+  client->sendBytes(std::vector<std::uint8_t>(32 * 20, 1));
+  EXPECT_EQ(client->receiveInt(), outOfMemory);
+  say("16MSG_SLSeqMakeFromLine8", {id, 0, 32});
+  client->sendBytes(std::vector<std::uint8_t>(32, 1));
+  EXPECT_EQ(client->receiveInt(), outOfMemory);
+  expectInStep();
+}
+
+TEST_F(TransfersTest, NothingIsGeneratedWithoutMemory) {
+  const auto id = static_cast<std::int32_t>(allocate(2));
+  fill();
+  EXPECT_EQ(ask("14MSG_SLSeqMakeGraycode", {id, 0, 0, 0, 0}), outOfMemory);
+  EXPECT_EQ(ask("13MSG_SLSeqMakePhase", {id, 0, 2, 8, 0}), outOfMemory);
+  EXPECT_EQ(ask("15MSG_SLSeqMakeImage", {id, 0, 0, 255, 0}), outOfMemory);
+  finish();
+  EXPECT_EQ(ask("15MSG_SLSeqMakeImage", {id, 0, 0, 255, 0}), 0);
+}
+
+TEST_F(TransfersTest, DecodedNumbersAreAllEmptyWithoutMemory) {
+  const auto id = static_cast<std::int32_t>(allocate(2));
+  EXPECT_EQ(ask("60MSG_SLStartMeasurement", {id}), 0);
+  fill();
+  say("90MSG_SLCalcGrayCode", {0, 1, 0, 0});
+  EXPECT_EQ(client->receiveBytes(2 * frameBytes), std::vector<std::uint8_t>(2 * frameBytes, 0xFF));
+  EXPECT_EQ(client->receiveInt(), outOfMemory);
+  finish();
+  say("90MSG_SLCalcGrayCode", {0, 1, 0, 0});
+  EXPECT_NE(client->receiveBytes(2 * frameBytes), std::vector<std::uint8_t>(2 * frameBytes, 0xFF));
+  EXPECT_EQ(client->receiveInt(), 0);
+}
+
+TEST_F(TransfersTest, EverythingIsGivenBack) {
+  const auto id = static_cast<std::int32_t>(allocate(2));
+  say("12MSG_SLSeqPut", {id, 0, 32, 20, 96});
+  client->sendBytes(std::vector<std::uint8_t>(32 * 20 * 3, 9));
+  EXPECT_EQ(client->receiveInt(), 0);
+  EXPECT_EQ(ask("13MSG_SLSeqMakePhase", {id, 0, 2, 8, 0}), 0);
+  say("80MSG_SLSaveDataToFile", {100, 2});
+  client = std::make_unique<RawClient>();
+  client->greet();
+  expectInStep();
+  EXPECT_TRUE(eventually([&] { return left() == megabyte; }));
+}
+
+}  // namespace
+}  // namespace fringix::head
