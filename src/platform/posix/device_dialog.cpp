@@ -2,6 +2,9 @@
 
 #include <dlfcn.h>
 
+#include <cinttypes>
+#include <cstdio>
+#include <fstream>
 #include <string>
 
 #include "platform/posix/device_dialog_module.h"
@@ -10,12 +13,19 @@ namespace fringix::platform {
 
 namespace {
 
-// The folder of the file that holds this code, with a slash at its end; empty when there is none in its name.
+// The folder of the file that holds this code, with a slash at its end; empty when the system does not tell. The system's list of what is
+// in memory has it in full: the name that the file was loaded by may depend on the folder that was the current one.
 std::string ownFolder() {
-  Dl_info information = {};
-  if (dladdr(reinterpret_cast<const void*>(&runDeviceDialog), &information) == 0) return {};
-  const std::string file = information.dli_fname;
-  return file.substr(0, file.rfind('/') + 1);
+  const auto own = reinterpret_cast<std::uintptr_t>(&runDeviceDialog);
+  std::ifstream mappings("/proc/self/maps");
+  for (std::string mapping; std::getline(mappings, mapping);) {
+    std::uintptr_t first = 0;
+    std::uintptr_t end = 0;
+    if (std::sscanf(mapping.c_str(), "%" SCNxPTR "-%" SCNxPTR, &first, &end) != 2 || own < first || own >= end) continue;
+    const std::size_t path = mapping.find('/');
+    return path == std::string::npos ? std::string() : mapping.substr(path, mapping.rfind('/') + 1 - path);
+  }
+  return {};
 }
 
 // Looked for at every call; once found the module stays, for its window system cannot be unloaded.

@@ -1,0 +1,81 @@
+// Where the library looks for its dialog module: whoever can choose the current folder must not choose what is loaded.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+#include "fringix/fringix.h"
+
+namespace fringix::test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* shownFrom = "FRINGIX_TEST_DIALOG";
+constexpr const char* moduleName = "libDAXFringix-dialog.so";
+
+class Folder {
+ public:
+  Folder() {
+    if (mkdtemp(name_) == nullptr) throw std::runtime_error("no folder");
+  }
+  ~Folder() { fs::remove_all(name_); }
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+
+  fs::path path() const { return fs::canonical(name_); }
+  void add(const char* file, const char* as) const { fs::copy_file(file, path() / as); }
+
+ private:
+  char name_[32] = "/tmp/fringix-test-XXXXXX";
+};
+
+class DialogFolderTest : public testing::Test {
+ protected:
+  DialogFolderTest() {
+    own_.add(LIBRARY_FILE, library_.c_str());
+    strangers_.add(DIALOG_STAND_IN, moduleName);
+    unsetenv(shownFrom);
+  }
+  ~DialogFolderTest() override { fs::current_path(before_); }
+
+  // The file that a library shows the dialog from which was loaded by this name while its own folder was the current one.
+  std::string shownBy(const std::string& name) {
+    fs::current_path(own_.path());
+    void* const library = dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) return dlerror();
+    fs::current_path(strangers_.path());
+    DeviceKeyEntry record = {77, 78, "10.0.0.1"};
+    EXPECT_EQ(reinterpret_cast<decltype(&SLShowDeviceDialog)>(dlsym(library, "SLShowDeviceDialog"))(nullptr, &record), SLALL_OKAY);
+    dlclose(library);
+    const char* const shown = std::getenv(shownFrom);
+    return shown == nullptr ? "" : shown;
+  }
+
+  // One that was loaded stays, and is found again by its name.
+  const std::string library_ = std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) + ".so";
+  const fs::path before_ = fs::current_path();
+  Folder own_;
+  Folder strangers_;
+};
+
+TEST_F(DialogFolderTest, TheModuleBesideTheLibraryIsShown) {
+  own_.add(DIALOG_STAND_IN, moduleName);
+  EXPECT_EQ(shownBy(own_.path() / library_), own_.path() / moduleName);
+}
+
+TEST_F(DialogFolderTest, ALibraryLoadedByARelativePathFindsItsOwn) {
+  own_.add(DIALOG_STAND_IN, moduleName);
+  EXPECT_EQ(shownBy("./" + library_), own_.path() / moduleName);
+}
+
+TEST_F(DialogFolderTest, AModuleInTheCurrentFolderIsNotLoaded) { EXPECT_EQ(shownBy("./" + library_), ""); }
+
+}  // namespace
+
+}  // namespace fringix::test
