@@ -563,6 +563,13 @@ FRINGIX_API int32_t SLSetGPIOValue(int32_t handle, int32_t line, int32_t value);
  * the host share that port; a trigger reaches the sessions that were opened with the address that it came from, written in full
  * ("127.0.0.9"; a session opened as "127.0.9" gets none).
  *
+ * Several users on one Linux host: sessions believe only processes of their own user and of root, and nobody else can bind the port
+ * beside them. So sessions of one user share their triggers; a service of root serves everybody who comes after it, up to 64 sessions
+ * of each user and 256 of all; and where the first session is another user's, yours get no triggers until that user has closed all of
+ * his, and then take over by themselves. A hostile program that has the port first keeps all triggers away for as long as it has it; one
+ * that has the name by which sessions find each other keeps them from all sessions but one. The trace says so in both cases
+ * (SLSetDebugFlag). On Windows all programs of the host can share the port, and are trusted.
+ *
  * Callbacks and handlers run on a thread of the session, handlers of event 0 on the thread that measured. They should return soon:
  * triggers that arrive meanwhile wait, and SLDevFree waits 2 seconds for them and then reports SLSYSTEM_ERROR. On Linux such a callback
  * still runs to its end: what it uses must outlive it. On Windows its thread is ended.

@@ -2,6 +2,9 @@
 // the receiver; the others follow and are told the sender of every trigger. When the receiver resigns, or its process dies, a follower
 // takes its place (on Windows the death of its process makes the followers fail instead).
 //
+// On Linux a listener follows only a receiver of its own user or of root. Where a stranger has what the listeners share, it does without
+// the others as long as it can have the port, and otherwise waits for it.
+//
 // One object serves one listener thread and is used by it alone.
 #pragma once
 
@@ -12,6 +15,8 @@
 #include "platform/socket.h"
 
 namespace fringix::platform {
+
+inline constexpr std::uint16_t triggerPort = 44331;
 
 class TriggerExchange {
  public:
@@ -28,14 +33,16 @@ class TriggerExchange {
   std::uint32_t lastError() const noexcept;  // of openBlock()
 
   // As a follower: waits without limit. The first that holds in this order counts.
-  enum class Turn { receiver, stop, trigger, failed };
+  enum class Turn { receiver, stop, trigger, noPort, failed };  // noPort: a stranger has it; said once, then wait again
   Turn waitForTurn(const ManualResetEvent& stop) noexcept;
   bool hasView() const noexcept;
   bool readSender(std::uint32_t* address) noexcept;  // after Turn::trigger: host byte order; false: the block could not be read
 
   // As the receiver.
+  enum class Port { open, notShared, refused };
+  Port openPort(const SocketLibrary& library, Socket* port) noexcept;
   bool openArrival() noexcept;
-  enum class Arrival { stop, datagram, noSelection, failed };
+  enum class Arrival { stop, datagram, alone, noSelection, failed };  // alone: nobody can follow for now; said once, then wait again
   Arrival waitForDatagram(const ManualResetEvent& stop, const Socket& socket) noexcept;  // without limit
   void resetArrival() noexcept;
   bool writeSender(std::uint32_t address) noexcept;  // host byte order; false: the block could not be written

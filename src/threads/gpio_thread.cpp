@@ -13,7 +13,6 @@ namespace {
 
 using platform::TriggerExchange;
 
-constexpr std::uint16_t triggerPort = 44331;
 constexpr const char* triggerMark = "02UDP_GPIO";
 constexpr std::size_t receivedAtMost = 20;
 constexpr std::ptrdiff_t longestTrigger = 18;
@@ -46,16 +45,11 @@ std::uint32_t announcedSender(TriggerExchange& exchange) {
   return sender;
 }
 
-bool openPort(platform::Socket& socket) {
-  if (!socket.setReuseAddress(true)) {
-    trace("ERROR: setsockopt for GPIO-socket failed");
-    return false;
-  }
-  if (!socket.bind({0, triggerPort}) || !socket.setNonBlocking(true)) {
-    trace("ERROR: openPort for GPIO-socket failed");
-    return false;
-  }
-  return true;
+bool openPort(TriggerExchange& exchange, const platform::SocketLibrary& library, platform::Socket* socket) {
+  const TriggerExchange::Port port = exchange.openPort(library, socket);
+  if (port == TriggerExchange::Port::notShared) trace("ERROR: setsockopt for GPIO-socket failed");
+  if (port == TriggerExchange::Port::refused) trace("ERROR: openPort for GPIO-socket failed");
+  return port == TriggerExchange::Port::open;
 }
 
 }  // namespace
@@ -116,6 +110,10 @@ std::int32_t GPIOThread::follow(TriggerExchange& exchange) {
       case TriggerExchange::Turn::trigger:
         DispatchTrigger(announcedSender(exchange));
         break;
+      case TriggerExchange::Turn::noPort:
+        trace("ERROR: openPort for GPIO-socket failed");
+        trace("GPIOThread: another program or user has UDP port %i, no triggers until it is free", int{platform::triggerPort});
+        break;
       case TriggerExchange::Turn::failed:
         trace("ERROR: WaitForMultipleObjects in GPIO_Thread failed");
         return failed;
@@ -131,8 +129,8 @@ std::int32_t GPIOThread::receive(TriggerExchange& exchange) {
     TriggerExchange& exchange;
     ~Resignation() { exchange.resign(); }
   } const resignation{exchange};
-  platform::Socket socket = library.usable() ? platform::Socket::openDatagram() : platform::Socket();
-  if (!openPort(socket) || !exchange.openArrival()) {
+  platform::Socket socket;
+  if (!openPort(exchange, library, &socket) || !exchange.openArrival()) {
     exchange.resign();  // here before the port is closed; kept on purpose
     return failed;
   }
@@ -155,6 +153,9 @@ std::int32_t GPIOThread::serve(TriggerExchange& exchange, platform::Socket& sock
       case TriggerExchange::Arrival::failed:
         trace("GPIOThread: error while waiting for udp-event, returning from ThreadProc");
         return failed;
+      case TriggerExchange::Arrival::alone:
+        trace("GPIOThread: another program or user has the name of the listeners, no triggers for other sessions until it is free");
+        continue;
       case TriggerExchange::Arrival::datagram:
         break;
     }

@@ -58,21 +58,6 @@ TEST_F(GPIOThreadTest, WithoutAnybodyToTellNothingHappens) {
   listener.DispatchTrigger(0x7F000009);
 }
 
-TEST_F(GPIOThreadTest, APortThatAStrangerHoldsEndsIt) {
-  const platform::SocketLibrary library;
-  platform::Socket stranger = platform::Socket::openDatagram();
-  stranger.setSoleListener();
-  ASSERT_TRUE(stranger.setReuseAddress(false));
-  ASSERT_TRUE(stranger.bind({0, triggerPort}));
-  GPIOThread listener;
-  CapturedTrace capture;
-  setDebugFlag(1);
-  const std::int32_t result = listener.ThreadProc();
-  setDebugFlag(0);
-  EXPECT_EQ(result, -1);
-  EXPECT_EQ(capture.lines(), (Lines{line("GPIOThread: ThreadProc started"), line("ERROR: openPort for GPIO-socket failed")}));
-}
-
 TEST_F(GPIOThreadTest, AReceiverStopsBeforeItTakesAnotherDatagram) {
   const platform::SocketLibrary library;
   const auto sendTrigger = [] { return platform::sendDatagram(0x7F000001, {0x7F000001, triggerPort}, "02UDP_GPIO", 10); };

@@ -1,5 +1,5 @@
-// A process with one session, for tests that need several processes. It prints "trigger TIME" for each trigger, and does what the lines
-// of its input say: open and close the session, print the library's trace so far, print its processor time.
+#include "triggers/listener.h"
+
 #include <cstdio>
 #include <fringix/fringix.hpp>
 #include <iostream>
@@ -9,9 +9,9 @@
 #include "support/captured_trace.h"
 #include "support/process_state.h"
 
-namespace {
+namespace fringix::test {
 
-using namespace fringix;
+namespace {
 
 // A line in one piece: triggers are printed by another thread.
 void print(const std::string& line) {
@@ -30,21 +30,25 @@ struct Session {
   Subscription subscription{device, printTrigger};
 };
 
-void printTrace(test::CapturedTrace& trace) {
+void printTrace(CapturedTrace& trace) {
   for (const std::string& line : trace.lines()) print("trace " + line.substr(0, line.find_first_of("\r\n")));
   print("end of trace");
 }
 
 }  // namespace
 
-int main(int, char** arguments) {
-  test::CapturedTrace trace;
+int runListener(const std::string& address) {
+  CapturedTrace trace;
   setTracing(true);
   std::optional<Session> session;
   for (std::string command; std::getline(std::cin, command);) {
-    if (command == "open") session.emplace(arguments[1]), print("opened");
+    if (command == "open") session.emplace(address), print("opened");
     if (command == "close") session.reset(), print("closed");
     if (command == "trace") printTrace(trace);
-    if (command == "processor time") print("microseconds " + std::to_string(test::processorTime().count()));
+    if (command == "processor time") print("microseconds " + std::to_string(processorTime().count()));
+    if (command == "descriptors") print("descriptors " + std::to_string(descriptorCount()));
   }
+  return 0;
 }
+
+}  // namespace fringix::test

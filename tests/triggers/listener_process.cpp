@@ -11,7 +11,9 @@ constexpr std::string_view traceWord = "trace ";
 
 }  // namespace
 
-ListenerProcess::ListenerProcess(const std::string& address) : process_(TRIGGER_LISTENER, {address}) {
+ListenerProcess::ListenerProcess(const std::string& address) : ListenerProcess(TRIGGER_LISTENER, {address}) {}
+
+ListenerProcess::ListenerProcess(const std::string& program, const std::vector<std::string>& arguments) : process_(program, arguments) {
   if (!open()) throw std::runtime_error("the listener does not open its session");
 }
 
@@ -44,12 +46,17 @@ int ListenerProcess::traced(std::string_view part) {
   return count;
 }
 
-std::chrono::microseconds ListenerProcess::processorTime() {
-  process_.write("processor time\n");
-  constexpr std::string_view word = "microseconds ";
+long long ListenerProcess::askForNumber(const std::string& command, std::string_view word) {
+  process_.write(command + "\n");
   const std::string line = process_.waitForLine(word);
   if (line.empty()) throw std::runtime_error("the listener does not answer");
-  return std::chrono::microseconds(std::stoll(line.substr(word.size())));
+  return std::stoll(line.substr(word.size()));
 }
+
+std::chrono::microseconds ListenerProcess::processorTime() {
+  return std::chrono::microseconds(askForNumber("processor time", "microseconds "));
+}
+
+int ListenerProcess::descriptors() { return static_cast<int>(askForNumber("descriptors", "descriptors ")); }
 
 }  // namespace fringix::test

@@ -17,7 +17,8 @@ using TimePoint = std::chrono::steady_clock::time_point;
 
 class ListenerProcess {
  public:
-  explicit ListenerProcess(const std::string& address);  // with an open session
+  explicit ListenerProcess(const std::string& address);                                    // with an open session
+  ListenerProcess(const std::string& program, const std::vector<std::string>& arguments);  // likewise, started in another way
 
   bool open() { return ask("open", "opened"); }
   bool close() { return ask("close", "closed"); }
@@ -26,13 +27,17 @@ class ListenerProcess {
   // Waits for this many triggers after a time. When the last of them was heard; nothing when that takes more than 20 seconds.
   std::optional<TimePoint> hears(int count, TimePoint since);
 
+  bool hearsNothing(std::chrono::milliseconds duration) { return process_.waitForLine("trigger ", duration).empty(); }
+
   int traced(std::string_view part);                                        // how many of the library's trace lines so far have this part
   bool isReceiver() { return traced("GPIOThread: Trigger occured!") > 0; }  // nobody else looks at datagrams
 
   std::chrono::microseconds processorTime();  // that it has used so far
+  int descriptors();                          // that it has open
 
  private:
   bool ask(const std::string& command, const std::string& answer);
+  long long askForNumber(const std::string& command, std::string_view word);
 
   ChildProcess process_;
 };

@@ -1,50 +1,26 @@
-// One abstract local socket: who has bound its name is the receiver. A follower connects to it and is handed a pipe, from which it reads
-// the senders' addresses; a pipe because it wakes its reader a third sooner than a socket does. The system frees the name and ends the
-// pipes when the receiver goes, however it goes.
+// Who has bound the port is the receiver. It listens under the name of a local socket; a follower connects to it and is handed a pipe,
+// from which it reads the senders' addresses; a pipe because it wakes its reader a third sooner than a socket does. The system frees port
+// and name and ends the pipes when the receiver goes, however it goes. Other users are strangers: see local_name.h.
 #include "platform/trigger_exchange.h"
 
-#include <fcntl.h>
 #include <poll.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <cstring>
 #include <utility>
 #include <vector>
+
+#include "platform/posix/followers.h"
+#include "platform/posix/local_name.h"
+#include "platform/posix/retry_pause.h"
 
 namespace fringix::platform {
 
 namespace {
 
-constexpr char exchangeName[] = "C5128585-87BE-4b48-9F65-9A4CAC572E59";
-
-// While the name is bound but nobody listens or hands out pipes: that lasts as long as the other side's next call, or for ever if it is
-// a stranger's.
-constexpr int shortestRetryPause = 1;  // milliseconds
-constexpr int longestRetryPause = 64;
-// While no descriptor is left to take another follower in.
-constexpr int crowdedPause = 100;  // milliseconds
-
 constexpr int withoutLimit = -1;
-
-struct ExchangeAddress {
-  sockaddr_un name{};
-  socklen_t size = 0;
-
-  ExchangeAddress() noexcept {
-    name.sun_family = AF_UNIX;
-    std::memcpy(name.sun_path + 1, exchangeName, sizeof exchangeName - 1);  // the zero before it makes the name abstract
-    size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + sizeof exchangeName);
-  }
-  const sockaddr* generic() const noexcept { return reinterpret_cast<const sockaddr*>(&name); }
-};
-
-Socket openLocal() noexcept { return Socket(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)); }
 
 int pollAll(pollfd* entries, std::size_t count, int limit) noexcept {
   int ready = poll(entries, count, limit);
@@ -56,99 +32,59 @@ bool isReady(const pollfd& entry) noexcept { return entry.revents != 0; }
 
 pollfd watch(int descriptor) noexcept { return {descriptor, POLLIN, 0}; }
 
-// One byte that carries a descriptor to another process.
-class Envelope {
- public:
-  Envelope() noexcept {
-    message_.msg_iov = &content_;
-    message_.msg_iovlen = 1;
-    message_.msg_control = control_;
-    message_.msg_controllen = CMSG_LEN(sizeof(int));  // for one descriptor: the system drops what comes beyond
-  }
-  Envelope(const Envelope&) = delete;
-  Envelope& operator=(const Envelope&) = delete;
-
-  bool send(int connection, int descriptor) noexcept {
-    cmsghdr* const header = CMSG_FIRSTHDR(&message_);
-    header->cmsg_level = SOL_SOCKET;
-    header->cmsg_type = SCM_RIGHTS;
-    header->cmsg_len = CMSG_LEN(sizeof descriptor);
-    std::memcpy(CMSG_DATA(header), &descriptor, sizeof descriptor);
-    return sendmsg(connection, &message_, MSG_DONTWAIT | MSG_NOSIGNAL) == 1;
-  }
-
-  // Invalid when nothing like that came.
-  Socket receive(int connection) noexcept {
-    if (recvmsg(connection, &message_, MSG_DONTWAIT | MSG_CMSG_CLOEXEC) <= 0) return {};
-    const cmsghdr* const header = CMSG_FIRSTHDR(&message_);
-    if (header == nullptr || header->cmsg_type != SCM_RIGHTS || header->cmsg_len != CMSG_LEN(sizeof(int))) return {};
-    int descriptor = -1;
-    std::memcpy(&descriptor, CMSG_DATA(header), sizeof descriptor);
-    return Socket(descriptor);
-  }
-
- private:
-  char byte_ = 0;
-  iovec content_{&byte_, 1};
-  alignas(cmsghdr) char control_[CMSG_SPACE(sizeof(int))]{};
-  msghdr message_{};
-};
+pollfd watch(const ManualResetEvent& event) noexcept { return watch(static_cast<int>(event.native())); }
 
 }  // namespace
 
 // Pipes are kept as sockets: what both need is to be closed.
 struct TriggerExchange::Native {
-  Socket local;  // receiver: the listening socket; follower: the connection until the pipe has come
-  Socket pipe;   // follower: from the receiver
-  bool receiver = false;
-  bool crowded = false;
+  Socket connection;      // to the receiver, until the pipe has come
+  Socket pipe;            // from the receiver
+  bool rebuffed = false;  // by who has the name: asking again at once would be no use
+  int pause = shortestRetryPause;
+  bool told = false;  // the listener, of what it lacks
+  Socket port;        // until the listener fetches it
   std::uint32_t sender = 0;
-  std::vector<Socket> followers;  // receiver: the pipes to them
+  Followers followers;
   std::vector<pollfd> entries;
 
-  bool becomeReceiver() noexcept;
+  bool follows() const noexcept { return pipe.valid() || connection.valid(); }
+  int source() const noexcept { return pipe.valid() ? pipe.handle() : connection.handle(); }
   bool connect() noexcept;
-  bool follows() const noexcept { return pipe.valid() || local.valid(); }
-  int source() const noexcept { return pipe.valid() ? pipe.handle() : local.handle(); }
+  bool takePort() noexcept;
   bool hear() noexcept;
   void takePipe() noexcept;
-  bool takeFollowerIn(const Socket& connection);
-  void takeFollowersIn() noexcept;
-  void dropFollowersThatLeft() noexcept;
-  void watchAll(const ManualResetEvent& stop, const Socket& socket);
+  bool tellOnce(bool lacking) noexcept { return lacking && !std::exchange(told, true); }
 };
 
 TriggerExchange::TriggerExchange() : native_(std::make_unique<Native>()) {}
 TriggerExchange::~TriggerExchange() { resign(); }
 
 TriggerExchange::Block TriggerExchange::openBlock() noexcept { return Block::ready; }
-bool TriggerExchange::openLock() noexcept { return openLocal().valid(); }
+bool TriggerExchange::openLock() noexcept { return true; }
 bool TriggerExchange::openNotification() noexcept { return true; }
 std::uint32_t TriggerExchange::lastError() const noexcept { return 0; }
 bool TriggerExchange::hasView() const noexcept { return true; }
 
-bool TriggerExchange::Native::becomeReceiver() noexcept {
-  const ExchangeAddress address;
-  Socket bound = openLocal();
-  if (bind(bound.handle(), address.generic(), address.size) != 0) return false;
-  if (listen(bound.handle(), SOMAXCONN) != 0) return false;
-  local = std::move(bound);
-  receiver = true;
-  return true;
-}
-
 bool TriggerExchange::Native::connect() noexcept {
-  const ExchangeAddress address;
-  Socket connection = openLocal();
-  if (::connect(connection.handle(), address.generic(), address.size) != 0) return false;
-  local = std::move(connection);
+  connection = connectToTheName();
+  return connection.valid();
+}
+
+// Without any option that lets others bind it, too: SO_REUSEADDR gives the datagrams to the last of all users that set it.
+bool TriggerExchange::Native::takePort() noexcept {
+  Socket bound = Socket::openDatagram();
+  if (!bound.bind({0, triggerPort}) || !bound.setNonBlocking(true)) return false;
+  port = std::move(bound);
+  connection.close();
+  told = false;
   return true;
 }
 
-// Whoever has the name may hand out what he likes: another file than a pipe might never end.
+// Another file than a pipe might never end.
 void TriggerExchange::Native::takePipe() noexcept {
-  pipe = Envelope().receive(local.handle());
-  local.close();
+  pipe = receiveDescriptor(connection);
+  connection.close();
   struct stat file;
   if (pipe.valid() && (fstat(pipe.handle(), &file) != 0 || !S_ISFIFO(file.st_mode))) pipe.close();
 }
@@ -159,24 +95,32 @@ bool TriggerExchange::Native::hear() noexcept {
     takePipe();
     return false;
   }
-  if (read(pipe.handle(), &sender, sizeof sender) == sizeof sender) return true;
+  if (read(pipe.handle(), &sender, sizeof sender) == sizeof sender) {
+    pause = shortestRetryPause;
+    told = false;
+    return true;
+  }
   pipe.close();
   return false;
 }
 
+// Whoever connects and gets no pipe tries the port now and then: who has the name may never hand one out.
 TriggerExchange::Turn TriggerExchange::waitForTurn(const ManualResetEvent& stop) noexcept {
-  bool rebuffed = false;  // by who has the name: asking again at once would be no use
-  for (int pause = shortestRetryPause;; pause = std::min(pause * 2, longestRetryPause)) {
-    const bool following = native_->follows() || (!rebuffed && native_->connect());
-    if (!following && native_->becomeReceiver()) return Turn::receiver;
-    pollfd entries[] = {watch(native_->source()), watch(static_cast<int>(stop.native()))};  // poll passes over -1
-    const int ready = pollAll(entries, 2, following ? withoutLimit : pause);
+  Native& native = *native_;
+  for (;;) {
+    const bool connected = native.follows() || (!native.rebuffed && native.connect());
+    if (!connected && native.takePort()) return Turn::receiver;
+    if (native.tellOnce(!connected && native.pause == longestRetryPause)) return Turn::noPort;
+    pollfd entries[] = {watch(native.source()), watch(stop)};  // poll passes over -1
+    const int ready = pollAll(entries, 2, native.pipe.valid() ? withoutLimit : native.pause);
     if (ready < 0) return Turn::failed;
-    const bool trigger = isReady(entries[0]) && native_->hear();
-    rebuffed = following && !native_->follows();
-    if (rebuffed && native_->becomeReceiver()) return Turn::receiver;
+    const bool trigger = isReady(entries[0]) && native.hear();
+    native.rebuffed = connected && !native.follows();
+    const bool waitsInVain = connected && ready == 0;
+    if ((native.rebuffed || waitsInVain) && native.takePort()) return Turn::receiver;
     if (isReady(entries[1])) return Turn::stop;
     if (trigger) return Turn::trigger;
+    native.pause = longerPause(native.pause);
   }
 }
 
@@ -185,64 +129,27 @@ bool TriggerExchange::readSender(std::uint32_t* address) noexcept {
   return true;
 }
 
+TriggerExchange::Port TriggerExchange::openPort(const SocketLibrary&, Socket* port) noexcept {
+  *port = std::move(native_->port);
+  return port->valid() ? Port::open : Port::refused;
+}
+
 bool TriggerExchange::openArrival() noexcept { return true; }
-
-// False: there is no room for another one.
-bool TriggerExchange::Native::takeFollowerIn(const Socket& connection) {
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) return false;
-  const Socket reading(ends[0]);
-  Socket writing(ends[1]);
-  if (Envelope().send(connection.handle(), reading.handle())) followers.push_back(std::move(writing));
-  return true;
-}
-
-// A follower that is not taken in sees its connection end, and tries again.
-void TriggerExchange::Native::takeFollowersIn() noexcept {
-  while (!crowded) {
-    const Socket connection(accept4(local.handle(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-    if (!connection.valid()) {
-      crowded = errno != EAGAIN && errno != ECONNABORTED && errno != EINTR;
-      return;
-    }
-    try {
-      crowded = !takeFollowerIn(connection);
-    } catch (...) {
-      crowded = true;
-    }
-  }
-}
-
-// The pipe of one that has left is broken.
-void TriggerExchange::Native::dropFollowersThatLeft() noexcept {
-  constexpr std::size_t firstFollower = 3;
-  for (std::size_t entry = entries.size(); entry > firstFollower; --entry) {
-    if (isReady(entries[entry - 1])) followers.erase(followers.begin() + static_cast<std::ptrdiff_t>(entry - 1 - firstFollower));
-  }
-}
-
-void TriggerExchange::Native::watchAll(const ManualResetEvent& stop, const Socket& socket) {
-  entries = {watch(static_cast<int>(stop.native())), watch(socket.handle()), watch(crowded ? -1 : local.handle())};
-  for (const Socket& follower : followers) entries.push_back(watch(follower.handle()));
-}
 
 TriggerExchange::Arrival TriggerExchange::waitForDatagram(const ManualResetEvent& stop, const Socket& socket) noexcept {
   Native& native = *native_;
   for (;;) {
     try {
-      native.watchAll(stop, socket);
+      native.entries = {watch(stop), watch(socket.handle())};
+      native.followers.prepare(native.entries);
     } catch (...) {
       return Arrival::failed;
     }
-    const int ready = pollAll(native.entries.data(), native.entries.size(), native.crowded ? crowdedPause : withoutLimit);
-    if (ready < 0) return Arrival::failed;
+    if (native.tellOnce(native.followers.nameIsTaken())) return Arrival::alone;
+    if (pollAll(native.entries.data(), native.entries.size(), native.followers.pollLimit()) < 0) return Arrival::failed;
     if (isReady(native.entries[0])) return Arrival::stop;
-    const bool datagram = isReady(native.entries[1]);
-    const bool newcomers = isReady(native.entries[2]);
-    native.dropFollowersThatLeft();
-    native.crowded = false;
-    if (newcomers) native.takeFollowersIn();
-    if (datagram) return Arrival::datagram;
+    native.followers.look(native.entries.data() + 2);
+    if (isReady(native.entries[1])) return Arrival::datagram;
   }
 }
 
@@ -253,21 +160,10 @@ bool TriggerExchange::writeSender(std::uint32_t address) noexcept {
   return true;
 }
 
-// A follower that takes no more is one that does not run: it misses triggers, and nobody waits for it. The signal of a broken pipe is
-// blocked in worker threads.
-void TriggerExchange::announce() noexcept {
-  for (const Socket& follower : native_->followers) {
-    [[maybe_unused]] const ssize_t written = write(follower.handle(), &native_->sender, sizeof native_->sender);
-  }
-}
+void TriggerExchange::announce() noexcept { native_->followers.tell(native_->sender); }
 
 void TriggerExchange::settle() noexcept {}
 
-void TriggerExchange::resign() noexcept {
-  if (!native_->receiver) return;
-  native_->local.close();  // first: the name is free when the followers see their connections end
-  native_->followers.clear();
-  native_->receiver = false;
-}
+void TriggerExchange::resign() noexcept { native_->followers.leave(); }
 
 }  // namespace fringix::platform

@@ -1,4 +1,5 @@
-// Strangers on the local socket by which the listeners of a host find each other: as the one that has the name, and as a follower.
+// Programs of the same user on the local socket by which the listeners of a host find each other, that are no listeners: as the one that
+// has the name, and as a follower.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -145,9 +146,21 @@ void sendAnEndlessFile(const Socket& connection) {
 
 class LocalExchangeTest : public testing::TestWithParam<Unfriendly> {};
 
-TEST_P(LocalExchangeTest, AFollowerOutlivesAStrangerThatHasTheName) {
-  constexpr int visits = 16;
+TEST_P(LocalExchangeTest, AListenerDoesWithoutAStrangerThatHasTheName) {
+  auto stranger = std::make_unique<Stranger>(GetParam().treatment);
+  const CountingListener listener;
+  EXPECT_TRUE(listener.hears());
+  stranger.reset();
+  const CountingListener follower;
+  EXPECT_TRUE(follower.hears()) << "the listener has the name now";
+  EXPECT_TRUE(listener.hears());
+}
+
+TEST_P(LocalExchangeTest, AListenerWithoutThePortKeepsAskingInPeace) {
+  constexpr int visits = 32;                          // two for each time it asks
   constexpr std::chrono::milliseconds shortest{400};  // it asks again after a pause that grows to 64 ms
+  Socket port = Socket::openDatagram();
+  ASSERT_TRUE(port.bind({0, triggerPort}));
   auto stranger = std::make_unique<Stranger>(GetParam().treatment);
   const CountingListener listener;
   ASSERT_TRUE(eventually([&] { return stranger->visitors() > 0; }));
@@ -156,6 +169,7 @@ TEST_P(LocalExchangeTest, AFollowerOutlivesAStrangerThatHasTheName) {
   ASSERT_TRUE(eventually([&] { return stranger->visitors() > visits; }));
   EXPECT_GT(Clock::now() - start, shortest) << "it does not keep asking";
   stranger.reset();
+  port.close();
   EXPECT_TRUE(listener.hears()) << "it has taken over";
   EXPECT_LE(descriptorCount(), descriptors + 2) << "no more than the two sockets of a receiver";
 }
@@ -168,6 +182,18 @@ INSTANTIATE_TEST_SUITE_P(
                     Unfriendly{"HandsOutAnEndlessFile", sendAnEndlessFile},
                     Unfriendly{"HandsOutManyDescriptors", [](const Socket& connection) { sendClosedPipes(connection, 40); }}),
     [](const auto& test) { return test.param.name; });
+
+TEST(ServingNobodyTest, AListenerThatIsLeftWaitingDoesWithoutTheOthers) {
+  const Address address;
+  Socket name = openLocal();
+  ASSERT_EQ(bind(name.handle(), address.generic(), address.size), 0);
+  ASSERT_TRUE(name.listen(8));
+  const CountingListener listener;
+  EXPECT_TRUE(listener.hears());
+  name.close();
+  const CountingListener follower;
+  EXPECT_TRUE(follower.hears());
+}
 
 // Connects as a follower does; what the receiver hands to it.
 Socket follow() {

@@ -132,6 +132,15 @@ TEST_F(NamedObjectsTest, AFollowerStopsBeforeItTakesAnotherTrigger) {
   ReleaseMutex(stranger.lock);
 }
 
+TEST_F(NamedObjectsTest, APortThatAStrangerHoldsEndsTheListener) {
+  const platform::SocketLibrary library;
+  platform::Socket stranger = platform::Socket::openDatagram();
+  stranger.setSoleListener();
+  ASSERT_TRUE(stranger.setReuseAddress(false));
+  ASSERT_TRUE(stranger.bind({0, 44331}));
+  EXPECT_EQ(linesOfAFailure(-1), (Lines{line("GPIOThread: ThreadProc started"), line("ERROR: openPort for GPIO-socket failed")}));
+}
+
 // The port is taken, so that a receiver says that it is one.
 TEST_F(NamedObjectsTest, AFollowerBecomesTheReceiverBeforeItStops) {
   const platform::SocketLibrary library;
