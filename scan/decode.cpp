@@ -111,6 +111,9 @@ void Decoder::judge(const LevelSums& sums, DecodedStrip& decoded) const {
 
 namespace {
 
+// At its borders the projector's blur mixes in the darkness outside, which moves the phase.
+constexpr float borderColumns = 3;
+
 // The reasons of one pixel that depend on the period's number, in their order.
 struct Judgement {
   float width;
@@ -124,7 +127,7 @@ struct Judgement {
     const float harmonics = unsteadiness * decoded.modulation[i];
     const float misfitLimit = chance * (constant + perLevel * decoded.offset[i]) + harmonics * harmonics;
     std::int32_t reason = decoded.misfit[i] > misfitLimit ? static_cast<std::int32_t>(Reason::unsteady) : 0;
-    reason = (column < -0.5F) | (column > width - 0.5F) ? static_cast<std::int32_t>(Reason::column) : reason;
+    reason = (column < borderColumns - 0.5F) | (column > width - borderColumns - 0.5F) ? static_cast<std::int32_t>(Reason::column) : reason;
     reason = size(rest) > residual ? static_cast<std::int32_t>(Reason::residual) : reason;
     reason = uncertain ? static_cast<std::int32_t>(Reason::grayMargin) : reason;
     return decoded.reason[i] != 0 ? decoded.reason[i] : reason;

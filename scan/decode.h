@@ -15,7 +15,7 @@ namespace fringix::scan {
 struct DecodeLimits {
   NoiseModel noise;
   std::int32_t saturation = 254;  // levels from here on count as saturated
-  double periodShare = 0.05;      // largest expected standard deviation of the phase, in turns
+  double periodShare = 0.02;      // largest expected standard deviation of the phase, in turns
   double grayMargin = 4;          // in standard deviations of the noise
   double residual = 0.45;         // largest distance of the phase from the period that was counted, in turns
   double unsteadiness = 0.05;     // largest misfit of the steps, in proportion to the modulation, beyond noise

@@ -7,7 +7,7 @@
 
 namespace fringix::scan {
 
-enum class Status : std::int32_t { okay = 0, badHandle = -2, badParameter = -3, systemError = -4, badCalibration = -50, badPictures = -51 };
+enum class Status : std::int32_t { badParameter = -3, systemError = -4, badCalibration = -50, badPictures = -51 };
 
 class Failure : public std::runtime_error {
  public:

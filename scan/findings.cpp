@@ -26,6 +26,12 @@ double medianOfDeviation(std::int32_t freedom) { return std::pow(1 - 2.0 / (9.0 
 
 }  // namespace
 
+const char* nameOf(Reason reason) {
+  constexpr std::array<const char*, reasonCount> names = {"none",     "saturation", "noise", "gray margin", "residual", "column",
+                                                          "unsteady", "geometry",   "edge",  "outlier",     "component"};
+  return names[static_cast<std::size_t>(reason)];
+}
+
 void Scatter::add(const DecodedStrip& decoded, std::size_t count) {
   for (std::size_t i = 0; i < count; i += sampling) {
     if (decoded.reason[i] != 0) continue;

@@ -11,6 +11,8 @@
 
 namespace fringix::scan {
 
+const char* nameOf(Reason reason);
+
 struct Findings {
   std::array<std::uint64_t, reasonCount> counts{};  // pixels by Reason; those without one are the points
   double expectedSigma = 0;                         // root of the mean square of the points' sigma, in mm

@@ -22,7 +22,7 @@ enum class Reason : std::uint8_t {
   noise,       // expected standard deviation too large, as where no light falls
   grayMargin,  // a bit of the Gray code can be read either way, and it matters
   residual,    // period index and phase contradict each other
-  column,      // outside of the projector's picture
+  column,      // outside of the projector's picture, or within three columns of its border
   unsteady,    // the steps fit no cosine: something moved or flickered
   geometry,    // ray and column meet nowhere, or not where the projector shines or depths are wanted
   edge,        // depth step to a neighbour

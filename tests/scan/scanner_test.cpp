@@ -197,7 +197,7 @@ TEST(ScannerPropertyTest, ARandomPlaneSeenByARandomHeadThroughARandomPlanComesBa
     const Rendering rendering(head, 0, plane({0.3 * share(chance), 0.3 * share(chance), 1}, 400 + 80 * share(chance)));
     ScanSettings settings;
     settings.decode.noise.floor = 0.5;
-    const Result result = scanOf(head, rendering, plan, {.noise = 0.5, .blur = 1.5}, settings);
+    const Result result = scanOf(head, rendering, plan, {.noise = 0.5}, settings);
     ASSERT_GT(result.findings.counts[0], rendering.pixels() / 20) << round;
     double square = 0;
     for (std::size_t i = 0; i < rendering.pixels(); ++i) {
