@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "head/optics/scene.h"
+#include "head/geometry/mount.h"
 
 namespace fringix::head {
 

@@ -21,7 +21,20 @@ LentBlock DataStore::load(const std::string& name, MemoryBudget& budget) const {
   const std::lock_guard lock(mutex_);
   auto room = budget.take(sizeOf(name));
   if (!room) return {.noRoom = true};
-  return {.block = read(name), .room = std::move(*room)};
+  SharedBlock block = read(name);
+  if (block == nullptr) block = own(name);
+  return {.block = std::move(block), .room = std::move(*room)};
+}
+
+void DataStore::provide(const std::string& name, Block block) {
+  const std::lock_guard lock(mutex_);
+  provided_[name] = std::make_shared<const Block>(std::move(block));
+}
+
+// All clients share it, so it takes no room of its own.
+SharedBlock DataStore::own(const std::string& name) const {
+  const auto found = provided_.find(name);
+  return found != provided_.end() ? found->second : nullptr;
 }
 
 std::unique_ptr<DataStore> makeDataStore(const HeadSettings& settings) {

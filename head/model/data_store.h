@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -45,7 +46,12 @@ class DataStore {
     std::size_t blocks = 0;
   };
 
+  // What the head itself has under a name, as long as no client has saved a block there. Takes none of the capacity.
+  void provide(const std::string& name, Block block);
+
  private:
+  SharedBlock own(const std::string& name) const;
+
   virtual Content contentWithout(const std::string& name) const = 0;  // all other blocks
   virtual std::size_t sizeOf(const std::string& name) const = 0;      // 0 where there is none
   virtual Status write(const std::string& name, Block block) = 0;     // wholly or not at all
@@ -53,6 +59,7 @@ class DataStore {
 
   const std::size_t capacity_;
   mutable std::mutex mutex_;
+  std::map<std::string, SharedBlock> provided_;
 };
 
 // In settings.storage, or in memory when that is empty. Throws std::runtime_error when the folder cannot be made.

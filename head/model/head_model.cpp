@@ -4,7 +4,10 @@
 #include <string>
 #include <utility>
 
+#include "head/model/calibration_block.h"
+#include "head/model/truth_block.h"
 #include "head/optics/digits.h"
+#include "head/scene/scenes.h"
 
 namespace fringix::head {
 
@@ -28,10 +31,33 @@ HeadModel::HeadModel(HeadSettings settings)
       data_(makeDataStore(settings_)),
       transfers_(transferMemory(settings_)),
       serialDevice_(settings_.serialScript),
-      projector_(settings_.projector),
+      scene_(makeScene(settings_.scene)),
+      projector_(settings_.projector, settings_.gamma),
       cameras_{Camera(settings_, 0), Camera(settings_, 1)},
       sequences_(settings_.projector, settings_.sequenceMemory),
-      pictures_(settings_.pictureMemory) {}
+      pictures_(settings_.pictureMemory) {
+  data_->provide(calibrationBlockName, calibrationBlock(settings_));
+  data_->provide(truthBlockName, truthBlock(*scene_));
+}
+
+void HeadModel::setScene(const std::string& name) {
+  const std::shared_ptr<const Scene> scene = makeScene(name);
+  const LightMaps maps = mapsOf(scene);
+  const std::lock_guard lock(mutex_);
+  scene_ = scene;
+  useMaps(maps);
+  data_->provide(truthBlockName, truthBlock(*scene_));
+}
+
+HeadModel::LightMaps HeadModel::mapsOf(const std::shared_ptr<const Scene>& scene) const {
+  LightMaps maps;
+  for (std::uint32_t channel = 0; channel < channelCount; ++channel) maps[channel] = lightMapFor(settings_, channel, scene);
+  return maps;
+}
+
+void HeadModel::useMaps(const LightMaps& maps) {
+  for (std::uint32_t channel = 0; channel < channelCount; ++channel) cameras_[channel].use(maps[channel]);
+}
 
 void HeadModel::show(std::shared_ptr<const Pattern> pattern) {
   const std::lock_guard lock(mutex_);
@@ -76,14 +102,16 @@ std::int32_t HeadModel::selfCheck() const {
 bool HeadModel::takePicture(std::uint32_t channel, Picture& picture) {
   if (channel >= channelCount) return false;
   const std::lock_guard lock(mutex_);
+  ++moment_;
   takeLocked(channel, picture);
   return true;
 }
 
 void HeadModel::takeLocked(std::uint32_t channel, Picture& picture) {
-  const auto& light = projector_.light();
+  if (!cameras_[channel].sees()) useMaps(mapsOf(scene_));
+  const Light& light = projector_.light();
   const Exposure exposure{projector_.lightVersion(), controls_.lampStrength(), configuration_.exposureFactor(), controls_.gainFactor()};
-  cameras_[channel].take(light, exposure, ++picturesTaken_, picture);
+  cameras_[channel].take(light, exposure, moment_, ++picturesTaken_, picture);
   drawLabel(picture, std::to_string(settings_.serial) + " " + std::to_string(picturesTaken_));
 }
 
@@ -134,6 +162,7 @@ Status HeadModel::measureImage(std::uint32_t id, std::uint32_t index) {
   SequenceImage image = sequences_.image(id, index);
   if (image.status != Status::ok) return image.status;
   projector_.show(std::move(image.pattern));
+  ++moment_;
   for (std::uint32_t channel = 0; channel < channelCount; ++channel) {
     if (!pictures_.hasRoom({channel, index}, settings_.camera.pixels())) return Status::outOfMemory;
     Picture picture;

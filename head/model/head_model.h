@@ -6,8 +6,10 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <vector>
 
+#include "head/geometry/mount.h"
 #include "head/model/configuration.h"
 #include "head/model/controls.h"
 #include "head/model/data_store.h"
@@ -19,7 +21,7 @@
 #include "head/optics/pattern.h"
 #include "head/optics/picture.h"
 #include "head/optics/projector.h"
-#include "head/optics/scene.h"
+#include "head/scene/scene.h"
 #include "head/settings/head_settings.h"
 #include "head/settings/status.h"
 
@@ -43,6 +45,10 @@ class HeadModel {
   MemoryBudget& transfers() { return transfers_; }  // for what clients are sending and fetching
   IoLines& lines() { return lines_; }
   SerialDevice& serialDevice() { return serialDevice_; }
+
+  // Puts another scene before the head, as makeScene takes it; pictures are of the old one until this returns. The data block
+  // "truth.json" tells of the new one. Throws std::runtime_error when there is no such scene.
+  void setScene(const std::string& name);
 
   // What shines on the scene; null is white light, as at the start.
   void show(std::shared_ptr<const Pattern> pattern);
@@ -74,6 +80,10 @@ class HeadModel {
   std::int32_t measurementFault() const;
 
  private:
+  using LightMaps = std::array<std::shared_ptr<const LightMap>, channelCount>;
+
+  LightMaps mapsOf(const std::shared_ptr<const Scene>& scene) const;
+  void useMaps(const LightMaps& maps);
   void takeLocked(std::uint32_t channel, Picture& picture);
 
   const HeadSettings settings_;
@@ -85,11 +95,13 @@ class HeadModel {
   SerialDevice serialDevice_;
 
   mutable std::mutex mutex_;
+  std::shared_ptr<const Scene> scene_;
   Projector projector_;
   std::array<Camera, channelCount> cameras_;
   SequenceStore sequences_;
   PictureStore pictures_;
-  std::uint64_t picturesTaken_ = 0;
+  std::uint64_t picturesTaken_ = 0;  // of each camera one by one
+  std::uint64_t moment_ = 0;         // those that the cameras took together count once
   std::int32_t measurementFault_ = 0;
 };
 

@@ -1,41 +1,52 @@
 #include "head/optics/camera.h"
 
 #include <algorithm>
-#include <cmath>
+#include <utility>
+
+#include "head/optics/passing_ball.h"
 
 namespace fringix::head {
 
 namespace {
 
-constexpr double surroundings = 10;  // grey levels of the light that is always there
-constexpr int factorBits = 8;
-constexpr double largestFactor = 15;  // keeps the product of light, reflectance and factor within 32 bits
+constexpr double mostBrightening = 15;
+
+Brightening brighteningFor(const Exposure& exposure, double ambient) {
+  const double sensitivity = exposure.time * exposure.gain;
+  return {std::min(exposure.lamp * sensitivity, mostBrightening), std::clamp(ambient * sensitivity, 0.0, 255.0)};
+}
 
 }  // namespace
 
 Camera::Camera(const HeadSettings& settings, std::uint32_t channel) : settings_(settings), channel_(channel) {}
 
-void Camera::take(const std::vector<std::uint8_t>& light, const Exposure& exposure, std::uint64_t number, Picture& picture) {
-  if (map_ == nullptr) map_ = lightMapFor(settings_.camera, settings_.projector, channel_);
-  if (clean_.pixels.empty() || exposure_ != exposure) render(light, exposure);
-  if (!noise_ || noiseGain_ != exposure.gain) {
-    noise_.emplace(settings_.noiseSeed + channel_, settings_.noise * exposure.gain);
-    noiseGain_ = exposure.gain;
-  }
-  noise_->addTo(clean_, number, picture);
+void Camera::use(std::shared_ptr<const LightMap> map) {
+  map_ = std::move(map);
+  still_.pixels.clear();
 }
 
-void Camera::render(const std::vector<std::uint8_t>& light, const Exposure& exposure) {
-  const double sensitivity = exposure.time * exposure.gain;
-  const double strength = std::min(exposure.lamp * sensitivity, largestFactor);
-  const auto factor = static_cast<std::uint32_t>(std::lround(strength * (1 << factorBits)));
-  const auto base = static_cast<std::uint32_t>(std::clamp(surroundings * sensitivity, 1.0, 255.0));
-  clean_.resize(settings_.camera);
-  for (std::size_t i = 0; i < clean_.pixels.size(); ++i) {
-    const std::uint32_t lit = std::uint32_t{light[map_->source[i]]} * map_->reflectance[i] * factor;
-    clean_.pixels[i] = static_cast<std::uint8_t>(std::min(base + (lit >> (LightMap::reflectanceBits + factorBits)), 255U));
-  }
+void Camera::take(const Light& light, const Exposure& exposure, std::uint64_t moment, std::uint64_t number, Picture& picture) {
+  if (still_.pixels.empty() || exposure_ != exposure) render(light, exposure);
+  if (settings_.motion > 0) renderMoving(light, moment);
+  if (!noise_) noise_.emplace(settings_.noiseSeed + channel_);
+  const NoiseKind kind{settings_.noise * exposure.gain, settings_.shotNoise * exposure.gain};
+  noise_->readOut(settings_.motion > 0 ? moved_ : still_, kind, number, picture);
+}
+
+void Camera::render(const Light& light, const Exposure& exposure) {
+  sensor_.emplace(*map_, light, brighteningFor(exposure, settings_.ambient));
+  sensor_->fill(light, still_);
   exposure_ = exposure;
+}
+
+void Camera::renderMoving(const Light& light, std::uint64_t moment) {
+  const Sphere ball = passingBall(settings_, moment);
+  const auto width = static_cast<std::size_t>(settings_.camera.width);
+  moved_ = still_;
+  for (const std::size_t pixel : pixelsChangedBy(ball, *map_)) {
+    const ImagePoint place{static_cast<double>(pixel % width), static_cast<double>(pixel / width)};
+    moved_.pixels[pixel] = sensor_->at(light, map_->view.look(place, &ball));
+  }
 }
 
 }  // namespace fringix::head

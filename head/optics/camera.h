@@ -6,9 +6,12 @@
 #include <optional>
 #include <vector>
 
+#include "head/optics/exposed_image.h"
+#include "head/optics/light.h"
 #include "head/optics/light_map.h"
 #include "head/optics/noise.h"
 #include "head/optics/picture.h"
+#include "head/optics/sensor_light.h"
 #include "head/settings/head_settings.h"
 
 namespace fringix::head {
@@ -26,18 +29,25 @@ class Camera {
  public:
   Camera(const HeadSettings& settings, std::uint32_t channel);
 
-  // Takes picture number `number` of the light that Projector::light gives. Pixels are 1 to 255.
-  void take(const std::vector<std::uint8_t>& light, const Exposure& exposure, std::uint64_t number, Picture& picture);
+  // What it sees, as lightMapFor gives it; needed before the first picture.
+  void use(std::shared_ptr<const LightMap> map);
+  bool sees() const { return map_ != nullptr; }
+
+  // Takes picture number `number` of the light. Pixels are 1 to 255. `moment` counts what all cameras take together: it says where
+  // something that moves is.
+  void take(const Light& light, const Exposure& exposure, std::uint64_t moment, std::uint64_t number, Picture& picture);
 
  private:
-  void render(const std::vector<std::uint8_t>& light, const Exposure& exposure);
+  void render(const Light& light, const Exposure& exposure);
+  void renderMoving(const Light& light, std::uint64_t moment);
 
   const HeadSettings& settings_;
   std::uint32_t channel_;
-  std::shared_ptr<const LightMap> map_;  // made for the first picture
-  std::optional<Noise> noise_;           // for `noiseGain_`
-  double noiseGain_ = 0;
-  Picture clean_;  // without noise, for `exposure_`
+  std::shared_ptr<const LightMap> map_;
+  std::optional<Noise> noise_;         // made for the first picture
+  std::optional<SensorLight> sensor_;  // for `exposure_`
+  ExposedImage still_;                 // without what moves and without noise, for `exposure_`; empty until there is one
+  ExposedImage moved_;
   Exposure exposure_;
 };
 

@@ -1,82 +1,76 @@
 #include "head/optics/light_map.h"
 
 #include <algorithm>
-#include <cmath>
 #include <map>
 #include <mutex>
+#include <thread>
 #include <tuple>
 
-#include "head/optics/scene.h"
+#include "head/optics/blur.h"
 
 namespace fringix::head {
 
 namespace {
 
-constexpr double fullLightDistance = 600;  // from the projector, in millimetres: here a white surface gives back all that it gets
-constexpr double sameSurface = 1e-3;       // in millimetres
-
 std::size_t pixelCount(Size size) { return static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height); }
 
-class MapMaker {
- public:
-  MapMaker(Size camera, Size projector, std::uint32_t channel)
-      : camera_(camera),
-        projector_(projector),
-        cameraOptics_(cameraOptics(camera, channel)),
-        projectorOptics_(projectorOptics(projector)) {}
-
-  LightMap make() {
-    map_.source.assign(pixelCount(camera_), static_cast<std::uint32_t>(pixelCount(projector_)));
-    map_.reflectance.assign(pixelCount(camera_), 0);
-    std::size_t pixel = 0;
-    for (std::int32_t y = 0; y < camera_.height; ++y) {
-      for (std::int32_t x = 0; x < camera_.width; ++x) light(pixel++, {x + 0.5, y + 0.5});
-    }
-    return std::move(map_);
+void fillRow(LightMap& map, std::int32_t y) {
+  const std::int32_t width = map.view.camera().size().width;
+  std::size_t pixel = static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
+  for (std::int32_t x = 0; x < width; ++x, ++pixel) {
+    const LitPixel lit = map.view.look({1.0 * x, 1.0 * y});
+    map.column[pixel] = lit.column;
+    map.row[pixel] = lit.row;
+    map.reflectance[pixel] = lit.reflectance;
   }
+}
 
- private:
-  void light(std::size_t pixel, ImagePoint place) {
-    const auto seen = firstSurface(cameraOptics_.position(), cameraOptics_.directionThrough(place));
-    if (!seen) return;
-    const auto lamp = projectorOptics_.project(seen->point);
-    if (!lamp || inShadow(*seen)) return;
-    map_.source[pixel] =
-        static_cast<std::uint32_t>(lamp->y) * static_cast<std::uint32_t>(projector_.width) + static_cast<std::uint32_t>(lamp->x);
-    map_.reflectance[pixel] = static_cast<std::uint16_t>(std::lround(reflected(*seen) * (1 << LightMap::reflectanceBits)));
+// Every n-th row is a thread's: rows differ in how much there is to see.
+void fill(LightMap& map) {
+  const std::int32_t height = map.view.camera().size().height;
+  const auto threads = static_cast<std::int32_t>(std::max(1U, std::thread::hardware_concurrency()));
+  std::vector<std::jthread> workers;
+  for (std::int32_t first = 0; first < std::min(threads, height); ++first) {
+    workers.emplace_back([&map, first, threads, height] {
+      for (std::int32_t y = first; y < height; y += threads) fillRow(map, y);
+    });
   }
+}
 
-  bool inShadow(const SurfacePoint& seen) const {
-    const Vector ray = seen.point - projectorOptics_.position();
-    const auto lit = firstSurface(projectorOptics_.position(), unit(ray));
-    return !lit || lit->distance < length(ray) - sameSurface;
-  }
+// Something that passes may be nearer than all else, so that the levels between and before the scene's own ones are marked, too.
+std::vector<bool> blursOf(const LightMap& map, bool somethingPasses) {
+  const std::int32_t width = map.view.projector().size().width;
+  std::vector<bool> blurs(blurLevels, somethingPasses);
+  for (std::size_t i = 0; i < map.column.size(); ++i) blurs[BlurredPlace(map.column[i], width).level] = true;
+  while (!blurs.back()) blurs.pop_back();
+  return blurs;
+}
 
-  double reflected(const SurfacePoint& seen) const {
-    const Vector ray = seen.point - projectorOptics_.position();
-    const double distance = length(ray);
-    const double cosine = std::max(0.0, -dot(seen.normal, ray) / distance);
-    const double spread = fullLightDistance / distance;
-    return std::min(1.0, seen.albedo * cosine * spread * spread);
-  }
-
-  Size camera_;
-  Size projector_;
-  Pinhole cameraOptics_;
-  Pinhole projectorOptics_;
-  LightMap map_;
-};
+std::shared_ptr<const LightMap> makeMap(const HeadSettings& settings, std::uint32_t channel, std::shared_ptr<const Scene> scene) {
+  auto map = std::make_shared<LightMap>(LightMap{View(settings, channel, std::move(scene))});
+  map->column.resize(pixelCount(settings.camera));
+  map->row.resize(pixelCount(settings.camera));
+  map->reflectance.resize(pixelCount(settings.camera));
+  fill(*map);
+  map->blurs = blursOf(*map, settings.motion > 0);
+  return map;
+}
 
 }  // namespace
 
-std::shared_ptr<const LightMap> lightMapFor(Size camera, Size projector, std::uint32_t channel) {
-  using Key = std::tuple<std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::uint32_t>;
+// A map holds its scene, so that as long as a map lives no other scene has the same address.
+std::shared_ptr<const LightMap> lightMapFor(const HeadSettings& settings, std::uint32_t channel,
+                                            const std::shared_ptr<const Scene>& scene) {
+  using Sides = std::array<std::int32_t, 4>;
+  using Key = std::tuple<const Scene*, Sides, std::uint32_t, double, double, bool>;
   static std::mutex mutex;
   static std::map<Key, std::weak_ptr<const LightMap>> maps;
+  const Sides sides{settings.camera.width, settings.camera.height, settings.projector.width, settings.projector.height};
+  const Key key{scene.get(), sides, channel, settings.defocus, settings.shine, settings.motion > 0};
   const std::lock_guard lock(mutex);
-  auto& shared = maps[{camera.width, camera.height, projector.width, projector.height, channel}];
-  auto map = shared.lock();
-  if (map == nullptr) shared = map = std::make_shared<const LightMap>(MapMaker(camera, projector, channel).make());
+  std::erase_if(maps, [](const auto& entry) { return entry.second.expired(); });
+  auto map = maps[key].lock();
+  if (map == nullptr) maps[key] = map = makeMap(settings, channel, scene);
   return map;
 }
 

@@ -2,21 +2,25 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <random>
 
 namespace fringix::head {
 
 namespace {
 
-constexpr std::size_t sampleCount = 1 << 16;
-constexpr int uniformsPerSample = 4;  // their sum is close to a normal distribution
+constexpr std::size_t startCount = 1 << 16;  // places in the samples at which a row can begin
+constexpr double sampleUnit = 1 << 11;       // a sample of 1
+constexpr std::size_t longestRow = 16384;
 
-std::int8_t makeSample(std::mt19937_64& generator, double deviation) {
-  constexpr double range = static_cast<double>(std::mt19937_64::max());
-  double sum = -uniformsPerSample / 2.0;
-  for (int i = 0; i < uniformsPerSample; ++i) sum += static_cast<double>(generator()) / range;
-  const double sumDeviation = std::sqrt(uniformsPerSample / 12.0);
-  return static_cast<std::int8_t>(std::clamp(std::lround(sum / sumDeviation * deviation), -127L, 127L));
+// Between 0 and 1, without both.
+double takeUniform(std::mt19937_64& generator) { return (static_cast<double>(generator() >> 11) + 0.5) / 9007199254740992.0; }
+
+// Normally distributed. The distributions of the standard library are another one on each system.
+std::int16_t takeSample(std::mt19937_64& generator) {
+  const double radius = std::sqrt(-2 * std::log(takeUniform(generator)));
+  const double normal = radius * std::cos(2 * std::numbers::pi * takeUniform(generator));
+  return static_cast<std::int16_t>(std::lround(normal * sampleUnit));
 }
 
 // Spreads a number over all 64 bits.
@@ -26,25 +30,35 @@ std::uint64_t mix(std::uint64_t value) {
   return value ^ value >> 31;
 }
 
-}  // namespace
-
-Noise::Noise(std::uint64_t seed, double deviation) : seed_(mix(seed + 1)) {
-  if (deviation <= 0) return;
-  std::mt19937_64 generator(seed_);
-  samples_.resize(sampleCount);
-  for (auto& sample : samples_) sample = makeSample(generator, deviation);
+void readRow(const std::uint16_t* light, const std::int16_t* samples, std::size_t count, const NoiseKind& kind, std::uint8_t* row) {
+  constexpr float level = 1.0F / ExposedImage::fractions;
+  const auto unit = static_cast<float>(1 / sampleUnit);
+  const auto variance = static_cast<float>(kind.deviation * kind.deviation);
+  const auto shot = static_cast<float>(kind.shot);
+  for (std::size_t i = 0; i < count; ++i) {
+    const float signal = static_cast<float>(light[i]) * level;
+    const float noise = std::sqrt(variance + shot * signal) * unit * static_cast<float>(samples[i]);
+    const float read = signal + noise + 0.5F;
+    row[i] = static_cast<std::uint8_t>(static_cast<int>(read < 1 ? 1.0F : read > 255 ? 255.0F : read));
+  }
 }
 
-void Noise::addTo(const Picture& picture, std::uint64_t number, Picture& noisy) const {
-  noisy = picture;
-  if (samples_.empty()) return;
-  for (std::int32_t y = 0; y < noisy.size.height; ++y) {
-    std::uint8_t* row = noisy.row(y);
-    const std::uint64_t start = mix(mix(seed_ + number) + static_cast<std::uint64_t>(y));
-    for (std::int32_t x = 0; x < noisy.size.width; ++x) {
-      const int sample = samples_[(start + static_cast<std::uint64_t>(x)) % sampleCount];
-      row[x] = static_cast<std::uint8_t>(std::clamp(row[x] + sample, 1, 255));
-    }
+}  // namespace
+
+Noise::Noise(std::uint64_t seed) : seed_(mix(seed + 1)) {
+  std::mt19937_64 generator(seed_);
+  samples_.resize(startCount);
+  for (auto& sample : samples_) sample = takeSample(generator);
+  samples_.resize(startCount + longestRow);
+  std::copy_n(samples_.begin(), longestRow, samples_.begin() + startCount);
+}
+
+void Noise::readOut(const ExposedImage& image, const NoiseKind& kind, std::uint64_t number, Picture& picture) const {
+  picture.resize(image.size);
+  const auto width = static_cast<std::size_t>(image.size.width);
+  for (std::int32_t y = 0; y < image.size.height; ++y) {
+    const std::uint64_t start = mix(mix(seed_ + number) + static_cast<std::uint64_t>(y)) % startCount;
+    readRow(image.pixels.data() + static_cast<std::size_t>(y) * width, samples_.data() + start, width, kind, picture.row(y));
   }
 }
 

@@ -1,17 +1,19 @@
-// What leaves the projector: at first white light.
+// The projector: at first it shines white.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <vector>
 
+#include "head/optics/light.h"
 #include "head/optics/pattern.h"
 
 namespace fringix::head {
 
 class Projector {
  public:
-  explicit Projector(Size size) : size_(size) {}
+  Projector(Size size, double gamma);  // a level L gives light as (L / 255) ^ gamma
 
   // A pattern smaller than the projector stands in its top left corner, in black surroundings; null is white light.
   void show(std::shared_ptr<const Pattern> pattern);
@@ -23,8 +25,7 @@ class Projector {
   void setMask(std::vector<std::uint8_t> mask);
   bool isMasked() const { return !mask_.empty(); }
 
-  // The light of each pixel by rows, and after the last one a 0, for what no pixel lights. A colour counts as its mean.
-  const std::vector<std::uint8_t>& light();
+  const Light& light();                                    // a colour counts as its mean
   std::uint64_t lightVersion() const { return version_; }  // another one after every change
 
  private:
@@ -32,12 +33,15 @@ class Projector {
   void computeLight();
   void showPattern();
   void applyMask();
+  void spread();
+  void convert(const Colour* from, std::size_t count, std::size_t step, Brightness* to) const;
 
   Size size_;
+  std::array<Brightness, 256> brightness_;  // of each level
   std::shared_ptr<const Pattern> shown_;
   std::vector<std::uint8_t> mask_;
   bool on_ = true;
-  std::vector<std::uint8_t> light_;  // empty until asked for
+  Light light_;  // without values until asked for
   std::uint64_t version_ = 1;
 };
 

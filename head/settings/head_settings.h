@@ -34,8 +34,17 @@ struct HeadSettings {
   Size projector{1280, 800};
   std::int32_t protocolVersion = 3300;  // commands that came with a later version are unknown to the head
 
-  double noise = 1.5;  // standard deviation of the sensor's noise in grey levels, at gain 1
-  std::uint64_t noiseSeed = 1;
+  std::string scene = "default";  // what stands before it, as makeScene takes it
+
+  double noise = 1;             // standard deviation of the sensor's noise in grey levels, at gain 1
+  double shotNoise = 0;         // the variance that each grey level of light adds to that, at gain 1
+  std::uint64_t noiseSeed = 1;  // of all that is random
+  double ambient = 10;          // light of the surroundings, in grey levels
+  double gamma = 1;             // of the projector: its light is (level / 255) ^ gamma
+  double defocus = 0.3;         // blur of the projector 100 mm behind its focus, a standard deviation in its pixels
+  double shine = 0;             // gloss of the shiny patch, in shares of the light; 0: there is none
+  double motion = 0;            // way of the ball that passes, in millimetres from picture to picture; 0: there is none
+
   std::chrono::milliseconds imageTime{10};              // how long a measurement takes for each image
   std::size_t sequenceMemory = std::size_t{512} << 20;  // bytes for all sequences together
   std::size_t pictureMemory = std::size_t{1} << 30;     // bytes for all stored pictures together

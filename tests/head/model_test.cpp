@@ -208,7 +208,7 @@ TEST(HeadPictureTest, NoiseGrowsWithTheGain) {
     model->switchDmd(false);
     model->controls().setGain(50);
   }
-  EXPECT_NEAR(deviation(take(noisy), take(clean)), 7.5, 0.5);
+  EXPECT_NEAR(deviation(take(noisy), take(clean)), 5, 0.3);
 }
 
 TEST(HeadPictureTest, NoiseHasTheStatedDeviationAndFollowsTheSeed) {

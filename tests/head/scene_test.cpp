@@ -1,96 +1,182 @@
-// The documented calibration against what the cameras see, by triangulation: the formulas here are the documentation's, not the head's.
+// The scenes against what the head tells of them: every ray meets a surface of truth.json, and every artefact is in view.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <cmath>
-#include <memory>
-#include <optional>
-#include <vector>
+#include <stdexcept>
 
-#include "head/model/head_model.h"
-#include "head/optics/gray_code.h"
-#include "head/optics/patterns.h"
+#include "head/geometry/mount.h"
+#include "head/scene/scenes.h"
+#include "told_geometry.h"
 
 namespace fringix::head {
 namespace {
 
-constexpr Size camera{320, 256};
-constexpr Size projector{1024, 640};
-constexpr std::uint32_t bits = 10;
+std::vector<std::string> allScenes() {
+  std::vector<std::string> names{"default", "stairs"};
+  for (int i = 1; i <= 10; ++i) names.push_back("sphere:" + std::to_string(i));
+  for (int i = 1; i <= 7; ++i) names.push_back("ballbar:" + std::to_string(i));
+  for (int i = 1; i <= 6; ++i) names.push_back("plane:" + std::to_string(i));
+  for (int i = 1; i <= 6; ++i) names.push_back("board:" + std::to_string(i));
+  return names;
+}
 
-HeadSettings triangulating() {
+HeadSettings small(const std::string& scene) {
   HeadSettings settings;
-  settings.camera = camera;
-  settings.projector = projector;
-  settings.noise = 1;
+  settings.camera = {160, 128};
+  settings.projector = {160, 100};
+  settings.scene = scene;
+  settings.noise = 0;
   return settings;
 }
 
-// The projector column that lights each pixel, found as a user finds it.
-std::vector<std::uint16_t> columnsSeenBy(HeadModel& model, std::uint32_t channel) {
-  std::vector<Picture> pictures(2 * bits);
-  std::vector<BitPictures> pairs;
-  for (std::uint32_t i = 0; i < pictures.size(); ++i) {
-    const std::uint32_t bit = bits - 1 - i / 2;
-    model.show(std::make_shared<const Pattern>(makeGrayCode(projector, Axis::columns, bit, i % 2 == 1)));
-    model.takePicture(channel, pictures[i]);
-  }
-  for (std::size_t i = 0; i < pictures.size(); i += 2) pairs.push_back({&pictures[i], &pictures[i + 1]});
-  return decodeGrayCode(pairs, 10);
-}
+struct Told {
+  explicit Told(HeadModel& model) : calibration(blockOf(model, "calibration.json")), truth(blockOf(model, "truth.json")) {}
 
-struct Point {
-  double x, y, z;
+  test::Json calibration;
+  Truth truth;
+  ToldDevice camera{calibration, "/cameras/0"};
+  ToldDevice other{calibration, "/cameras/1"};
+  ToldDevice projector{calibration, "/projector"};
 };
 
-// Where the ray of a camera pixel meets the plane of light of a projector column. The camera is at (side, 0, 0) and looks at
-// (0, 0, 600); the projector is at the origin and looks along z.
-Point triangulate(double pixelX, double pixelY, double column, double side) {
-  const double angle = std::atan2(-side, 600.0);
-  const double a = (pixelX - camera.width / 2.0) / (1.4 * camera.width);
-  const double b = (pixelY - camera.height / 2.0) / (1.4 * camera.width);
-  const Point ray{a * std::cos(angle) + std::sin(angle), b, std::cos(angle) - a * std::sin(angle)};
-  const double slope = (column + 0.5 - projector.width / 2.0) / (1.2 * projector.width);  // x = slope * z in the plane of light
-  const double distance = side / (slope * ray.z - ray.x);
-  return {side + distance * ray.x, distance * ray.y, distance * ray.z};
-}
+class SceneTest : public testing::TestWithParam<std::string> {};
 
-// How far a point is from the nearest of the documented surfaces, in millimetres.
-double distanceToScene(const Point& p) {
-  const double wall = std::abs(p.z - 640 - 0.15 * p.x) / std::hypot(1, 0.15);
-  const double ball = std::abs(std::hypot(p.x - 80, p.y - 10, p.z - 600) - 70);
-  const bool beforeStep = p.x > -151 && p.x < -49 && std::abs(p.y) < 91;
-  const double step = beforeStep ? std::abs(p.z - 585) : 1e9;
-  return std::min({wall, ball, step});
-}
-
-class SceneTest : public testing::TestWithParam<std::uint32_t> {};
-
-TEST_P(SceneTest, TriangulatedPointsLieOnTheSurfaces) {
-  HeadModel model(triangulating());
-  const auto columns = columnsSeenBy(model, GetParam());
-  std::vector<double> errors;
-  bool onBall = false;
-  bool onStep = false;
-  for (std::size_t i = 0; i < columns.size(); ++i) {
-    if (columns[i] == noCode) continue;
-    const double x = static_cast<double>(i % camera.width) + 0.5;
-    const double y = static_cast<double>(i / camera.width) + 0.5;
-    const Point point = triangulate(x, y, columns[i], GetParam() == 0 ? -160 : 160);
-    errors.push_back(distanceToScene(point));
-    onBall |= point.z < 550;
-    onStep |= std::abs(point.z - 585) < 3 && point.x < -60;
+TEST_P(SceneTest, EveryRayMeetsATrueSurface) {
+  HeadModel model(small(GetParam()));
+  const Told told(model);
+  const auto scene = makeScene(GetParam());
+  const Optics camera = cameraOptics({160, 128}, 0);
+  std::size_t met = 0;
+  for (int y = 0; y < 128; y += 3) {
+    for (int x = 0; x < 160; x += 3) {
+      const auto seen = scene->firstSurface(camera.position(), camera.directionThrough({1.0 * x, 1.0 * y}));
+      if (!seen) continue;
+      ++met;
+      const Triple point = along({0, 0, 0}, told.camera.directionOf(x, y), seen->distance);
+      EXPECT_LT(told.truth.distanceTo(point), 1e-7) << x << ", " << y;
+    }
   }
-  ASSERT_GT(errors.size(), columns.size() / 2) << "most of the picture is lit";
-  std::sort(errors.begin(), errors.end());
-  EXPECT_LT(errors[errors.size() / 2], 0.6) << "half a projector column is about 0.7 mm of depth here";
-  EXPECT_LT(errors[errors.size() * 95 / 100], 1.5);
-  EXPECT_TRUE(onBall);
-  EXPECT_TRUE(onStep);
+  EXPECT_GT(met, 30U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Channels, SceneTest, testing::Values(0U, 1U));
+TEST_P(SceneTest, SpheresAndRectanglesAreInViewOfAllDevices) {
+  HeadModel model(small(GetParam()));
+  const Told told(model);
+  for (const ToldDevice* device : {&told.camera, &told.other, &told.projector}) {
+    for (const ToldSphere& sphere : told.truth.spheres) {
+      for (int axis = 0; axis < 6; ++axis) {
+        Triple edge = sphere.center;
+        edge[static_cast<std::size_t>(axis / 2)] += axis % 2 == 0 ? sphere.radius : -sphere.radius;
+        EXPECT_TRUE(device->shows(edge, 0)) << sphere.name;
+      }
+    }
+    for (const ToldPlane& plane : told.truth.planes) {
+      if (GetParam() == "default") continue;  // the step goes into the wall
+      for (const Triple& corner : plane.corners) EXPECT_TRUE(device->shows(corner, 0)) << plane.name;
+    }
+  }
+}
+
+TEST_P(SceneTest, WhiteLightSaturatesNothing) {
+  HeadModel model(small(GetParam()));
+  for (std::uint32_t channel = 0; channel < channelCount; ++channel) {
+    Picture picture;
+    ASSERT_TRUE(model.takePicture(channel, picture));
+    int brightest = 0;
+    for (std::size_t i = 13 * 160; i < picture.pixels.size(); ++i)
+      brightest = std::max<int>(brightest, picture.pixels[i]);  // below the label
+    EXPECT_GT(brightest, 120);
+    EXPECT_LT(brightest, 250);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, SceneTest, testing::ValuesIn(allScenes()), [](const auto& test) {
+  std::string name = test.param;
+  std::replace(name.begin(), name.end(), ':', '_');
+  return name;
+});
+
+TEST(TruthBlockTest, TheBarsLengthIsTrueAtEveryPlace) {
+  for (int place = 1; place <= 7; ++place) {
+    HeadModel model(small("ballbar:" + std::to_string(place)));
+    const test::Json block = blockOf(model, "truth.json");
+    const Truth truth(block);
+    ASSERT_EQ(truth.spheres.size(), 2U);
+    EXPECT_NEAR(lengthOf(minus(truth.spheres[0].center, truth.spheres[1].center)), block.at("/distances/0/value").number(), 1e-9);
+    EXPECT_EQ(block.at("/distances/0/between/1").text(), truth.spheres[1].name);
+  }
+}
+
+TEST(TruthBlockTest, TheStairsRiseAsTheySay) {
+  HeadModel model(small("stairs"));
+  const test::Json block = blockOf(model, "truth.json");
+  const Truth truth(block);
+  const auto planeNamed = [&](const std::string& name) {
+    return *std::find_if(truth.planes.begin(), truth.planes.end(), [&](const ToldPlane& plane) { return plane.name == name; });
+  };
+  for (std::size_t i = 0; i < block.at("/distances").size(); ++i) {
+    const test::Json distance = block.at("/distances/" + std::to_string(i));
+    const ToldPlane from = planeNamed(distance.at("/between/0").text());
+    const ToldPlane to = planeNamed(distance.at("/between/1").text());
+    EXPECT_NEAR(product(from.normal, to.normal), 1, 1e-12) << "parallel";
+    EXPECT_NEAR(std::abs(from.distance - to.distance), distance.at("/value").number(), 1e-9);
+  }
+}
+
+TEST(TruthBlockTest, CornersLieInTheirPlaneAndNormalsPointAway) {
+  HeadModel model(small("default"));
+  bool unbounded = false;
+  for (const ToldPlane& plane : Truth(blockOf(model, "truth.json")).planes) {
+    EXPECT_NEAR(lengthOf(plane.normal), 1, 1e-12);
+    EXPECT_GT(plane.distance, 0);
+    for (const Triple& corner : plane.corners) EXPECT_NEAR(product(plane.normal, corner), plane.distance, 1e-9);
+    unbounded |= plane.corners.empty();
+  }
+  EXPECT_TRUE(unbounded) << "the wall";
+}
+
+TEST(SceneNameTest, WhatThereIsNotIsRefusedWithWhatThereIs) {
+  for (const char* name :
+       {"", "ball", "ballbar:0", "ballbar:8", "ballbar:x", "ballbar:1x", "plane:7", "default:2", "sphere:11", "Default"}) {
+    try {
+      makeScene(name);
+      ADD_FAILURE() << name;
+    } catch (const std::runtime_error& error) {
+      EXPECT_NE(std::string(error.what()).find("ballbar:1 to ballbar:7"), std::string::npos) << error.what();
+    }
+  }
+}
+
+TEST(SceneChangeTest, ShowsAndTellsTheNewScene) {
+  HeadModel model(small("ballbar:3"));
+  HeadModel fresh(small("plane:2"));
+  Picture before;
+  Picture after;
+  Picture expected;
+  model.takePicture(0, before);
+  model.setScene("plane:2");
+  model.takePicture(0, after);
+  fresh.takePicture(0, expected);
+  fresh.takePicture(0, expected);
+  EXPECT_NE(after.pixels, before.pixels);
+  EXPECT_EQ(after.pixels, expected.pixels);
+  EXPECT_EQ(blockOf(model, "truth.json"), blockOf(fresh, "truth.json"));
+  EXPECT_THROW(model.setScene("nothing"), std::runtime_error);
+  EXPECT_EQ(blockOf(model, "truth.json"), blockOf(fresh, "truth.json")) << "the old one stays";
+}
+
+TEST(SceneNameTest, ABoardHasDarkSquares) {
+  const auto scene = makeScene("board");
+  const Patch& board = scene->patches.front();
+  const auto albedoAt = [&](double along, double across) {
+    const Vector point = board.corner + board.along * along + board.across * across;
+    return scene->firstSurface({0, 0, 0}, unit(point))->albedo;
+  };
+  EXPECT_GT(albedoAt(0.5 / 12, 0.5 / 9), 4 * albedoAt(1.5 / 12, 0.5 / 9));
+  EXPECT_GT(albedoAt(1.5 / 12, 1.5 / 9), 4 * albedoAt(1.5 / 12, 0.5 / 9));
+  EXPECT_NEAR(length(board.along) / 12, 20, 1e-9);
+  EXPECT_NEAR(length(board.across) / 9, 20, 1e-9);
+}
 
 }  // namespace
 }  // namespace fringix::head

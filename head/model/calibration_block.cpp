@@ -1,0 +1,52 @@
+#include "head/model/calibration_block.h"
+
+#include <chrono>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "head/geometry/mount.h"
+
+namespace fringix::head {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json toJson(const Vector& v) { return {v.x, v.y, v.z}; }
+
+Json toJson(const Optics& optics) {
+  const Lens& lens = optics.lens();
+  const Rotation& rotation = optics.pose().rotation;
+  return {{"width", optics.size().width},
+          {"height", optics.size().height},
+          {"fx", lens.fx},
+          {"fy", lens.fy},
+          {"cx", lens.cx},
+          {"cy", lens.cy},
+          {"distortion", lens.distortion},
+          {"rotation", {toJson(rotation.x), toJson(rotation.y), toJson(rotation.z)}},
+          {"translation", toJson(optics.pose().translation)}};
+}
+
+std::string today() {
+  using namespace std::chrono;
+  const year_month_day date(floor<days>(system_clock::now()));
+  char text[32];
+  std::snprintf(text, sizeof text, "%04d-%02u-%02u", static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                static_cast<unsigned>(date.day()));
+  return text;
+}
+
+}  // namespace
+
+Block calibrationBlock(const HeadSettings& settings) {
+  Json block{{"format", "fringix-calibration"}, {"version", 1}, {"unit", "mm"}, {"serial", settings.serial}, {"date", today()}};
+  for (std::uint32_t channel = 0; channel < channelCount; ++channel)
+    block["cameras"].push_back(toJson(cameraOptics(settings.camera, channel)));
+  block["projector"] = toJson(projectorOptics(settings.projector));
+  const std::string text = block.dump(2) + "\n";
+  return {text.begin(), text.end()};
+}
+
+}  // namespace fringix::head

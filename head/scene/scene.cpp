@@ -1,0 +1,59 @@
+#include "head/scene/scene.h"
+
+#include <cmath>
+
+namespace fringix::head {
+
+namespace {
+
+using Hit = std::optional<SurfacePoint>;
+
+constexpr double darkSquare = 0.2;  // of the albedo of a bright one
+
+// The share of an edge at which a point lies: 0 at the corner, 1 at the edge's end.
+double shareOf(const Vector& edge, const Vector& offset) { return dot(edge, offset) / dot(edge, edge); }
+
+bool isDark(const Patch& patch, double along, double across) {
+  if (patch.squaresAlong == 0) return false;
+  const double column = std::floor(along * patch.squaresAlong);
+  const double row = std::floor(across * patch.squaresAcross);
+  return std::fmod(std::abs(column + row), 2) == 1;
+}
+
+Hit meet(const Patch& patch, const Vector& origin, const Vector& direction) {
+  const Vector normal = patch.normal();
+  const double approach = dot(normal, direction);
+  if (approach == 0) return std::nullopt;
+  const double distance = dot(normal, patch.corner - origin) / approach;
+  if (!(distance >= nearestSurface)) return std::nullopt;
+  const Vector offset = origin + direction * distance - patch.corner;
+  const double along = shareOf(patch.along, offset);
+  const double across = shareOf(patch.across, offset);
+  if (patch.bounded && !(along >= 0 && along <= 1 && across >= 0 && across <= 1)) return std::nullopt;
+  return surfaceAt(distance, origin, direction, normal, patch.albedo * (isDark(patch, along, across) ? darkSquare : 1));
+}
+
+}  // namespace
+
+Hit meet(const Sphere& sphere, const Vector& origin, const Vector& direction) {
+  const Vector offset = origin - sphere.centre;
+  const double half = dot(offset, direction);
+  const double discriminant = half * half - dot(offset, offset) + sphere.radius * sphere.radius;
+  if (!(discriminant >= 0)) return std::nullopt;
+  const double distance = -half - std::sqrt(discriminant);
+  if (distance < nearestSurface) return std::nullopt;
+  return surfaceAt(distance, origin, direction, unit(origin + direction * distance - sphere.centre), sphere.albedo);
+}
+
+Hit Scene::firstSurface(const Vector& origin, const Vector& direction) const {
+  Hit first;
+  const auto keepNearer = [&first](const Hit& hit) {
+    if (hit && (!first || hit->distance < first->distance)) first = hit;
+  };
+  for (const Sphere& sphere : spheres) keepNearer(meet(sphere, origin, direction));
+  for (const Patch& patch : patches) keepNearer(meet(patch, origin, direction));
+  for (const auto& mesh : meshes) keepNearer(mesh->firstSurface(origin, direction));
+  return first;
+}
+
+}  // namespace fringix::head
