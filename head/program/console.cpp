@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <iterator>
+#include <stdexcept>
 
 namespace fringix::head {
 
@@ -18,7 +19,21 @@ std::string trigger(const HeadServer& head) {
 std::string help(std::size_t heads) {
   const std::string all = heads == 1 ? "raises a GPIO trigger" : "raises a GPIO trigger of each head";
   const std::string one = heads == 1 ? "" : ", \"trigger N\" of the N-th head, 1 to " + std::to_string(heads);
-  return "\"trigger\" " + all + one + "\n";
+  return "\"trigger\" " + all + one + "; \"scene NAME\" puts another scene before " + (heads == 1 ? "it" : "all of them") + "\n";
+}
+
+// A wrong name is wrong for the first head already, so that all heads always have the same scene.
+std::string changeScene(std::list<HeadServer>& heads, const std::string& name) {
+  std::string answer;
+  try {
+    for (HeadServer& head : heads) {
+      head.model().setScene(name);
+      answer += "head " + std::to_string(head.model().settings().serial) + "  scene " + name + "\n";
+    }
+  } catch (const std::runtime_error& error) {
+    answer += std::string(error.what()) + "\n";
+  }
+  return answer;
 }
 
 std::string_view trimmed(std::string_view text) {
@@ -41,13 +56,14 @@ std::string triggerAll(const std::list<HeadServer>& heads) {
   return answer;
 }
 
-std::string obey(std::string_view line, const std::list<HeadServer>& heads) {
-  constexpr std::string_view word = "trigger";
+std::string obey(std::string_view line, std::list<HeadServer>& heads) {
   const std::string_view command = trimmed(line);
+  const std::string_view word = command.substr(0, command.find_first_of(" \t"));
+  const std::string_view rest = trimmed(command.substr(word.size()));
   if (command.empty()) return "";
-  if (command == word) return triggerAll(heads);
-  const bool numbered = command.starts_with(word) && (command[word.size()] == ' ' || command[word.size()] == '\t');
-  const std::size_t number = numbered ? parseNumber(trimmed(command.substr(word.size()))) : 0;
+  if (word == "scene" && !rest.empty()) return changeScene(heads, std::string(rest));
+  if (command == "trigger") return triggerAll(heads);
+  const std::size_t number = word == "trigger" ? parseNumber(rest) : 0;
   if (number == 0 || number > heads.size()) return help(heads.size());
   return trigger(*std::next(heads.begin(), static_cast<std::ptrdiff_t>(number - 1)));
 }

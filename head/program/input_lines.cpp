@@ -12,7 +12,7 @@ namespace fringix::head {
 
 namespace {
 
-constexpr std::size_t longestLine = 200;  // no line with a meaning is longer; of others the beginning will do
+constexpr std::size_t longestLine = 4096;  // room for the name of a file; of longer lines the beginning will do
 
 }  // namespace
 

@@ -112,7 +112,34 @@ void addAnnouncement(arguments::Command& program, HeadSettings& first) {
 void addOptics(arguments::Command& program, HeadSettings& first) {
   addSize(program, "--camera", first.camera, "Camera size");
   addSize(program, "--projector", first.projector, "Projector size");
-  program.option("--noise", &first.noise, "Sensor noise, a standard deviation in grey levels").range(0, 100).valueName("X").showDefault();
+  program
+      .option("--scene", &first.scene,
+              "What stands before the head: default, plane:1 to 6, sphere:1 to 10, ballbar:1 to 7, stairs, "
+              "board:1 to 6, or a mesh, a .ply or .stl file in millimetres")
+      .valueName("SCENE")
+      .showDefault();
+}
+
+void addImperfections(arguments::Command& program, HeadSettings& first) {
+  const auto number = [&program](const char* name, double* target, double high, const char* help) {
+    program.option(name, target, help).range(0, high).valueName("X").showDefault();
+  };
+  number("--noise", &first.noise, 100, "Sensor noise, a standard deviation in grey levels");
+  number("--shot-noise", &first.shotNoise, 10, "The variance that each grey level of light adds to it, realistically 0.02");
+  number("--ambient", &first.ambient, 255, "Light of the surroundings in grey levels");
+  program.option("--gamma", &first.gamma, "Exponent by which the projector's light follows a pattern's level")
+      .range(0.2, 5)
+      .valueName("X")
+      .showDefault();
+  number("--defocus", &first.defocus, 20, "Blur of the projector 100 mm behind its focus, a standard deviation in its pixels");
+  number("--shine", &first.shine, 100, "Gloss of a shiny patch, in shares of the light; 0: there is none");
+  number("--motion", &first.motion, 100, "Millimetres that a ball before the scene moves from picture to picture; 0: there is none");
+  program
+      .option(
+          "--seed", [&first](std::int64_t seed) { first.noiseSeed = static_cast<std::uint64_t>(seed); }, "Seed of all that is random")
+      .atLeast(0)
+      .valueName("N")
+      .showDefault(std::to_string(first.noiseSeed));
 }
 
 void addStorage(arguments::Command& program, HeadSettings& first) {
@@ -173,13 +200,15 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
   addIdentity(program, options);
   addAnnouncement(program, options.first);
   addOptics(program, options.first);
+  addImperfections(program, options.first);
   addMeasurement(program, options);
   addTriggers(program, options);
   addStorage(program, options.first);
   addSerialPort(program, options.first);
   addPatternFolder(program, options);
   program.flag("--verbose", &options.verbose, "Print every connection and every command, with time and client");
-  program.note(R"(While it runs: "trigger" on standard input raises a GPIO trigger of each head, "trigger 2" of the second one.)");
+  program.note(
+      R"(While it runs: "trigger" on standard input raises a GPIO trigger of each head, "trigger 2" of the second one; "scene ballbar:3" puts another scene before all heads.)");
   if (!arguments::parse(program, argc, argv)) return {};
   return options;
 }

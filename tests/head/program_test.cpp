@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host.h"
@@ -34,7 +35,9 @@ struct RunningProgram {
   ChildProcess process;
 };
 
-const std::string help = "\"trigger\" raises a GPIO trigger of each head, \"trigger N\" of the N-th head, 1 to 2";
+const std::string help =
+    "\"trigger\" raises a GPIO trigger of each head, \"trigger N\" of the N-th head, 1 to 2; \"scene NAME\" puts another scene before all "
+    "of them";
 
 TEST(HeadProgramTest, TriggerOnStandardInputIsATriggerOfEachHead) {
   Host host;
@@ -61,6 +64,29 @@ TEST(HeadProgramTest, OtherLinesGetHelpAndRaiseNothing) {
     EXPECT_EQ(program.answer(line), help) << line;
   EXPECT_EQ(program.answer(std::string(100000, 'x')), help);
   EXPECT_FALSE(host.hearsMore());
+}
+
+TEST(HeadProgramTest, ALineChangesTheSceneOfAllHeads) {
+  RunningProgram program({"--heads", "2", "--scene", "sphere:2"});
+  EXPECT_EQ(program.answer("scene ballbar:3"), "head 1001  scene ballbar:3");
+  EXPECT_EQ(program.process.nextLine(), "head 1002  scene ballbar:3");
+  EXPECT_EQ(program.answer("scene ballbar:8").find("there is no scene \"ballbar:8\": give default, "), 0U);
+  EXPECT_EQ(program.answer("scene"), help);
+}
+
+TEST(HeadProgramTest, ASceneThatThereIsNotIsToldWithWhatThereIs) {
+  ChildProcess process(FRINGIX_HEAD, {"--scene", "castle"});
+  EXPECT_EQ(process.nextLine().value_or("").find("fringix-head: there is no scene \"castle\": give default, "), 0U);
+  EXPECT_EQ(process.wait(), 1);
+}
+
+TEST(HeadProgramTest, ImperfectionsHaveLimits) {
+  for (const auto& [option, value] :
+       {std::pair{"--gamma", "0"}, {"--shot-noise", "-1"}, {"--defocus", "21"}, {"--seed", "-1"}, {"--ambient", "nan"}}) {
+    ChildProcess process(FRINGIX_HEAD, {option, value});
+    EXPECT_NE(process.nextLine().value_or("").find(option), std::string::npos) << option;
+    EXPECT_EQ(process.wait(), 2) << option;
+  }
 }
 
 TEST(HeadProgramTest, TheEndOfInputEndsNoHead) {
