@@ -11,8 +11,13 @@
  * - Pointers are borrowed for the time of the call: the library keeps none and frees nothing that it is given.
  *   Outputs are written only where the text says so; "not null" parameters give SLBAD_PARAMETER when they are null.
  * - Pictures have 1 byte per pixel (0 dark to 255 bright), rows from top to bottom, no gap between rows.
- * - Blocking: a command waits for the head's answer, up to 30 seconds for each part of it that is received. A head that
- *   stays silent longer has failed: the command gives SLCONNECTION_ERROR.
+ * - Blocking: a command waits for the head's answer, up to 30 seconds for each part of it that is received, and for the head to
+ *   take what it is sent, as long as it takes something within 60 seconds. A head that stops longer has failed: the command gives
+ *   SLCONNECTION_ERROR.
+ * - Idle sessions send the head a keep-alive command about every 30 seconds. When nothing has come from the head's system for 10
+ *   seconds it is probed every second, and after 10 probes without an answer it is gone (a pulled cable, a power cut): the next
+ *   keep-alive fails, and with it the session, within 60 seconds. A head whose program has frozen still answers the probes; only a
+ *   command finds that out.
  * - After SLCONNECTION_ERROR the session has dropped its connection for good. Every further command gives SLSYSTEM_ERROR:
  *   free the handle and open a new session. Nothing reconnects by itself.
  * - Threads: commands to one session may come from any number of threads, they run one after the other; different sessions run

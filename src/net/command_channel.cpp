@@ -6,6 +6,12 @@
 
 namespace fringix {
 
+namespace {
+
+constexpr std::chrono::seconds longestConfirmation{10};
+
+}  // namespace
+
 int CommandChannel::Connect(const std::string& address) {
   socket_.reset();
   peerAddress_.clear();
@@ -14,14 +20,23 @@ int CommandChannel::Connect(const std::string& address) {
   socket_->Create();  // unchecked: without a socket Connect fails
   peerAddress_ = address;
   *lastSendTime_ = 0;
+  lastSend_.reset();
   socket_->enableKeepAlive();
-  return socket_->Connect(address);
+  if (socket_->Connect(address) != 0) return -1;
+  return socket_->setNonBlocking(true);  // from here on whoever waits does so with a limit
 }
 
 int CommandChannel::SendString(std::string_view text) {
   if (!socket_) return -1;
+  const bool lost = isLost();
   *lastSendTime_ = platform::secondsSinceEpoch();
-  return socket_->SendString(text);
+  lastSend_ = Clock::now();
+  return lost ? -1 : socket_->SendString(text);
+}
+
+// No probes are sent while something waits for its confirmation, which the system repeats for a quarter of an hour.
+bool CommandChannel::isLost() const noexcept {
+  return lastSend_ && Clock::now() - *lastSend_ > longestConfirmation && socket_->hasUnconfirmed();
 }
 
 }  // namespace fringix

@@ -4,9 +4,11 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -19,7 +21,7 @@ class CommandChannel {
  public:
   int Connect(const std::string& address);  // blocks until the platform gives up
 
-  int SendString(std::string_view text);
+  int SendString(std::string_view text);  // fails, too, when the head's system has not even confirmed what was sent long ago
   int SendInt(std::int32_t value) { return SendBlock(value); }
   int SendBytes(const void* buffer, std::size_t count) { return socket_ ? socket_->SendBytes(buffer, count) : -1; }
 
@@ -37,9 +39,14 @@ class CommandChannel {
   std::shared_ptr<const std::atomic<std::int64_t>> sharedLastSendTime() const noexcept { return lastSendTime_; }  // outlives the channel
 
  private:
+  using Clock = std::chrono::steady_clock;
+
+  bool isLost() const noexcept;
+
   platform::SocketLibrary library_;  // first member: it outlives the socket
   std::unique_ptr<myTcpSocket> socket_;
   std::string peerAddress_;
+  std::optional<Clock::time_point> lastSend_;
   // Atomic: the heartbeat reads it without the session's lock.
   std::shared_ptr<std::atomic<std::int64_t>> lastSendTime_ = std::make_shared<std::atomic<std::int64_t>>(0);
 };

@@ -17,6 +17,9 @@ constexpr int failed = -1;
 constexpr std::size_t lengthFieldSize = 6;
 constexpr std::size_t longestText = 999999;  // what the length field can hold
 constexpr std::size_t chunkSize = 8096;
+constexpr std::chrono::milliseconds roomLook{1000};
+
+using Clock = std::chrono::steady_clock;
 
 int toResult(bool ok) noexcept { return ok ? 0 : failed; }
 
@@ -33,7 +36,7 @@ int myTcpSocket::Create() {
 }
 
 void myTcpSocket::enableKeepAlive() noexcept {
-  if (valid()) socket_.setKeepAlive(true);
+  if (valid()) socket_.setKeepAlive(keepAlive);
 }
 
 int myTcpSocket::Connect(const std::string& address) {
@@ -65,11 +68,25 @@ int myTcpSocket::SendString(std::string_view text) {
   return SendBytes(message.data(), message.size());
 }
 
+// What there is room for, or gets room within the longest pause. More than 0, or the send has failed.
+std::ptrdiff_t myTcpSocket::sendSome(const void* data, std::size_t count) {
+  std::ptrdiff_t sent = socket_.send(data, count);
+  if (sent >= 0 || !platform::Socket::sendHadNoRoom()) return sent;
+  const auto deadline = Clock::now() + sendPause_;
+  do {
+    const auto rest = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+    // The system tells of room only when there is plenty, which a slow peer may take long to make: so there is a look now and then.
+    if (socket_.waitWritable(std::clamp(rest, std::chrono::milliseconds::zero(), roomLook)) == platform::Readiness::failed) return failed;
+    sent = socket_.send(data, count);
+  } while (sent < 0 && platform::Socket::sendHadNoRoom() && Clock::now() < deadline);
+  return sent;
+}
+
 int myTcpSocket::SendBytes(const void* buffer, std::size_t count) {
   if (!valid()) return failed;
   const auto* next = static_cast<const std::byte*>(buffer);
   while (count > 0) {
-    const std::ptrdiff_t sent = socket_.send(next, count);
+    const std::ptrdiff_t sent = sendSome(next, count);
     if (sent < 0) return failed;
     next += sent;
     count -= static_cast<std::size_t>(sent);
@@ -86,7 +103,8 @@ int myTcpSocket::WaitReadable(std::uint32_t seconds) const {
 
 // One receive, preceded by the wait that the receive timeout asks for. More than 0, or the receive has failed.
 std::ptrdiff_t myTcpSocket::receiveSome(void* buffer, std::size_t count) {
-  if (receiveTimeout_ != 0 && WaitReadable(receiveTimeout_) != 1) return failed;
+  const std::chrono::milliseconds limit = receiveTimeout_ != 0 ? std::chrono::seconds(receiveTimeout_) : platform::waitForever;
+  if (socket_.waitReadable(limit) != platform::Readiness::ready) return failed;
   return socket_.receive(buffer, count);
 }
 

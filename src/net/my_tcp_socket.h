@@ -21,7 +21,9 @@ class myTcpSocket : public mySocket {
   bool valid() const noexcept { return socket_.valid(); }
   platform::Socket::Handle handle() const noexcept { return socket_.handle(); }
   void enableKeepAlive() noexcept;
+  int setNonBlocking(bool on);
 
+  // Sends wait for a peer that takes something at least once in the longest pause; on a non-blocking socket, for nobody else.
   int SendString(std::string_view text);
   int SendBytes(const void* buffer, std::size_t count);
   int ReceiveInt(std::int32_t* out);
@@ -31,9 +33,12 @@ class myTcpSocket : public mySocket {
   // 1 readable, 0 timed out, -1 error.
   int WaitReadable(std::uint32_t seconds) const;
 
+  // Whether bytes are on their way that the peer's system has yet to confirm.
+  bool hasUnconfirmed() const noexcept { return socket_.hasUnconfirmed(); }
+
  private:
+  std::ptrdiff_t sendSome(const void* data, std::size_t count);
   std::ptrdiff_t receiveSome(void* buffer, std::size_t count);
-  int setNonBlocking(bool on);
 };
 
 }  // namespace fringix

@@ -35,6 +35,14 @@ std::string formatIpv4(std::uint32_t address);
 
 enum class Readiness { ready, timedOut, failed };
 
+// When a connection on which nothing arrives is probed, and when it is given up: `probes` of them have to stay unanswered. Where the
+// system chooses their number itself it is 10.
+struct KeepAlive {
+  std::chrono::seconds silence;
+  std::chrono::seconds interval;
+  int probes;
+};
+
 inline constexpr std::chrono::milliseconds waitForever{-1};
 
 // Owns one socket handle, or none. Movable, closed on destruction, never inherited by child processes.
@@ -72,7 +80,7 @@ class Socket {
   bool listen(int backlog) noexcept;
   bool setNonBlocking(bool on) noexcept;
   bool setNoDelay(bool on) noexcept;
-  bool setKeepAlive(bool on) noexcept;
+  bool setKeepAlive(const KeepAlive& times) noexcept;
   bool setBroadcast(bool on) noexcept;        // lets datagrams go to broadcast addresses
   bool setReceiveBuffer(int bytes) noexcept;  // what may wait unread; the system may grant less
   bool setReuseAddress(bool on) noexcept;     // lets several sockets share a port (Windows), or a port in transition be bound again
@@ -86,9 +94,13 @@ class Socket {
   Socket accept(Ipv4Endpoint* peer = nullptr) noexcept;  // blocks for the next connection; invalid on failure
   Ipv4Endpoint localEndpoint() const noexcept;
 
-  // Bytes sent, 0 or more, perhaps fewer than asked for; -1 on an error.
+  // Bytes sent, 0 or more, perhaps fewer than asked for; -1 on an error. Blocks until there is room; a non-blocking socket fails then.
   std::ptrdiff_t send(const void* data, std::size_t size) noexcept;
-  // Bytes received; 0 when the peer has closed; -1 on an error. Blocks until something is there.
+  // Whether the last failed send() has only found no room.
+  static bool sendHadNoRoom() noexcept;
+  // Whether the peer's system has yet to confirm bytes that were sent; false where the system does not tell.
+  bool hasUnconfirmed() const noexcept;
+  // Bytes received; 0 when the peer has closed; -1 on an error. Blocks until something is there; a non-blocking socket fails then.
   std::ptrdiff_t receive(void* buffer, std::size_t size) noexcept;
 
   // One datagram. Bytes sent, or -1 on an error.

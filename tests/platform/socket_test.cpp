@@ -8,6 +8,8 @@
 
 #include "platform/datagram.h"
 #include "platform/socket.h"
+#include "support/eventually.h"
+#include "support/socket_options.h"
 
 namespace fringix::platform {
 
@@ -137,6 +139,37 @@ TEST_F(SocketTest, ADatagramLeavesFromTheChosenAddress) {
     EXPECT_EQ(formatIpv4(origin.address), formatIpv4(from));
   }
   EXPECT_FALSE(sendDatagram(0xC0000201, receiver.localEndpoint(), "text", 4)) << "not an address of this machine";
+}
+
+TEST_F(SocketTest, ASendWithoutRoomTellsSoAndThatBytesAreUnconfirmed) {
+  Pair pair = connectedPair();
+  ASSERT_TRUE(pair.client.setNonBlocking(true));
+  const std::string bytes(std::size_t{1} << 20, 'b');
+  bool hadNoRoom = false;
+  do {
+    while (pair.client.send(bytes.data(), bytes.size()) > 0) {
+    }
+    hadNoRoom = Socket::sendHadNoRoom();
+  } while (hadNoRoom && pair.client.waitWritable(milliseconds(300)) == Readiness::ready);
+  EXPECT_TRUE(hadNoRoom);
+  EXPECT_EQ(pair.client.hasUnconfirmed(), test::unconfirmedBytesAreTold());
+  pair.server.setResetOnClose();
+  pair.server.close();
+  EXPECT_TRUE(test::eventually([&] { return pair.client.send(bytes.data(), 1) < 0 && !Socket::sendHadNoRoom(); }));
+}
+
+TEST_F(SocketTest, WhatThePeerHasIsConfirmed) {
+  Pair pair = connectedPair();
+  EXPECT_FALSE(pair.client.hasUnconfirmed());
+  EXPECT_EQ(pair.client.send("x", 1), 1);
+  EXPECT_TRUE(test::eventually([&] { return !pair.client.hasUnconfirmed(); })) << "also when nobody reads it";
+  EXPECT_FALSE(Socket().hasUnconfirmed());
+}
+
+TEST_F(SocketTest, ProbesCanBeHadAtTimesOfOurOwn) {
+  Pair pair = connectedPair();
+  EXPECT_TRUE(pair.client.setKeepAlive({std::chrono::seconds(10), std::chrono::seconds(1), 10}));
+  EXPECT_FALSE(Socket().setKeepAlive({std::chrono::seconds(10), std::chrono::seconds(1), 10}));
 }
 
 TEST_F(SocketTest, ADatagramThatCannotBeSentOrReadTellsSo) {

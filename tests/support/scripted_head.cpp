@@ -45,11 +45,10 @@ ScriptedHead::ScriptedHead(std::vector<Script> scripts, const char* address) : l
   thread_ = std::thread([this, scripts = std::move(scripts)] { serveAll(scripts); });
 }
 
-ScriptedHead::~ScriptedHead() {
-  if (thread_.joinable()) thread_.join();
-}
+ScriptedHead::~ScriptedHead() { received(); }
 
 const Bytes& ScriptedHead::received() {
+  letGo_.set();
   if (thread_.joinable()) thread_.join();
   return received_;
 }
@@ -80,6 +79,9 @@ bool ScriptedHead::perform(platform::Socket& connection, const Step& step) {
       return sendByteByByte(connection, step.bytes);
     case Step::Kind::stall:
       drain(connection);
+      return false;
+    case Step::Kind::standStill:
+      letGo_.wait(2 * patience);
       return false;
     case Step::Kind::cut:
       return false;

@@ -3,20 +3,21 @@
 //   ScriptedHead head({reply(integer(1)), expect(integer(3300)), cut()});
 //
 // It listens on the command port from its construction on and serves one connection per script, one after the other. After the last
-// step of a script it goes on reading until the client closes.
+// step of a script it goes on reading until the client closes. A head that stands still is let go of by received(), or its end.
 #pragma once
 
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "platform/event.h"
 #include "platform/socket.h"
 #include "support/wire.h"
 
 namespace fringix::test {
 
 struct Step {
-  enum class Kind { expect, reply, dribble, stall, cut, reset } kind;
+  enum class Kind { expect, reply, dribble, stall, standStill, cut, reset } kind;
   Bytes bytes;
 };
 
@@ -24,6 +25,7 @@ inline Step expect(Bytes bytes) { return {Step::Kind::expect, std::move(bytes)};
 inline Step reply(Bytes bytes) { return {Step::Kind::reply, std::move(bytes)}; }      // send at once
 inline Step dribble(Bytes bytes) { return {Step::Kind::dribble, std::move(bytes)}; }  // send one byte at a time
 inline Step stall() { return {Step::Kind::stall, {}}; }                               // say nothing more, read on
+inline Step standStill() { return {Step::Kind::standStill, {}}; }                     // not even read, until the test lets go
 inline Step cut() { return {Step::Kind::cut, {}}; }                                   // close the connection in order
 inline Step reset() { return {Step::Kind::reset, {}}; }                               // reset the connection
 
@@ -49,6 +51,7 @@ class ScriptedHead {
 
   platform::SocketLibrary library_;
   platform::Socket listener_;
+  platform::ManualResetEvent letGo_;
   Bytes received_;
   std::thread thread_;
 };

@@ -2,6 +2,7 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <linux/sockios.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -85,7 +86,12 @@ bool Socket::setNonBlocking(bool on) noexcept {
 }
 
 bool Socket::setNoDelay(bool on) noexcept { return setOption(handle_, IPPROTO_TCP, TCP_NODELAY, int{on}); }
-bool Socket::setKeepAlive(bool on) noexcept { return setOption(handle_, SOL_SOCKET, SO_KEEPALIVE, int{on}); }
+bool Socket::setKeepAlive(const KeepAlive& times) noexcept {
+  return setOption(handle_, SOL_SOCKET, SO_KEEPALIVE, 1) &&
+         setOption(handle_, IPPROTO_TCP, TCP_KEEPIDLE, static_cast<int>(times.silence.count())) &&
+         setOption(handle_, IPPROTO_TCP, TCP_KEEPINTVL, static_cast<int>(times.interval.count())) &&
+         setOption(handle_, IPPROTO_TCP, TCP_KEEPCNT, times.probes);
+}
 bool Socket::setBroadcast(bool on) noexcept { return setOption(handle_, SOL_SOCKET, SO_BROADCAST, int{on}); }
 bool Socket::setReceiveBuffer(int bytes) noexcept {
   // A process with the right to may go past the system's limit.
@@ -112,6 +118,13 @@ Ipv4Endpoint Socket::localEndpoint() const noexcept {
 
 std::ptrdiff_t Socket::send(const void* data, std::size_t size) noexcept {
   return retried([&] { return ::send(handle_, data, size, MSG_NOSIGNAL); });
+}
+
+bool Socket::sendHadNoRoom() noexcept { return errno == EAGAIN; }
+
+bool Socket::hasUnconfirmed() const noexcept {
+  int bytes = 0;
+  return ioctl(handle_, SIOCOUTQ, &bytes) == 0 && bytes > 0;
 }
 
 std::ptrdiff_t Socket::receive(void* buffer, std::size_t size) noexcept {

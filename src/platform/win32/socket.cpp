@@ -3,6 +3,8 @@
 #include <winsock2.h>
 #include <ws2tcpip.h>
 
+#include <mstcpip.h>  // wants the types of those above
+
 #include <algorithm>
 #include <climits>
 
@@ -90,7 +92,14 @@ bool Socket::setNonBlocking(bool on) noexcept {
 }
 
 bool Socket::setNoDelay(bool on) noexcept { return setOption(handle_, IPPROTO_TCP, TCP_NODELAY, int{on}); }
-bool Socket::setKeepAlive(bool on) noexcept { return setOption(handle_, SOL_SOCKET, SO_KEEPALIVE, int{on}); }
+bool Socket::setKeepAlive(const KeepAlive& times) noexcept {
+  using std::chrono::milliseconds;
+  tcp_keepalive values{1, static_cast<ULONG>(milliseconds(times.silence).count()),
+                       static_cast<ULONG>(milliseconds(times.interval).count())};
+  DWORD size = 0;
+  return setOption(handle_, SOL_SOCKET, SO_KEEPALIVE, int{1}) &&
+         WSAIoctl(handle_, SIO_KEEPALIVE_VALS, &values, sizeof values, nullptr, 0, &size, nullptr, nullptr) == 0;
+}
 bool Socket::setBroadcast(bool on) noexcept { return setOption(handle_, SOL_SOCKET, SO_BROADCAST, int{on}); }
 bool Socket::setReceiveBuffer(int bytes) noexcept { return setOption(handle_, SOL_SOCKET, SO_RCVBUF, bytes); }
 bool Socket::setReuseAddress(bool on) noexcept { return setOption(handle_, SOL_SOCKET, SO_REUSEADDR, int{on}); }
@@ -115,6 +124,11 @@ Ipv4Endpoint Socket::localEndpoint() const noexcept {
 std::ptrdiff_t Socket::send(const void* data, std::size_t size) noexcept {
   return ::send(handle_, static_cast<const char*>(data), boundedSize(size), 0);
 }
+
+bool Socket::sendHadNoRoom() noexcept { return WSAGetLastError() == WSAEWOULDBLOCK; }
+
+// The system gives a connection up by itself when it has repeated something for some 20 seconds in vain.
+bool Socket::hasUnconfirmed() const noexcept { return false; }
 
 std::ptrdiff_t Socket::receive(void* buffer, std::size_t size) noexcept {
   return ::recv(handle_, static_cast<char*>(buffer), boundedSize(size), 0);

@@ -126,6 +126,10 @@ void Networks::connect(const std::string& name, const std::string& hostAddress, 
   onTheHeadsSide([&] { cables_.push_back(std::make_unique<Cable>(hostEnd, interfaceAt(headsAddress))); });
 }
 
+void Networks::takeDown(const std::string& name) const {
+  onTheHeadsSide([&] { run("ip link set " + name + " down"); });
+}
+
 void Networks::onTheHeadsSide(const std::function<void()>& action) const {
   require(setns(headsSide_, CLONE_NEWNET) == 0, "the heads' side");
   action();

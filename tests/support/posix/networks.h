@@ -19,6 +19,9 @@ class Networks {
   // A network interface `name` on either side, joined with the other; an address such as "10.1.0.1/24", or empty for none.
   void connect(const std::string& name, const std::string& hostAddress, const std::string& headsAddress);
 
+  // From now on frames to the heads' side of the network are lost, and none come from there.
+  void takeDown(const std::string& name) const;
+
   // What is opened by `action`, sockets for instance, stays on that side.
   void onTheHeadsSide(const std::function<void()>& action) const;
 

@@ -17,4 +17,8 @@ bool isSet(SOCKET socket, int level, int option) {
 bool hasNoDelay(platform::Socket::Handle socket) { return isSet(socket, IPPROTO_TCP, TCP_NODELAY); }
 bool hasKeepAlive(platform::Socket::Handle socket) { return isSet(socket, SOL_SOCKET, SO_KEEPALIVE); }
 
+std::optional<platform::KeepAlive> keepAliveOf(platform::Socket::Handle) { return std::nullopt; }
+
+bool unconfirmedBytesAreTold() { return false; }
+
 }  // namespace fringix::test
