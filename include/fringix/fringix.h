@@ -20,9 +20,9 @@
  *   command finds that out.
  * - After SLCONNECTION_ERROR the session has dropped its connection for good. Every further command gives SLSYSTEM_ERROR:
  *   free the handle and open a new session. Nothing reconnects by itself.
- * - Threads: commands to one session may come from any number of threads, they run one after the other; different sessions run
- *   side by side. Opening and closing sessions (SLDevAlloc, SLDevFree) and calls with a handle that was never given out must
- *   not run while another thread is inside the library.
+ * - Threads: any function may be called from any number of threads with any handle, unless its own text says otherwise. Commands to
+ *   one session run one after the other, different sessions run side by side. A session may be freed while another thread uses it:
+ *   the call that is under way comes to its end first, and later ones give SLUNKNOWN_DEVICE_ID.
  * - Processes: a child process that was forked and runs no other program must not use the library. As long as it lives it keeps the
  *   connections of its parent open, and triggers from reaching other processes once the parent has ended. Start such children
  *   before the first session.
@@ -115,7 +115,8 @@ FRINGIX_API int32_t SLDevAllocBySerial(int32_t serial, int32_t* handle);
 /*
  * Ends a session: stops its threads, says farewell to the head, closes the connection (100 ms) and frees everything the session held.
  * The handle is gone in any case, and with it the text that SLGetDevKey gave. A command that another thread is carrying out is waited
- * for; so is a callback, for 2 seconds.
+ * for; so is a callback, for 2 seconds. When several threads free a session at once, one of them does, and the others wait for it and
+ * get SLUNKNOWN_DEVICE_ID.
  *
  * SLSYSTEM_ERROR      a thread of the session did not end within 2 seconds (see "Triggers and events"); the session is closed all the
  *                     same

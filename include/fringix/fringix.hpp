@@ -6,8 +6,7 @@
 // What holds for the C interface holds here; fringix.h tells it per function. What is different:
 //
 // - A failure is an exception of type fringix::Error instead of a status code.
-// - A session ends with its Device. Opening and closing (also by leaving a scope) must not run while another thread is inside the
-//   library.
+// - A session ends with its Device, which must outlast the calls to it.
 // - Member functions are const where they leave the Device as it is, whatever they do to the head. Like the commands behind them
 //   they may be called from any number of threads.
 #ifndef FRINGIX_FRINGIX_HPP

@@ -10,21 +10,31 @@ DeviceRegistry& DeviceRegistry::instance() {
   return registry;
 }
 
-std::shared_ptr<ICameraDevice>& DeviceRegistry::entry(std::int32_t handle) {
-  const auto place = sessions_.lower_bound(handle);
-  if (place != sessions_.end() && place->first == handle) return place->second;
-  return sessions_.emplace_hint(place, handle, nullptr)->second;
+std::shared_ptr<ICameraDevice> DeviceRegistry::find(std::int32_t handle) {
+  const std::lock_guard guard(lock_);
+  return entries_[handle].session;
 }
 
 std::int32_t DeviceRegistry::add(std::shared_ptr<ICameraDevice> session) {
-  entry(nextHandle_) = std::move(session);
+  const std::lock_guard guard(lock_);
+  entries_[nextHandle_] = {std::move(session)};
   return nextHandle_++;
 }
 
-std::shared_ptr<ICameraDevice> DeviceRegistry::remove(std::int32_t handle) {
-  std::shared_ptr<ICameraDevice> session = entry(handle);
-  sessions_.erase(handle);
-  return session;
+bool DeviceRegistry::claim(std::int32_t handle) {
+  const std::lock_guard guard(lock_);
+  const auto place = entries_.find(handle);
+  return place != entries_.end() && place->second.session && !std::exchange(place->second.claimed, true);
+}
+
+void DeviceRegistry::remove(std::int32_t handle) {
+  const std::lock_guard guard(lock_);
+  entries_.erase(handle);  // no session ends here: the one who removes it holds a share
+}
+
+std::size_t DeviceRegistry::size() {
+  const std::lock_guard guard(lock_);
+  return entries_.size();
 }
 
 }  // namespace fringix

@@ -1,9 +1,10 @@
-// The open sessions of the process by handle. The registry takes no lock: opening and freeing sessions beside other calls is not safe.
+// The open sessions of the process by handle. Any thread may call anything at any time; whoever has found a session holds a share of it.
 #pragma once
 
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <mutex>
 
 #include "device/ICameraDevice.h"
 
@@ -13,17 +14,28 @@ class DeviceRegistry {
  public:
   static DeviceRegistry& instance();
 
-  // The entry of a handle; an empty one is made where there is none. An empty entry stands for no session; kept on purpose.
-  std::shared_ptr<ICameraDevice>& entry(std::int32_t handle);
+  // The session of a handle, or null. Where there is no entry an empty one is made, which stands for no session; kept on purpose.
+  std::shared_ptr<ICameraDevice> find(std::int32_t handle);
 
   // Gives the session the next handle, which is never given again.
   std::int32_t add(std::shared_ptr<ICameraDevice> session);
 
-  // Takes the session of a handle out of the registry; null where there is none.
-  std::shared_ptr<ICameraDevice> remove(std::int32_t handle);
+  // Whether the caller is the first who is about to close the session of a handle, and so the one who has to remove it.
+  bool claim(std::int32_t handle);
+
+  // Takes the entry of a handle out of the registry.
+  void remove(std::int32_t handle);
+
+  std::size_t size();  // empty entries count
 
  private:
-  std::map<std::int32_t, std::shared_ptr<ICameraDevice>> sessions_;
+  struct Entry {
+    std::shared_ptr<ICameraDevice> session;
+    bool claimed = false;
+  };
+
+  std::mutex lock_;
+  std::map<std::int32_t, Entry> entries_;
   std::int32_t nextHandle_ = 0;
 };
 

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <type_traits>
 
 #include "api/device_registry.h"
@@ -43,7 +44,7 @@ class ExportCall {
   template <class Operation, class... Arguments>
   std::int32_t device(std::int32_t handle, Operation&& operation, Arguments... arguments) const {
     return guarded([&] {
-      ICameraDevice* session = DeviceRegistry::instance().entry(handle).get();
+      const std::shared_ptr<ICameraDevice> session = DeviceRegistry::instance().find(handle);  // the call's share of it
       return session == nullptr ? SLUNKNOWN_DEVICE_ID : std::invoke(operation, *session, arguments...);
     });
   }

@@ -30,9 +30,12 @@ int32_t SLDevAlloc(const char* address, int32_t* handle) {
   return call.guarded([&] { return openSession(address, handle); });
 }
 
+// Of several threads that free a session at once the first one does; the others wait for it and find none.
 int32_t SLDevFree(int32_t handle) {
   return ExportCall("SLDevFree", "%s, Parameter: %i", handle).device(handle, [&](ICameraDevice& device) {
+    const bool first = DeviceRegistry::instance().claim(handle);
     const int result = device.Close();
+    if (!first) return SLUNKNOWN_DEVICE_ID;
     DeviceRegistry::instance().remove(handle);
     return result;
   });

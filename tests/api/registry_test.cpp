@@ -3,6 +3,7 @@
 
 #include "api/device_registry.h"
 #include "api/export_call.h"
+#include "device/camera_device.h"
 #include "device/open_session.h"
 #include "fringix/fringix.h"
 
@@ -46,9 +47,24 @@ TEST(RegistryTest, NullPointersOfOpeningAreBadParameters) {
 
 TEST(RegistryTest, AQueryLeavesAnEmptyEntry) {
   DeviceRegistry registry;
-  EXPECT_EQ(registry.entry(3), nullptr);
-  EXPECT_EQ(&registry.entry(3), &registry.entry(3));
-  EXPECT_EQ(registry.remove(3), nullptr);
+  EXPECT_EQ(registry.find(3), nullptr);
+  EXPECT_EQ(registry.find(3), nullptr);
+  EXPECT_EQ(registry.size(), 1U);
+  EXPECT_FALSE(registry.claim(3)) << "there is nothing to close";
+  registry.remove(3);
+  EXPECT_EQ(registry.size(), 0U);
+}
+
+TEST(RegistryTest, ASessionIsClaimedOnceAndStaysUntilItIsRemoved) {
+  DeviceRegistry registry;
+  const auto session = CameraDevice::create();
+  EXPECT_EQ(registry.add(session), 0);
+  EXPECT_TRUE(registry.claim(0));
+  EXPECT_FALSE(registry.claim(0));
+  EXPECT_EQ(registry.find(0), session);
+  registry.remove(0);
+  EXPECT_FALSE(registry.claim(0));
+  EXPECT_EQ(registry.find(0), nullptr);
 }
 
 TEST(RegistryTest, WhatIsThrownInsideBecomesASystemError) {

@@ -26,7 +26,7 @@ OpenSession::OpenSession(const Script& script, const HeadSizes& sizes, const cha
 
 OpenSession::~OpenSession() { free(); }
 
-ICameraDevice& OpenSession::device() const { return *DeviceRegistry::instance().entry(handle_); }
+ICameraDevice& OpenSession::device() const { return *DeviceRegistry::instance().find(handle_); }
 
 int OpenSession::free() {
   if (!open_) return SLUNKNOWN_DEVICE_ID;
