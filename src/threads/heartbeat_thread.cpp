@@ -11,7 +11,7 @@ namespace {
 constexpr std::chrono::milliseconds period{15000};
 constexpr std::int64_t longestSilence = 15;  // seconds
 
-enum EndCode : std::int32_t { stopped = 0, noDevice = -1, noConnection = -2, noKeepAlive = -3 };
+enum EndCode : std::int32_t { stopped = 0, noDevice = -1, noConnection = -2, noKeepAlive = -3, noMemory = -4 };
 
 class SystemClock final : public HeartbeatClock {
  public:
@@ -29,6 +29,14 @@ HeartbeatClock& HeartbeatClock::ofTheSystem() {
 std::int32_t HeartbeatThread::ThreadProc() {
   trace("HeartbeatThread: ThreadProc started");
   if (device() == nullptr) return noDevice;
+  try {
+    return keepAlive();
+  } catch (...) {
+    return noMemory;  // nothing else is thrown; the session goes on without
+  }
+}
+
+std::int32_t HeartbeatThread::keepAlive() {
   // A wait that fails looks like one that timed out, and the loop goes on; kept on purpose.
   while (!clock_.waitForStop(stopEvent(), period)) {
     std::int64_t lastSend = 0;

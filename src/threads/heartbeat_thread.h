@@ -26,6 +26,8 @@ class HeartbeatThread : public ThreadMgr {
   std::int32_t ThreadProc() override;
 
  private:
+  std::int32_t keepAlive();
+
   HeartbeatClock& clock_;
 };
 

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+
 #include "device/open_session.h"
 #include "diagnosis/trace.h"
 #include "fringix/fringix.h"
@@ -28,10 +30,12 @@ class HeartbeatTest : public testing::Test {
       return wakeUps.empty();
     }
     std::int64_t now() override {
+      if (withoutMemory) throw std::bad_alloc();
       const std::int64_t ahead = wakeUps.front();
       wakeUps.erase(wakeUps.begin());
       return lastSend + ahead;
     }
+    bool withoutMemory = false;
     std::int64_t lastSend = 0;
     std::vector<std::int64_t> wakeUps;  // seconds after the last send
     std::vector<std::chrono::milliseconds> limits;
@@ -96,6 +100,15 @@ TEST_F(HeartbeatTest, AKeepAliveThatCannotBeSentEndsIt) {
   session.awaitEndOfScript();
   EXPECT_EQ(run(&session.device(), {muchLater}), -3);
   EXPECT_EQ(session.device().GetCameraWidth(), -1) << "the session has failed";
+}
+
+// A thread that lets an exception out ends the process.
+TEST_F(HeartbeatTest, WithoutMemoryItEndsAndTheSessionGoesOn) {
+  OpenSession session(Script{});
+  clock_.withoutMemory = true;
+  EXPECT_EQ(run(&session.device(), {muchLater}), -4);
+  EXPECT_EQ(lines_, Lines{line("HeartbeatThread: ThreadProc started")});
+  EXPECT_EQ(session.device().Noop(), SLALL_OKAY);
 }
 
 }  // namespace
