@@ -138,8 +138,8 @@ FRINGIX_API int32_t SLGetDevKey(int32_t handle, DeviceKeyEntry* key);
 /* ---- Finding heads -----------------------------------------------------------------------------------------------------
  *
  * Heads answer a broadcast on UDP port 44332. The list of those that answered belongs to the whole process: a scan makes it anew, and
- * the texts that were handed out of the old one become invalid with that. Scans of several threads run one after the other; reading
- * entries while another thread scans is not safe.
+ * the texts that were handed out of the old one become invalid with that; without another scan they last as long as the process. Scans
+ * of several threads run one after the other; reading entries while another thread scans is not safe.
  */
 
 /*

@@ -40,7 +40,8 @@ bool isLimitedBroadcast(const std::string& address) { return address.find("255.2
 }  // namespace
 
 DeviceEnumerator& DeviceEnumerator::instance() {
-  static DeviceEnumerator enumerator;
+  // Never destroyed: what was handed out of the list stays valid to the end, and another thread may still scan then.
+  static DeviceEnumerator& enumerator = *new DeviceEnumerator;
   return enumerator;
 }
 

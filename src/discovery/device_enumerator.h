@@ -34,7 +34,7 @@ class DeviceEnumerator {
   void askNetwork(const std::string& broadcastAddress);
   void take(std::string_view datagram, std::uint32_t sender);
 
-  platform::ReentrantLock& lock_ = *new platform::ReentrantLock;  // never destroyed: another thread may still scan at the end
+  platform::ReentrantLock lock_;
   std::vector<DeviceListEntry> list_;
 };
 
