@@ -190,8 +190,8 @@ FRINGIX_API int32_t SLShowDeviceDialog(void* parent, DeviceKeyEntry* result);
 
 /*
  * Switches tracing on (any value but 0) or off (0, as at the start) for the whole process. Trace lines, of the calls and of
- * what goes on in the sessions, begin with "<QOR> " and go to the debugger's output on Windows, to standard error elsewhere. Always
- * SLALL_OKAY. Any thread, any time.
+ * what goes on in the sessions, begin with "<QOR> " and go to the debugger's output on Windows, to standard error elsewhere, which is
+ * never waited for: a line for which a pipe or a terminal has no room is lost or cut. Always SLALL_OKAY. Any thread, any time.
  */
 FRINGIX_API int32_t SLSetDebugFlag(int32_t flag);
 
