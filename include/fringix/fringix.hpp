@@ -204,7 +204,7 @@ class Device {
 
   // The projector. An image that is smaller than the projector is put where the head puts it.
   void show(const RgbImage& image) const {
-    constexpr std::uint32_t largestSide = std::numeric_limits<std::int32_t>::max() / 3;
+    constexpr std::uint32_t largestSide = (std::numeric_limits<std::int32_t>::max)() / 3;
     const bool whole = image.pixels.size() == std::uint64_t{image.width} * image.height * 3;
     if (!whole || image.width > largestSide || image.height > largestSide) throw Error("SLShowImage", SLBAD_PARAMETER);
     call("SLShowImage", SLShowImage, image.pixels.data(), static_cast<std::int32_t>(image.width), static_cast<std::int32_t>(image.height),
@@ -279,7 +279,7 @@ class Device {
   void setGain(std::int32_t gain) const { call("SLSetGain", SLSetGain, gain); }
   void setDmdState(std::int32_t state) const { call("SLSetDMDState", SLSetDMDState, state); }
   void setMask(const Image& mask, std::int32_t selector = 0) const {
-    constexpr std::uint32_t largestSide = std::numeric_limits<std::int32_t>::max();
+    constexpr std::uint32_t largestSide = (std::numeric_limits<std::int32_t>::max)();
     const bool whole = mask.pixels.size() == std::uint64_t{mask.width} * mask.height;
     if (!whole || mask.width > largestSide || mask.height > largestSide) throw Error("SLSetMask", SLBAD_PARAMETER);
     call("SLSetMask", SLSetMask, mask.pixels.data(), selector, static_cast<std::int32_t>(mask.width),
@@ -289,7 +289,7 @@ class Device {
 
   // Blocks of bytes in files on the head. A file that is empty gives an empty block.
   void saveData(const std::string& fileName, const std::vector<std::uint8_t>& bytes) const {
-    if (bytes.size() > std::numeric_limits<std::int32_t>::max()) throw Error("SLSaveData", SLBAD_PARAMETER);
+    if (bytes.size() > (std::numeric_limits<std::int32_t>::max)()) throw Error("SLSaveData", SLBAD_PARAMETER);
     call("SLSaveData", SLSaveData, bytes.data(), static_cast<std::int32_t>(bytes.size()), fileName.c_str());
   }
   std::vector<std::uint8_t> loadData(const std::string& fileName) const {
