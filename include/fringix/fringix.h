@@ -497,10 +497,10 @@ FRINGIX_API int32_t SLSetLedPowerValue(int32_t handle, uint8_t value);
  * Stores a block of bytes in a file on the head.
  *
  * data      `size` bytes
- * size      1 or more
+ * size      not 0; a negative one is passed to the head like any other, and should the head take it, no data follows
  * fileName  the head's name for it; length and characters are for the head to judge
  *
- * SLSYSTEM_ERROR  also for a null pointer or a size below 1; nothing was sent then
+ * SLSYSTEM_ERROR  also for a null pointer or a size of 0; nothing was sent then
  * any other       the number with which the head refused to take the file
  */
 FRINGIX_API int32_t SLSaveData(int32_t handle, const uint8_t* data, int32_t size, const char* fileName);

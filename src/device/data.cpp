@@ -24,9 +24,10 @@ bool copyReply(const std::string& reply, char* buffer, std::int32_t bufferSize) 
 
 }  // namespace
 
-// Bad arguments give -4 here and -3 in LoadData; on purpose. A refusal of the head is the result as it stands.
+// Bad arguments give -4 here and -3 in LoadData; on purpose. A refusal of the head is the result as it stands; it may take a negative
+// size, too, behind which no data follows.
 int CameraDevice::SaveData(const std::uint8_t* data, std::int32_t size, const char* fileName) {
-  if (data == nullptr || size <= 0 || fileName == nullptr) return SLSYSTEM_ERROR;
+  if (data == nullptr || size == 0 || fileName == nullptr) return SLSYSTEM_ERROR;
   const std::size_t nameSize = wireSize(fileName);
   std::int32_t accepted = 0;
   return command("80MSG_SLSaveDataToFile")
@@ -34,7 +35,7 @@ int CameraDevice::SaveData(const std::uint8_t* data, std::int32_t size, const ch
       .receive(&accepted)
       .finishUnlessZero(accepted)
       .bytes(fileName, nameSize)
-      .bytes(data, static_cast<std::size_t>(size))
+      .bytes(data, static_cast<std::size_t>(std::max(size, 0)))
       .status();
 }
 

@@ -37,6 +37,24 @@ TEST(DataTest, ARefusedBlockIsNotSent) {
   }
 }
 
+TEST(DataTest, ASizeBelowZeroIsTheHeadsToRefuse) {
+  for (const int size : {-1, INT_MIN}) {
+    const Bytes request = text("80MSG_SLSaveDataToFile") + integers(size, 6);
+    OpenSession session({expect(request), reply(integer(2))});
+    EXPECT_EQ(SLSaveData(session.handle(), content, size, "a.bin"), 2);
+    EXPECT_EQ(readable(session.sent()), readable(request));
+  }
+}
+
+TEST(DataTest, ASizeBelowZeroThatIsAcceptedSendsNoData) {
+  for (const int size : {-1, INT_MIN}) {
+    const Bytes request = text("80MSG_SLSaveDataToFile") + integers(size, 6);
+    OpenSession session({expect(request), reply(integer(0)), expect(name), reply(integer(0))});
+    EXPECT_EQ(SLSaveData(session.handle(), content, size, "a.bin"), SLALL_OKAY);
+    EXPECT_EQ(readable(session.sent()), readable(request + name));
+  }
+}
+
 TEST(DataTest, ARefusedFileGetsNoName) {
   OpenSession session({expect(loadRequest), reply(integer(5))});
   const Loaded loaded(session);

@@ -107,7 +107,6 @@ std::vector<Refusal> refusals() {
 
       {"SaveDataOfNothing", [](S& s, B*) { return SLSaveData(s.handle(), nullptr, 4, "a"); }, SLSYSTEM_ERROR},
       {"SaveDataOfNoSize", [](S& s, B*) { return SLSaveData(s.handle(), pixels, 0, "a"); }, SLSYSTEM_ERROR},
-      {"SaveDataOfNegativeSize", [](S& s, B*) { return SLSaveData(s.handle(), pixels, -1, "a"); }, SLSYSTEM_ERROR},
       {"SaveDataWithoutAName", [](S& s, B*) { return SLSaveData(s.handle(), pixels, 4, nullptr); }, SLSYSTEM_ERROR},
       {"LoadDataIntoNowhere", [](S& s, B* b) { return SLLoadData(s.handle(), nullptr, integerAt(b), "a"); }, bad},
       {"LoadDataWithoutASize", [](S& s, B* b) { return SLLoadData(s.handle(), pointerAt(b), nullptr, "a"); }, bad},
