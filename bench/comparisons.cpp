@@ -17,6 +17,9 @@ constexpr Head twelveMegapixels{4096, 3000};
 const std::vector<Quantity> smallCommand = {{Metric::medianLatency, 1.10}, {Metric::callRate, std::nullopt}};
 const std::vector<Quantity> transfer = {
     {Metric::processorPerGigabyte, 1.05}, {Metric::throughput, 0.90}, {Metric::callRate, std::nullopt}, {Metric::serverLoad, std::nullopt}};
+// Memory that is new to the process costs the hand-written client a page fault for each 4 KiB, and the library's block does not.
+const std::vector<Quantity> intoNewMemory = {
+    {Metric::processorPerGigabyte, 0.60}, {Metric::throughput, 0.90}, {Metric::callRate, std::nullopt}, {Metric::serverLoad, std::nullopt}};
 
 std::int32_t livePicture(std::int32_t handle, const Head& head, std::uint8_t* buffer) {
   return SLGetLiveImage(handle, buffer, head.width, head.height);
@@ -149,7 +152,7 @@ const std::vector<Comparison>& comparisons() {
       {"reduced to 320x256", megapixel, Cores::two, reducedPixels, reducedPicture, reducedPictureByHand, transfer},
       {"pattern upload 1280x800x3", megapixel, Cores::two, patternBytes, patternUpload, patternUploadByHand, transfer},
       {"data block 64 MiB, saved", dataHead, Cores::two, dataHead.pixels(), dataSave, dataSaveByHand, transfer},
-      {"data block 64 MiB, loaded", dataHead, Cores::two, dataHead.pixels(), dataLoad, dataLoadByHand, transfer},
+      {"data block 64 MiB, loaded", dataHead, Cores::two, dataHead.pixels(), dataLoad, dataLoadByHand, intoNewMemory},
   };
   return table;
 }

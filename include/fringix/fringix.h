@@ -508,8 +508,8 @@ FRINGIX_API int32_t SLSaveData(int32_t handle, const uint8_t* data, int32_t size
 /*
  * Loads a block of bytes from a file on the head.
  *
- * data      out: the block, made by the library and the caller's from then on: give it back with SLFreeData whenever it is not
- *           null after the call, whatever the status; not null itself
+ * data      out: the block, made by the library and the caller's from then on: give it back with SLFreeData, and nothing else,
+ *           whenever it is not null after the call, whatever the status; not null itself
  * size      out: its size in bytes, 0 for a file that is empty; not null
  * fileName  the head's name for it; not null
  *

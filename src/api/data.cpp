@@ -2,6 +2,7 @@
 #include <string>
 
 #include "api/export_call.h"
+#include "platform/block_memory.h"
 
 using namespace fringix;
 
@@ -17,7 +18,7 @@ int32_t SLLoadData(int32_t handle, uint8_t** data, int32_t* size, const char* fi
 
 int32_t SLFreeData(uint8_t* data) {
   const ExportCall call("SLFreeData", "%s, Parameter: %p", data);
-  delete[] data;
+  platform::freeBlock(data);
   return SLALL_OKAY;
 }
 

@@ -1,10 +1,10 @@
 // Data blocks and configuration values on the head, its lines and outputs, and commands passed through to what hangs on it.
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <string>
 
 #include "device/camera_device.h"
+#include "platform/block_memory.h"
 
 namespace fringix {
 
@@ -51,7 +51,7 @@ int CameraDevice::LoadData(std::uint8_t** data, std::int32_t* size, const char* 
   exchange.send(nameSize).receive(&accepted).finishUnlessZero(accepted).bytes(fileName, nameSize).receive(size).finishIf(*size == 0);
   if (!exchange.undecided()) return exchange.result();
 
-  if (*size > 0) *data = new (std::nothrow) std::uint8_t[static_cast<std::size_t>(*size)];
+  if (*size > 0) *data = static_cast<std::uint8_t*>(platform::allocateBlock(static_cast<std::size_t>(*size)));
   if (*data == nullptr) return exchange.finish(SLSYSTEM_ERROR);
   return exchange.receiveBytes(*data, static_cast<std::size_t>(*size)).status();
 }
