@@ -21,7 +21,7 @@ std::uint32_t addBrightness(Pixels pixels, Strip<std::uint8_t>& brightest) {
 void addGray(Pixels pixels, std::int32_t bit, const LevelSums& levels, GraySums& sums) {
   const auto wrong = static_cast<std::uint16_t>((2U << static_cast<unsigned>(bit)) - 1U);
   for (std::size_t i = 0; i < stripLength; ++i) {
-    const auto difference = static_cast<std::int16_t>(2 * pixels[i] - levels.white[i] - levels.black[i]);
+    const auto difference = static_cast<std::int16_t>(2 * pixels[i] - levels.white[i] - sums.black[i]);
     const auto size = static_cast<std::int16_t>(difference < 0 ? -difference : difference);
     const auto one = static_cast<std::uint16_t>(difference > 0 ? 1 : 0);
     const bool weaker = size < sums.margin[i];
@@ -72,7 +72,7 @@ std::uint32_t add(const PictureRole& role, const std::uint8_t* pixels, const Str
       std::copy_n(pixels, stripLength, sums.levels.white.data());
       break;
     case PictureKind::black:
-      std::copy_n(pixels, stripLength, sums.levels.black.data());
+      if (sums.gray != nullptr) std::copy_n(pixels, stripLength, sums.gray->black.data());
       break;
     case PictureKind::gray:
       addGray(pixels, role.number, sums.levels, *sums.gray);

@@ -16,18 +16,18 @@ struct FrequencySums {
   Strip<float> sine;
 };
 
-// Of the Gray code: 8 bytes per pixel.
+// Of the Gray code: 9 bytes per pixel.
 struct GraySums {
+  Strip<std::uint8_t> black;
   Strip<std::uint16_t> code;         // of the half period, decoded
   Strip<std::uint16_t> flip;         // what to change in it when its weakest bit was misread
   Strip<std::int16_t> margin;        // abs(2 I - white - black) of the weakest bit
   Strip<std::int16_t> secondMargin;  // and of the second weakest
 };
 
-// Of all pictures: 9 bytes per pixel.
+// Of all pictures: 8 bytes per pixel.
 struct LevelSums {
   Strip<std::uint8_t> white;
-  Strip<std::uint8_t> black;
   Strip<std::uint8_t> brightest;
   Strip<std::uint16_t> total;  // of the phase pictures; exact, like the next
   Strip<float> squares;

@@ -209,8 +209,8 @@ FRINGIX_SCAN_API int32_t SLScanCompute(SLScanner* scanner, int32_t camera, const
                                        int32_t height, const SLScanCloud* cloud, SLScanFindings* findings);
 
 /*
- * The same, a picture at a time, so that the next can be fetched meanwhile: only sums are kept, up to 33 bytes per pixel. After the
- * plan's last picture SLScanFinish makes the points, and the scanner is ready for new pictures of that camera.
+ * The same, a picture at a time, so that the next can be fetched meanwhile: only sums are kept, 25 bytes per pixel, 32 for three
+ * frequencies. After the plan's last picture SLScanFinish makes the points, and the scanner is ready for new pictures of that camera.
  */
 FRINGIX_SCAN_API int32_t SLScanAddPicture(SLScanner* scanner, int32_t camera, const uint8_t* picture, int32_t width, int32_t height);
 FRINGIX_SCAN_API int32_t SLScanFinish(SLScanner* scanner, int32_t camera, const SLScanCloud* cloud, SLScanFindings* findings);
