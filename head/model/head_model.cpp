@@ -108,7 +108,7 @@ bool HeadModel::takePicture(std::uint32_t channel, Picture& picture) {
 }
 
 void HeadModel::takeLocked(std::uint32_t channel, Picture& picture) {
-  if (!cameras_[channel].sees()) useMaps(mapsOf(scene_));
+  if (!cameras_[channel].sees()) cameras_[channel].use(lightMapFor(settings_, channel, scene_));
   const Light& light = projector_.light();
   const Exposure exposure{projector_.lightVersion(), controls_.lampStrength(), configuration_.exposureFactor(), controls_.gainFactor()};
   cameras_[channel].take(light, exposure, moment_, ++picturesTaken_, picture);

@@ -21,7 +21,7 @@ bool isDark(const Patch& patch, double along, double across) {
 }
 
 Hit meet(const Patch& patch, const Vector& origin, const Vector& direction) {
-  const Vector normal = patch.normal();
+  const Vector normal = cross(patch.along, patch.across);
   const double approach = dot(normal, direction);
   if (approach == 0) return std::nullopt;
   const double distance = dot(normal, patch.corner - origin) / approach;
@@ -30,7 +30,7 @@ Hit meet(const Patch& patch, const Vector& origin, const Vector& direction) {
   const double along = shareOf(patch.along, offset);
   const double across = shareOf(patch.across, offset);
   if (patch.bounded && !(along >= 0 && along <= 1 && across >= 0 && across <= 1)) return std::nullopt;
-  return surfaceAt(distance, origin, direction, normal, patch.albedo * (isDark(patch, along, across) ? darkSquare : 1));
+  return surfaceAt(distance, origin, direction, unit(normal), patch.albedo * (isDark(patch, along, across) ? darkSquare : 1));
 }
 
 }  // namespace
