@@ -2,62 +2,101 @@
 
 #include <fmt/format.h>
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <memory>
+#include <new>
 #include <stdexcept>
+#include <system_error>
+
+#include "files/native_file.h"
 
 namespace fringix::files {
 namespace {
 
-struct CloseFile {
-  void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
-
-[[noreturn]] void refuse(const char* verb, const std::string& path, int reason) {
-  throw std::runtime_error(fmt::format("cannot {} \"{}\": {}", verb, path, std::strerror(reason)));
+[[noreturn]] void refuse(const char* verb, const std::string& path, const std::string& reason) {
+  const std::string file = path == standardOutput ? "standard output" : fmt::format("\"{}\"", path);
+  throw std::runtime_error(fmt::format("cannot {} {}: {}", verb, file, reason));
 }
 
-File openFile(const char* verb, const std::string& path, const char* mode) {
-  File file(std::fopen(path.c_str(), mode));
-  if (!file) refuse(verb, path, errno);
-  return file;
-}
-
-}  // namespace
-
-std::vector<std::uint8_t> readFile(const std::string& path) {
-  constexpr std::size_t step = std::size_t{1} << 20;
-  const File file = openFile("read", path, "rb");
-  std::vector<std::uint8_t> bytes;
-  std::size_t size = 0;
-  std::size_t count = step;
-  while (count == step) {
-    bytes.resize(size + step);
-    count = std::fread(&bytes[size], 1, step, file.get());
-    size += count;
+// The same words on all systems, where they have the same reason.
+template <typename Call>
+auto explained(const char* verb, const std::string& path, Call call) {
+  try {
+    return call();
+  } catch (const std::system_error& error) {
+    refuse(verb, path, error.code().default_error_condition().message());
+  } catch (const std::bad_alloc&) {
+    refuse(verb, path, "there is not enough memory");
   }
-  if (std::ferror(file.get()) != 0) refuse("read", path, errno);
+}
+
+void requireSize(const std::string& path, std::uint64_t size, std::uint64_t limit) {
+  if (size > limit) refuse("read", path, fmt::format("it has {} bytes, and at most {} are taken", size, limit));
+}
+
+std::vector<std::uint8_t> readToTheEnd(InputFile& file, const std::string& path, std::uint64_t limit) {
+  std::vector<std::uint8_t> bytes(static_cast<std::size_t>(file.size()) + 1);  // one more, which only a file that grows fills
+  std::size_t size = 0;
+  while (const std::size_t count = file.read(std::span(bytes).subspan(size))) {
+    size += count;
+    requireSize(path, size, limit);
+    if (size == bytes.size()) bytes.resize(2 * size);
+  }
   bytes.resize(size);
   return bytes;
 }
 
-void requireWritable(const std::string& path) {
-  std::error_code unknown;
-  const bool existed = std::filesystem::exists(path, unknown);
-  openFile("write", path, "ab");
-  if (!existed) std::remove(path.c_str());
+std::filesystem::path folderOf(const std::filesystem::path& place) {
+  return place.has_parent_path() ? place.parent_path() : std::filesystem::path(".");
 }
 
-void writeFile(const std::string& path, const std::vector<std::uint8_t>& bytes) {
-  File file = openFile("write", path, "wb");
-  errno = 0;
-  const bool written = bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-  const bool closed = std::fclose(file.release()) == 0;
-  if (!written || !closed) refuse("write", path, errno);
+// Whoever may change a folder can put a link there in place of the file between this look and the end of the writing. It is not
+// followed then either, it is replaced.
+void requireReplaceable(const std::string& path) {
+  switch (entryAt(path)) {
+    case Entry::none:
+    case Entry::file:
+      return;
+    case Entry::link:
+      refuse("write", path, "it is a link; name the file that it leads to");
+    case Entry::writeProtectedFile:
+      refuse("write", path, "it is write-protected");
+    case Entry::other:
+      refuse("write", path, "it is no regular file");
+  }
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> readFile(const std::string& path, std::uint64_t limit) {
+  return explained("read", path, [&] {
+    InputFile file(path);
+    if (!file.isRegular()) refuse("read", path, "it is no regular file");
+    requireSize(path, file.size(), limit);
+    return readToTheEnd(file, path, limit);
+  });
+}
+
+void requireWritable(const std::string& path) {
+  if (path == standardOutput) return;
+  requireReplaceable(path);
+  explained("write", path, [&] { const NewFile probe(folderOf(path)); });
+}
+
+void writeFile(const std::string& path, std::span<const std::uint8_t> bytes) {
+  explained("write", path, [&] {
+    if (path == standardOutput) return writeToStandardOutput(bytes);
+    NewFile file(folderOf(path));
+    file.write(bytes);
+    requireReplaceable(path);
+    file.takePlace(path);
+  });
+}
+
+std::FILE* reportStream(const std::string& path) { return path == standardOutput ? stderr : stdout; }
+
+bool isSameFile(const std::string& one, const std::string& other) {
+  std::error_code unknown;
+  return std::filesystem::equivalent(one, other, unknown);
 }
 
 std::string numberedPath(const std::string& path, std::size_t number, std::size_t last) {

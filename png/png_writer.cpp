@@ -2,113 +2,93 @@
 
 #include <zlib.h>
 
-#include <array>
 #include <cstddef>
-#include <memory>
+#include <cstdlib>
 #include <new>
 #include <stdexcept>
-#include <string_view>
+#include <string>
+
+#include "png/context.h"
 
 namespace fringix::png {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-enum class ColorType : std::uint8_t { gray = 0, rgb = 2 };
-
-// Chunk lengths and the sizes of the picture are 31 bits in the format.
-constexpr std::uint64_t maximumLength = 0x7FFFFFFF;
-constexpr std::array<std::uint8_t, 8> signature{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-
-void append32(Bytes& out, std::uint32_t value) {
-  for (int shift = 24; shift >= 0; shift -= 8) out.push_back(static_cast<std::uint8_t>(value >> shift));
+void require(int result) {
+  if (result == SPNG_EMEM) throw std::bad_alloc();
+  if (result != SPNG_OK) throw std::runtime_error(std::string("cannot write the picture as PNG: ") + spng_strerror(result));
 }
 
-void appendChunk(Bytes& out, std::string_view type, const Bytes& data) {
-  if (data.size() > maximumLength) throw std::length_error("the picture is too large for a PNG file");
-  append32(out, static_cast<std::uint32_t>(data.size()));
-  const std::size_t checked = out.size();
-  out.insert(out.end(), type.begin(), type.end());
-  out.insert(out.end(), data.begin(), data.end());
-  append32(out, static_cast<std::uint32_t>(crc32_z(0, out.data() + checked, out.size() - checked)));
+struct Free {
+  void operator()(void* memory) const noexcept { std::free(memory); }
+};
+
+// Each row is stored as the differences to the row above, which pictures of a camera pack better as than as they are, and runs only are
+// packed: the differences of a noisy picture have no repetitions that are worth a search, those of a pattern are runs.
+void choosePacking(spng_ctx* context) {
+  require(spng_set_option(context, SPNG_FILTER_CHOICE, SPNG_FILTER_CHOICE_UP));
+  require(spng_set_option(context, SPNG_IMG_COMPRESSION_LEVEL, Z_BEST_SPEED));
+  require(spng_set_option(context, SPNG_IMG_COMPRESSION_STRATEGY, Z_RLE));
 }
 
-Bytes header(std::uint32_t width, std::uint32_t height, std::uint8_t bitDepth, ColorType color) {
-  Bytes data;
-  append32(data, width);
-  append32(data, height);
-  data.insert(data.end(), {bitDepth, static_cast<std::uint8_t>(color), 0, 0, 0});  // deflate, adaptive filters, not interlaced
-  return data;
+void requireSize(const spng_ihdr& header, std::size_t bytesPerPixel, std::size_t bytes) {
+  constexpr std::uint32_t longestSide = 0x7FFFFFFF;  // of the format
+  if (header.width == 0 || header.height == 0) throw std::invalid_argument("a PNG picture has at least one pixel");
+  if (header.width > longestSide || header.height > longestSide) throw std::length_error("the picture is too large for a PNG file");
+  const bool whole = bytes % bytesPerPixel == 0;
+  if (!whole || std::uint64_t{header.width} * header.height != bytes / bytesPerPixel)
+    throw std::invalid_argument("the pixels do not match the size of the picture");
 }
 
-// Each row is stored as the differences to the row above (filter 2), which pictures of a camera pack better as than as they are.
-Bytes filterRows(std::span<const std::uint8_t> samples, std::size_t rowBytes) {
-  constexpr std::uint8_t differenceToRowAbove = 2;
-  Bytes filtered;
-  filtered.reserve(samples.size() + samples.size() / rowBytes);
-  for (std::size_t row = 0; row < samples.size(); row += rowBytes) {
-    filtered.push_back(differenceToRowAbove);
-    for (std::size_t i = row; i < row + rowBytes; ++i) {
-      const std::uint8_t above = row == 0 ? std::uint8_t{0} : samples[i - rowBytes];
-      filtered.push_back(static_cast<std::uint8_t>(samples[i] - above));
-    }
+// The library keeps where they are until it has written them.
+void addTexts(spng_ctx* context, std::span<const Text> texts) {
+  std::vector<spng_text> chunks;
+  for (const Text& text : texts) {
+    spng_text& chunk = chunks.emplace_back();
+    if (text.keyword.empty() || text.keyword.size() >= sizeof chunk.keyword)
+      throw std::invalid_argument("the keyword of a text has 1 to 79 characters");
+    text.keyword.copy(chunk.keyword, text.keyword.size());
+    chunk.type = SPNG_TEXT;
+    chunk.length = text.text.size();
+    chunk.text = const_cast<char*>(text.text.data());
   }
-  return filtered;
+  if (!chunks.empty() && spng_set_text(context, chunks.data(), static_cast<std::uint32_t>(chunks.size())) != SPNG_OK)
+    throw std::invalid_argument("the text cannot be written to a PNG file");
 }
 
-// Packs runs only: the differences of a noisy picture have no repetitions that are worth a search, those of a pattern are runs.
-Bytes deflated(Bytes data) {
-  constexpr int windowBits = 15;
-  constexpr int memoryLevel = 9;
-  z_stream stream{};
-  if (deflateInit2(&stream, Z_BEST_SPEED, Z_DEFLATED, windowBits, memoryLevel, Z_RLE) != Z_OK) throw std::bad_alloc();
-  const std::unique_ptr<z_stream, decltype(&deflateEnd)> ended(&stream, deflateEnd);
-  Bytes packed(deflateBound(&stream, static_cast<uLong>(data.size())));
-  stream.next_in = data.data();
-  stream.avail_in = static_cast<uInt>(data.size());
-  stream.next_out = packed.data();
-  stream.avail_out = static_cast<uInt>(packed.size());
-  if (deflate(&stream, Z_FINISH) != Z_STREAM_END) throw std::runtime_error("zlib cannot pack the picture");
-  packed.resize(stream.total_out);
-  return packed;
+std::vector<std::uint8_t> takeFile(spng_ctx* context) {
+  std::size_t size = 0;
+  int result = SPNG_OK;
+  const std::unique_ptr<void, Free> file(spng_get_png_buffer(context, &size, &result));
+  require(result);
+  const auto* bytes = static_cast<const std::uint8_t*>(file.get());
+  return {bytes, bytes + size};
 }
 
-void requireSize(std::uint32_t width, std::uint32_t height, std::uint64_t bytesPerPixel, std::size_t bytes) {
-  if (width == 0 || height == 0) throw std::invalid_argument("a PNG picture has at least one pixel");
-  const std::uint64_t rowBytes = width * bytesPerPixel;
-  if (rowBytes > maximumLength || (rowBytes + 1) * height > maximumLength)
-    throw std::length_error("the picture is too large for a PNG file");
-  if (rowBytes * height != bytes) throw std::invalid_argument("the pixels do not match the size of the picture");
-}
-
-Bytes encode(std::uint32_t width, std::uint32_t height, std::uint8_t bitDepth, ColorType color, std::span<const std::uint8_t> samples) {
-  const std::size_t bytesPerPixel = (color == ColorType::rgb ? 3U : 1U) * bitDepth / 8U;
-  requireSize(width, height, bytesPerPixel, samples.size());
-  Bytes file(signature.begin(), signature.end());
-  appendChunk(file, "IHDR", header(width, height, bitDepth, color));
-  appendChunk(file, "IDAT", deflated(filterRows(samples, width * bytesPerPixel)));
-  appendChunk(file, "IEND", {});
-  return file;
+// Samples of 16 bits are numbers of this machine.
+std::vector<std::uint8_t> encode(spng_ihdr header, std::span<const std::byte> samples, std::span<const Text> texts) {
+  requireSize(header, (header.color_type == SPNG_COLOR_TYPE_TRUECOLOR ? 3U : 1U) * header.bit_depth / 8U, samples.size());
+  const Context context = makeContext(SPNG_CTX_ENCODER);
+  require(spng_set_option(context.get(), SPNG_ENCODE_TO_BUFFER, 1));
+  require(spng_set_ihdr(context.get(), &header));
+  choosePacking(context.get());
+  addTexts(context.get(), texts);
+  require(spng_encode_image(context.get(), samples.data(), samples.size(), SPNG_FMT_PNG, SPNG_ENCODE_FINALIZE));
+  return takeFile(context.get());
 }
 
 }  // namespace
 
-Bytes encodePngGray8(std::uint32_t width, std::uint32_t height, std::span<const std::uint8_t> pixels) {
-  return encode(width, height, 8, ColorType::gray, pixels);
+std::vector<std::uint8_t> encodePngGray8(std::uint32_t width, std::uint32_t height, std::span<const std::uint8_t> pixels) {
+  return encode({width, height, 8, SPNG_COLOR_TYPE_GRAYSCALE, 0, 0, 0}, std::as_bytes(pixels), {});
 }
 
-Bytes encodePngGray16(std::uint32_t width, std::uint32_t height, std::span<const std::uint16_t> pixels) {
-  Bytes samples;  // most significant byte first
-  samples.reserve(pixels.size() * 2);
-  for (const std::uint16_t pixel : pixels) {
-    samples.push_back(static_cast<std::uint8_t>(pixel >> 8));
-    samples.push_back(static_cast<std::uint8_t>(pixel & 0xFF));
-  }
-  return encode(width, height, 16, ColorType::gray, samples);
+std::vector<std::uint8_t> encodePngGray16(std::uint32_t width, std::uint32_t height, std::span<const std::uint16_t> pixels,
+                                          std::span<const Text> texts) {
+  return encode({width, height, 16, SPNG_COLOR_TYPE_GRAYSCALE, 0, 0, 0}, std::as_bytes(pixels), texts);
 }
 
-Bytes encodePngRgb24(std::uint32_t width, std::uint32_t height, std::span<const std::uint8_t> pixels) {
-  return encode(width, height, 8, ColorType::rgb, pixels);
+std::vector<std::uint8_t> encodePngRgb24(std::uint32_t width, std::uint32_t height, std::span<const std::uint8_t> pixels) {
+  return encode({width, height, 8, SPNG_COLOR_TYPE_TRUECOLOR, 0, 0, 0}, std::as_bytes(pixels), {});
 }
 
 }  // namespace fringix::png

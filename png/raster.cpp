@@ -38,6 +38,18 @@ Raster toRgb(Raster raster) {
   return {raster.width, raster.height, 3, std::move(samples)};
 }
 
+std::optional<Raster> toGray(Raster raster) {
+  if (raster.samplesPerPixel == 1) return raster;
+  std::vector<std::uint8_t> grays;
+  grays.reserve(raster.samples.size() / 3);
+  for (std::size_t i = 0; i < raster.samples.size(); i += 3) {
+    const std::uint8_t* pixel = &raster.samples[i];
+    if (pixel[0] != pixel[1] || pixel[0] != pixel[2]) return std::nullopt;
+    grays.push_back(pixel[0]);
+  }
+  return Raster{raster.width, raster.height, 1, std::move(grays)};
+}
+
 Raster reduced(const Raster& raster, std::uint32_t width, std::uint32_t height) {
   Raster result = filledRaster(width, height, raster.samplesPerPixel, 0);
   for (std::uint32_t y = 0; y < height; ++y) {

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace fringix::png {
@@ -22,6 +23,9 @@ Raster filledRaster(std::uint32_t width, std::uint32_t height, std::uint32_t sam
 
 // The same picture with 3 samples per pixel.
 Raster toRgb(Raster raster);
+
+// The same picture with 1 sample per pixel; nothing when it has colours.
+std::optional<Raster> toGray(Raster raster);
 
 // The picture reduced to a size that is no larger than its own; each pixel is the mean of those that it stands for.
 Raster reduced(const Raster& raster, std::uint32_t width, std::uint32_t height);

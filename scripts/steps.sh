@@ -11,7 +11,7 @@ refuse() {
 
 packages_for() { # PURPOSE
   case $1 in
-    linux-programs) echo cmake ninja-build ccache g++ zlib1g-dev libcli11-dev libfmt-dev nlohmann-json3-dev libeigen3-dev ;;
+    linux-programs) echo cmake ninja-build ccache g++ zlib1g-dev libcli11-dev libfmt-dev libstb-dev fonts-dejavu-core nlohmann-json3-dev libeigen3-dev ;;
     windows-programs) packages_for linux-programs && echo g++-mingw-w64-x86-64-posix libz-mingw-w64-dev ;;
     linux) packages_for linux-programs && echo googletest libgtk-3-dev ;;
     windows) packages_for linux && packages_for windows-programs && echo llvm ;;

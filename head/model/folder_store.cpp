@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include "files/files.h"
 #include "head/model/data_name.h"
 
 namespace fringix::head {
@@ -13,8 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Where a block arrives before it takes its place; no block has such a name.
-constexpr const char* incoming = ".incoming";
 constexpr const char* lockName = ".lock";
 
 // A link could lead out of the folder, so it is no block; neither is a pipe, at which a reader would wait.
@@ -34,13 +33,6 @@ fs::path made(fs::path folder) {
   fs::create_directories(folder, error);
   if (!fs::is_directory(folder, error)) throw std::runtime_error("cannot make the folder \"" + folder.string() + "\" for data blocks");
   return folder;
-}
-
-bool writeFile(const fs::path& file, const Block& block) {
-  std::ofstream output(file, std::ios::binary | std::ios::trunc);
-  output.write(reinterpret_cast<const char*>(block.data()), static_cast<std::streamsize>(block.size()));
-  output.close();
-  return output.good();
 }
 
 }  // namespace
@@ -72,15 +64,12 @@ std::size_t FolderStore::sizeOf(const std::string& name) const {
 }
 
 Status FolderStore::write(const std::string& name, Block block) {
-  const fs::path arriving = folder_ / incoming;
-  std::error_code error;
-  fs::remove(arriving, error);
-  if (writeFile(arriving, block)) {
-    fs::rename(arriving, folder_ / name, error);
-    if (!error) return Status::ok;
+  try {
+    files::writeFile((folder_ / name).string(), block);
+    return Status::ok;
+  } catch (const std::runtime_error&) {
+    return Status::storageFailed;
   }
-  fs::remove(arriving, error);
-  return Status::storageFailed;
 }
 
 SharedBlock FolderStore::read(const std::string& name) const {

@@ -5,13 +5,14 @@
 #include <chrono>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "arguments/parse.h"
+#include "files/files.h"
 #include "platform/socket.h"
 
 namespace fringix::head {
@@ -48,8 +49,15 @@ std::chrono::milliseconds parseInterval(const std::string& text) {
 }
 
 SerialScript readSerialScript(const std::string& file) {
-  std::ifstream input(file);
-  if (!input) throw arguments::UsageError(fmt::format("cannot read the serial script \"{}\"", file));
+  constexpr std::uint64_t longestScript = 1 << 20;
+  const std::vector<std::uint8_t> bytes = [&] {
+    try {
+      return files::readFile(file, longestScript);
+    } catch (const std::runtime_error& error) {
+      throw arguments::UsageError(error.what());
+    }
+  }();
+  std::istringstream input(std::string(bytes.begin(), bytes.end()));
   try {
     return parseSerialScript(input);
   } catch (const std::runtime_error& error) {

@@ -4,9 +4,10 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <span>
+#include <stdexcept>
 
+#include "files/files.h"
 #include "png/png_writer.h"
 
 namespace fringix::head {
@@ -24,10 +25,11 @@ std::function<void(std::uint32_t, std::uint32_t, const Pattern&)> patternWriter(
   std::filesystem::create_directories(folder);
   return [folder = std::filesystem::path(folder), serial](std::uint32_t sequence, std::uint32_t image, const Pattern& pattern) {
     const std::filesystem::path path = folder / fmt::format("{}-{}-{:03}.png", serial, sequence, image);
-    const std::vector<std::uint8_t> png = encode(pattern);
-    std::ofstream file(path, std::ios::binary);
-    file.write(reinterpret_cast<const char*>(png.data()), static_cast<std::streamsize>(png.size()));
-    if (!file.flush()) fmt::print(stderr, "fringix-head: cannot write {}\n", path.string());
+    try {
+      files::writeFile(path.string(), encode(pattern));
+    } catch (const std::runtime_error& error) {
+      fmt::print(stderr, "fringix-head: {}\n", error.what());
+    }
   };
 }
 

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <thread>
 
 #include "head/model/data_name.h"
 #include "head/model/data_store.h"
@@ -175,9 +176,9 @@ TEST_F(FolderStoreTest, FollowsNoLinks) {
   fs::create_symlink(folder.path() / "secret", blocks / "link", error);
   if (error) GTEST_SKIP() << "no links here: " << error.message();
   EXPECT_EQ(blockOf(*store, "link"), nullptr);
-  EXPECT_EQ(store->save("link", {1}), Status::ok) << "it takes the link's place";
+  EXPECT_EQ(store->save("link", {1}), Status::storageFailed) << "whoever made the link may still need it";
+  EXPECT_EQ(fs::read_symlink(blocks / "link"), folder.path() / "secret");
   EXPECT_EQ(fs::file_size(folder.path() / "secret"), 6U);
-  EXPECT_EQ(*blockOf(*store, "link"), Block{1});
 }
 
 TEST_F(FolderStoreTest, TellsThatTheFolderCannotBeWritten) {
@@ -210,6 +211,27 @@ TEST_F(FolderStoreTest, AFolderThatCannotBeWrittenNeedsNoLock) {
   settings.storage = "/sys";
   if (!fs::is_directory(settings.storage)) GTEST_SKIP() << "no folder here is closed to everybody";
   EXPECT_EQ(makeDataStore(settings)->save("a", {1}), Status::storageFailed);
+}
+
+TEST_F(FolderStoreTest, TouchesNoFileThatABlockCannotHave) {
+  const auto store = open();
+  write(blocks / ".incoming", "of somebody else");
+  EXPECT_EQ(store->save("a", {1}), Status::ok);
+  EXPECT_EQ(fs::file_size(blocks / ".incoming"), 16U);
+  EXPECT_EQ(files(), 2U);
+}
+
+TEST_F(FolderStoreTest, SavingFromManyThreadsLeavesWholeBlocks) {
+  const auto store = open();
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < 2; ++thread) {
+    threads.emplace_back([&store] {
+      for (int i = 0; i < 50; ++i) EXPECT_EQ(store->save("a", Block(90, 7)), Status::ok);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(*blockOf(*store, "a"), Block(90, 7));
+  EXPECT_EQ(files(), 1U);
 }
 
 TEST_F(FolderStoreTest, AFolderThatCannotBeMadeIsAnError) {

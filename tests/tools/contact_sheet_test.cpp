@@ -47,56 +47,68 @@ TEST(ContactSheet, LabelStaysBelowItsPicture) {
   const png::Raster sheet = makeContactSheet(wide, {.columns = 2, .pictureWidth = 100});
   EXPECT_EQ(pixelsOf(sheet, 200), 2U * 100 * 10) << "no label covers a picture";
   const auto cut = pixelsOf(sheet, 230);
-  for (LabelledPicture& picture : wide) picture.label = std::string(8, '#');
+  for (LabelledPicture& picture : wide) picture.label = std::string(100 / letterPitch, '#');
   EXPECT_EQ(pixelsOf(makeContactSheet(wide, {.columns = 2, .pictureWidth = 100}), 230), cut);
 }
 
-TEST(Lettering, DrawsDots) {
-  png::Raster raster = png::filledRaster(6, 7, 1, 0);
-  drawText(raster, 0, 0, 1, "T", 9);
-  const std::vector<std::uint8_t> expected{
-      9, 9, 9, 9, 9, 0,  //
-      0, 0, 9, 0, 0, 0,  //
-      0, 0, 9, 0, 0, 0,  //
-      0, 0, 9, 0, 0, 0,  //
-      0, 0, 9, 0, 0, 0,  //
-      0, 0, 9, 0, 0, 0,  //
-      0, 0, 9, 0, 0, 0,
-  };
-  EXPECT_EQ(raster.samples, expected);
+std::vector<std::uint8_t> drawn(const std::string& text) {
+  png::Raster raster = png::filledRaster(3 * letterPitch, letterHeight, 1, 0);
+  drawText(raster, 0, 0, charactersOf(text), 200);
+  return raster.samples;
 }
 
-TEST(Lettering, SmallLettersAreCapitals) {
-  png::Raster small = png::filledRaster(200, 7, 1, 0);
-  png::Raster capital = small;
-  drawText(small, 0, 0, 1, "abcdefghijklmnopqrstuvwxyz", 9);
-  drawText(capital, 0, 0, 1, "ABCDEFGHIJKLMNOPQRSTUVWXYZ", 9);
-  EXPECT_EQ(small.samples, capital.samples);
+// A row of the picture as text: '#' where it has the full shade.
+std::string rowOf(const std::vector<std::uint8_t>& samples, std::size_t row) {
+  std::string text;
+  for (std::size_t x = 0; x < letterPitch; ++x) text.push_back(samples[row * 3 * letterPitch + x] > 100 ? '#' : '.');
+  return text;
+}
+
+TEST(Lettering, CharactersAreWhereTheyAreExpected) {
+  EXPECT_EQ(drawn(" "), std::vector<std::uint8_t>(std::size_t{3} * letterPitch * letterHeight));
+  const auto bar = drawn("_");
+  std::size_t inked = 0;
+  for (std::size_t row = 0; row < letterHeight; ++row) inked += rowOf(bar, row).find('#') != std::string::npos ? row : 0;
+  EXPECT_GT(inked, letterHeight * 3 / 4) << "an underscore lies at the bottom";
+  EXPECT_NE(drawn(" T"), drawn("T"));
 }
 
 TEST(Lettering, NoTwoCharactersLookAlike) {
   std::vector<std::vector<std::uint8_t>> drawings;
-  for (const char character : std::string("ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789 .,:-_/()+=%#?")) {
-    png::Raster raster = png::filledRaster(5, 7, 1, 0);
-    drawText(raster, 0, 0, 1, std::string(1, character), 1);
-    EXPECT_EQ(std::count(drawings.begin(), drawings.end(), raster.samples), 0) << character;
+  const std::string text =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789 .,:;-_/()+=%#?!\u00E4\u00F6\u00FC\u00DF\u00E9\u00E8\u00F1\u0142"
+      "\u03C6\u0416";
+  for (const char32_t character : charactersOf(text)) {
+    png::Raster raster = png::filledRaster(letterPitch, letterHeight, 1, 0);
+    drawText(raster, 0, 0, std::u32string(1, character), 200);
+    EXPECT_EQ(std::count(drawings.begin(), drawings.end(), raster.samples), 0) << static_cast<unsigned>(character);
     drawings.push_back(raster.samples);
   }
 }
 
+TEST(Lettering, AccentOfItsOwnGoesOnTheLetterBefore) {
+  const auto composed = drawn("e\u0301x");
+  EXPECT_NE(composed, drawn("ex"));
+  const std::size_t place = 2 * letterPitch;  // the third letter's: nothing moves
+  for (std::size_t row = 0; row < letterHeight; ++row) {
+    for (std::size_t x = place; x < place + letterPitch; ++x) EXPECT_EQ(composed[row * 3 * letterPitch + x], 0);
+  }
+}
+
+TEST(Lettering, TextIsReadAsUtf8) {
+  EXPECT_EQ(charactersOf("a\u00E9\u20AC\U0001F600"), U"a\u00E9\u20AC\U0001F600");
+  EXPECT_EQ(charactersOf("\xE9z"), U"\uFFFDz") << "Latin-1 is none";
+  EXPECT_EQ(charactersOf("\xFF\x80\xC0"), U"\uFFFD\uFFFD\uFFFD");
+  EXPECT_EQ(charactersOf("\xE2\x82"), U"\uFFFD") << "cut";
+}
+
+TEST(Lettering, UnknownCharacterIsABox) { EXPECT_NE(drawn("\U0010FFFF"), drawn(" ")); }
+
 TEST(Lettering, WhatLiesOutsideIsLeftOut) {
   png::Raster raster = png::filledRaster(8, 4, 3, 0);
-  drawText(raster, 4, 2, 3, "####", 1);
+  drawText(raster, 4, 2, U"####", 1);
   EXPECT_EQ(raster.samples.size(), 8U * 4 * 3);
 }
-
-TEST(Raster, ReducedPixelsAreMeans) {
-  const png::Raster raster{4, 2, 1, {0, 2, 100, 100, 4, 6, 100, 104}};
-  EXPECT_EQ(png::reduced(raster, 2, 1).samples, (std::vector<std::uint8_t>{3, 101}));
-  EXPECT_EQ(png::reduced({3, 1, 1, {10, 20, 40}}, 2, 1).samples, (std::vector<std::uint8_t>{10, 30})) << "shares that do not come out even";
-}
-
-TEST(Raster, GrayAsRgb) { EXPECT_EQ(png::toRgb({2, 1, 1, {1, 2}}).samples, (std::vector<std::uint8_t>{1, 1, 1, 2, 2, 2})); }
 
 }  // namespace
 }  // namespace fringix::tool

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "head/serving/head_server.h"
-#include "png_decoder.h"
+#include "png/png_decoder.h"
 #include "program.h"
 #include "small_head.h"
 

@@ -6,7 +6,7 @@
 #include <sstream>
 
 #include "head/serving/head_server.h"
-#include "png_decoder.h"
+#include "png/png_decoder.h"
 #include "program.h"
 #include "small_head.h"
 #include "support/json.h"

@@ -4,32 +4,20 @@
 #include <filesystem>
 #include <string>
 
+#include "support/scratch_folder.h"
+
 namespace fringix::test {
 
 struct Outcome {
   int exitCode = -1;
-  std::string output;
+  std::string output;  // as text
   std::string errors;
+  std::string bytes;  // of the output as they are
 };
 
 // Words of `arguments` with blanks are to be in double quotes.
 Outcome runProgram(const std::filesystem::path& program, const std::string& arguments);
 
-// A folder of its own for each test, removed afterwards.
-class ScratchFolder {
- public:
-  ScratchFolder();
-  ~ScratchFolder();
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-
-  std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
-
- private:
-  std::filesystem::path path_;
-};
-
-std::string readBytes(const std::filesystem::path& path);
 std::string readText(const std::filesystem::path& path);  // with line ends as C has them
 std::string inQuotes(const std::filesystem::path& path);
 

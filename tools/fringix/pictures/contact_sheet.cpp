@@ -11,8 +11,7 @@ namespace fringix::tool {
 namespace {
 
 constexpr std::uint32_t margin = 12;
-constexpr std::uint32_t letterScale = 2;
-constexpr std::uint32_t labelHeight = letterHeight * letterScale + margin / 2;
+constexpr std::uint32_t labelHeight = letterHeight + margin / 2;
 constexpr std::uint8_t paper = 40;
 constexpr std::uint8_t ink = 230;
 
@@ -39,8 +38,8 @@ class Sheet {
       const std::uint32_t x = static_cast<std::uint32_t>(i % columns_) * place_ + margin;
       const std::uint32_t y = tops[i / columns_];
       png::paste(sheet, thumbnails[i], x, y);
-      const std::string label = pictures[i].label.substr(0, (place_ - margin) / (letterPitch * letterScale));
-      drawText(sheet, x, y + thumbnails[i].height + margin / 2, letterScale, label, ink);
+      const std::u32string label = charactersOf(pictures[i].label).substr(0, (place_ - margin) / letterPitch);
+      drawText(sheet, x, y + thumbnails[i].height + margin / 2, label, ink);
     }
     return sheet;
   }

@@ -10,7 +10,7 @@
 namespace fringix::tool {
 
 struct LabelledPicture {
-  std::string label;  // cut where it is wider than the picture's place
+  std::string label;  // UTF-8; cut where it is wider than the picture's place
   png::Raster raster;
 };
 

@@ -14,6 +14,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+constexpr std::uint64_t largestBlock = 0x7FFFFFFF;  // its size is a signed number of 32 bits
+
 struct DataOptions {
   std::string name;
   std::string file;
@@ -29,7 +31,7 @@ std::string describe(std::size_t size, Clock::time_point start) {
 }
 
 void save(const DataOptions& options, Context& context) {
-  const std::vector<std::uint8_t> bytes = files::readFile(options.file);
+  const std::vector<std::uint8_t> bytes = files::readFile(options.file, largestBlock);
   if (bytes.empty()) throw std::runtime_error(fmt::format("\"{}\" is empty, but a block has at least one byte", options.file));
   const Device head = openHead(context);
   const auto start = Clock::now();
@@ -54,7 +56,7 @@ void load(const DataOptions& options, Context& context) {
   }
   const std::string description = describe(bytes.size(), start);
   files::writeFile(options.file, bytes);
-  fmt::print("{}: loaded {}\n", options.file, description);
+  fmt::print(files::reportStream(options.file), "{}: loaded {}\n", options.file, description);
 }
 
 void defineSave(arguments::Command& command, Context& context) {
@@ -69,7 +71,7 @@ void defineLoad(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<DataOptions>();
   addAddress(command, context);
   addName(command, *options);
-  command.option("-o,--output", &options->file, "File to write").required().valueName("FILE");
+  command.option("-o,--output", &options->file, "File to write; - is standard output").required().valueName("FILE");
   command.run([options, &context] { load(*options, context); });
 }
 

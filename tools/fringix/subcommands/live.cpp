@@ -24,6 +24,7 @@ Image fetchLive(const Device& device, const LiveOptions& options) {
 }
 
 void fetchLivePictures(const LiveOptions& options, Context& context) {
+  requirePictureOutput(options.picture.output, options.count);
   const auto path = [&](std::size_t i) {
     return options.count == 1 ? options.picture.output : files::numberedPath(options.picture.output, i + 1, options.count);
   };

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <memory>
+#include <optional>
 
 #include "png/png_reader.h"
 #include "subcommands/subcommand.h"
@@ -14,12 +15,12 @@ struct MaskOptions {
 };
 
 Image readMask(const std::string& file) {
-  png::Raster raster = png::readPng(file);
-  if (raster.samplesPerPixel != 1) throw std::runtime_error(fmt::format("\"{}\" has colours: save the mask as a gray picture", file));
+  std::optional<png::Raster> raster = png::toGray(png::readPng(file));
+  if (!raster) throw std::runtime_error(fmt::format("\"{}\" has colours: save the mask as a gray picture", file));
   Image mask;
-  mask.width = raster.width;
-  mask.height = raster.height;
-  mask.pixels = std::move(raster.samples);
+  mask.width = raster->width;
+  mask.height = raster->height;
+  mask.pixels = std::move(raster->samples);
   return mask;
 }
 
@@ -33,7 +34,7 @@ void setMask(const MaskOptions& options, Context& context) {
 void defineMask(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<MaskOptions>();
   addAddress(command, context);
-  command.positional("MASK", &options->mask, "PNG file: gray, 8 bits per sample, not interlaced; \"clear\" removes the mask").required();
+  command.positional("MASK", &options->mask, "PNG file without colours; \"clear\" removes the mask").required();
   command.option("--selector", &options->selector, "Which mask, as the head counts them, 0 unless told otherwise").valueName("N");
   command.run([options, &context] { options->mask == "clear" ? openHead(context).clearMask() : setMask(*options, context); });
 }

@@ -62,8 +62,7 @@ void upload(const PatternOptions& options, Context& context) {
 void defineUpload(arguments::Command& command, const std::shared_ptr<PatternOptions>& options, Context& context) {
   addAddress(command, context);
   addSequence(command, *options);
-  command.positional("FILE", &options->files, "PNG files of the projector's size: gray or RGB, 8 bits per sample, not interlaced")
-      .required();
+  command.positional("FILE", &options->files, "PNG files of the projector's size").required();
   command.option("--first", &options->index, "Place of the first file in the sequence, 0 unless told otherwise; the others follow it")
       .valueName("N")
       .range(0, 255);

@@ -26,6 +26,7 @@ void fetchStoredPictures(const StoredOptions& options, Context& context) {
   const std::size_t last = options.index + options.count - 1;
   if (last > largestIndex)
     throw arguments::UsageError("--count", "the last stored picture would be number " + std::to_string(last) + ", above 255");
+  requirePictureOutput(options.picture.output, options.count);
   const auto path = [&](std::size_t i) {
     return options.count == 1 ? options.picture.output : files::numberedPath(options.picture.output, options.index + i, last);
   };

@@ -2,10 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <string_view>
 #include <system_error>
+
+#include "console/terminal.h"
+#include "files/files.h"
 
 namespace fringix::tool {
 namespace {
@@ -31,10 +35,31 @@ Region parseRegion(const std::string& text) {
   return {numbers[0], numbers[1], numbers[2], numbers[3]};
 }
 
+bool isPngName(std::string path) {
+  constexpr std::string_view extension = ".png";
+  std::transform(path.begin(), path.end(), path.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  return path.ends_with(extension);
+}
+
+std::string complaintAboutOutput(const std::string& output, std::size_t count) {
+  if (output != files::standardOutput)
+    return isPngName(output) ? "" : fmt::format("\"{}\" is no name of a PNG file: let it end in .png", output);
+  if (count > 1) return fmt::format("{} pictures are too many for standard output: name a file, or fetch one", count);
+  return isTerminal(stdout) ? "a terminal cannot show a PNG file: lead standard output to a file or a program" : "";
+}
+
 }  // namespace
 
+void requirePictureOutput(const std::string& output, std::size_t count) {
+  if (const std::string complaint = complaintAboutOutput(output, count); !complaint.empty())
+    throw arguments::UsageError("--output", complaint);
+}
+
 void addPictureOptions(arguments::Command& command, PictureOptions& options) {
-  command.option("-o,--output", &options.output, fmt::format("PNG file to write, {} unless told otherwise", options.output))
+  command
+      .option("-o,--output", &options.output,
+              fmt::format("PNG file to write, - is standard output, {} unless told otherwise", options.output))
       .valueName("FILE");
   command.option("--channel", &options.channel, "Camera channel, 0 unless told otherwise").valueName("N");
   command

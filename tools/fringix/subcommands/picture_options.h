@@ -19,4 +19,7 @@ struct PictureOptions {
 // `options` lives as long as `command` and holds the default output.
 void addPictureOptions(arguments::Command& command, PictureOptions& options);
 
+// Wrong usage unless as many pictures can go there: to PNG files, or one to standard output.
+void requirePictureOutput(const std::string& output, std::size_t count);
+
 }  // namespace fringix::tool

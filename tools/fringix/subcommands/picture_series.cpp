@@ -39,13 +39,14 @@ Outcome fetchAll(const PictureSeries& series, const Device& device) {
 
 void report(const PictureSeries& series, const Outcome& outcome) {
   const auto [width, height] = outcome.size;
+  std::FILE* stream = files::reportStream(series.path(0));
   if (series.count == 1) {
-    fmt::print("{}: {} x {} pixels, fetched in {:.1f} ms\n", series.path(0), width, height, outcome.fetching.count() * 1000);
+    fmt::print(stream, "{}: {} x {} pixels, fetched in {:.1f} ms\n", series.path(0), width, height, outcome.fetching.count() * 1000);
     return;
   }
   const auto rate = [&](Seconds time) { return static_cast<double>(series.count) / time.count(); };
-  fmt::print("{} to {}: {} x {} pixels\n", series.path(0), series.path(series.count - 1), width, height);
-  fmt::print("{} pictures, {:.1f} frames/s fetched, {:.1f} frames/s with writing the files\n", series.count, rate(outcome.fetching),
+  fmt::print(stream, "{} to {}: {} x {} pixels\n", series.path(0), series.path(series.count - 1), width, height);
+  fmt::print(stream, "{} pictures, {:.1f} frames/s fetched, {:.1f} frames/s with writing the files\n", series.count, rate(outcome.fetching),
              rate(outcome.total));
 }
 

@@ -8,6 +8,7 @@
 #include "pictures/contact_sheet.h"
 #include "png/png_reader.h"
 #include "png/png_writer.h"
+#include "subcommands/picture_options.h"
 #include "subcommands/subcommand.h"
 
 namespace fringix::tool {
@@ -20,10 +21,20 @@ struct SheetOptions {
   SheetLayout layout;
 };
 
+// Else a name that was left out, or a pattern such as *.png, would cost a picture.
+void requireNoInput(const SheetOptions& options) {
+  for (const std::string& file : options.files) {
+    if (files::isSameFile(file, options.output))
+      throw std::runtime_error(fmt::format("\"{}\" is a picture for the sheet: name another file with -o", options.output));
+  }
+}
+
 void makeSheet(const SheetOptions& options) {
   if (!options.labels.empty() && options.labels.size() != options.files.size()) {
     throw arguments::UsageError("--label", fmt::format("{} labels for {} files", options.labels.size(), options.files.size()));
   }
+  requirePictureOutput(options.output, 1);
+  requireNoInput(options);
   files::requireWritable(options.output);
   std::vector<LabelledPicture> pictures;
   for (std::size_t i = 0; i < options.files.size(); ++i) {
@@ -32,15 +43,17 @@ void makeSheet(const SheetOptions& options) {
   }
   const png::Raster sheet = makeContactSheet(pictures, options.layout);
   files::writeFile(options.output, png::encodePngRgb24(sheet.width, sheet.height, sheet.samples));
-  fmt::print("{}: {} pictures on {} x {} pixels\n", options.output, pictures.size(), sheet.width, sheet.height);
+  fmt::print(files::reportStream(options.output), "{}: {} pictures on {} x {} pixels\n", options.output, pictures.size(), sheet.width,
+             sheet.height);
 }
 
 }  // namespace
 
 void defineSheet(arguments::Command& command, Context&) {
   const auto options = std::make_shared<SheetOptions>();
-  command.positional("FILE", &options->files, "PNG files: gray or RGB, 8 bits per sample, not interlaced").required();
-  command.option("-o,--output", &options->output, "PNG file to write, sheet.png unless told otherwise").valueName("FILE");
+  command.positional("FILE", &options->files, "PNG files").required();
+  command.option("-o,--output", &options->output, "PNG file to write, - is standard output, sheet.png unless told otherwise")
+      .valueName("FILE");
   command.option("-l,--label", &options->labels, "Label of a picture, given once for each file in the same order; else the file's name")
       .valueName("TEXT")
       .oneAtATime();

@@ -43,8 +43,7 @@ void show(const ShowOptions& options, Context& context) {
 void defineShow(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<ShowOptions>();
   addAddress(command, context);
-  command.positional("IMAGE", &options->image,
-                     R"(PNG file, no larger than the projector: gray or RGB, 8 bits per sample, not interlaced; or "black", or "white")");
+  command.positional("IMAGE", &options->image, R"(PNG file, no larger than the projector; or "black", or "white")");
   command.option("--sequence", &options->stored, "Show an image of a sequence on the head: the sequence's number, the image's number")
       .valueCount(2)
       .valueName("N N");

@@ -1,4 +1,4 @@
-#include "png_decoder.h"
+#include "png/png_decoder.h"
 
 #include <zlib.h>
 
@@ -18,17 +18,31 @@ std::uint32_t big32(std::string_view bytes) {
   return value;
 }
 
-// Takes the next chunk off the front of `file` and gives its data.
-std::string_view takeChunk(std::string_view& file, std::string_view type) {
+struct Chunk {
+  std::string type;
+  std::string data;
+};
+
+// Takes the next chunk off the front of `file`.
+Chunk takeChunk(std::string_view& file) {
   expect(file.size() >= 12, "ends within a chunk");
   const std::size_t length = big32(file);
   expect(file.size() - 12 >= length, "chunk longer than the file");
-  expect(file.substr(4, 4) == type, "other chunk than expected");
   const std::string_view checked = file.substr(4, 4 + length);
   const uLong sum = crc32(0, reinterpret_cast<const Bytef*>(checked.data()), static_cast<uInt>(checked.size()));
   expect(big32(file.substr(8 + length)) == sum, "check sum of a chunk");
   file.remove_prefix(12 + length);
-  return checked.substr(4);
+  return {std::string(checked.substr(0, 4)), std::string(checked.substr(4))};
+}
+
+DecodedPng readHeader(const Chunk& chunk) {
+  expect(chunk.type == "IHDR" && chunk.data.size() == 13 && chunk.data.substr(10) == std::string(3, '\0'), "header");
+  return {big32(chunk.data),
+          big32(std::string_view(chunk.data).substr(4)),
+          static_cast<std::uint8_t>(chunk.data[8]),
+          static_cast<std::uint8_t>(chunk.data[9]),
+          {},
+          {}};
 }
 
 std::vector<std::uint8_t> inflated(std::string_view packed, std::size_t expectedSize) {
@@ -59,12 +73,17 @@ DecodedPng decodePng(std::string_view file) {
   constexpr std::string_view signature("\x89PNG\r\n\x1A\n");
   expect(file.substr(0, signature.size()) == signature, "signature");
   file.remove_prefix(signature.size());
-  const std::string_view header = takeChunk(file, "IHDR");
-  expect(header.size() == 13 && header.substr(10) == std::string_view("\0\0\0", 3), "header");
-  DecodedPng png{big32(header), big32(header.substr(4)), static_cast<std::uint8_t>(header[8]), static_cast<std::uint8_t>(header[9]), {}};
+  DecodedPng png = readHeader(takeChunk(file));
+  std::string packed;
+  Chunk chunk = takeChunk(file);
+  for (; chunk.type != "IEND"; chunk = takeChunk(file)) {
+    expect(chunk.type == "IDAT" || chunk.type == "tEXt", "other chunk than expected");
+    if (chunk.type == "IDAT") packed += chunk.data;
+    if (chunk.type == "tEXt") png.texts[chunk.data.c_str()] = chunk.data.substr(chunk.data.find('\0') + 1);
+  }
+  expect(chunk.data.empty() && file.empty(), "end");
   const std::size_t rowBytes = std::size_t{png.width} * (png.colorType == 2 ? 3 : 1) * png.bitDepth / 8;
-  png.samples = unfiltered(inflated(takeChunk(file, "IDAT"), (rowBytes + 1) * png.height), rowBytes);
-  expect(takeChunk(file, "IEND").empty() && file.empty(), "end");
+  png.samples = unfiltered(inflated(packed, (rowBytes + 1) * png.height), rowBytes);
   return png;
 }
 

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -12,7 +14,8 @@ struct DecodedPng {
   std::uint32_t height = 0;
   unsigned bitDepth = 0;
   unsigned colorType = 0;
-  std::vector<std::uint8_t> samples;  // as in the file: 16-bit values have their most significant byte first
+  std::map<std::string, std::string> texts;  // by keyword
+  std::vector<std::uint8_t> samples;         // as in the file: 16-bit values have their most significant byte first
 };
 
 // Throws std::runtime_error at the first byte that is not as the format wants it. Not interlaced pictures with 8 or 16 bits per

@@ -10,3 +10,16 @@ function(fringix_borrow target header_folder)
     target_include_directories(${target} SYSTEM INTERFACE ${FRINGIX_BORROWED_DIR}/${target})
   endif()
 endfunction()
+
+# Libraries whose packages hold no sources: `variable` becomes the folder with those that the package is built from. All presets
+# share it.
+function(fringix_fetch variable)
+  cmake_parse_arguments(PARSE_ARGV 1 source "" "PACKAGE;FILE;SHA256" "")
+  set(folder ${CMAKE_SOURCE_DIR}/build/sources/${source_FILE})
+  string(REGEX REPLACE "[.]orig[.].*$" "" folder ${folder})
+  if(NOT EXISTS ${folder})
+    execute_process(COMMAND ${CMAKE_SOURCE_DIR}/scripts/fetch-source ${source_PACKAGE} ${source_FILE} ${source_SHA256} ${folder}
+      COMMAND_ERROR_IS_FATAL ANY)
+  endif()
+  set(${variable} ${folder} PARENT_SCOPE)
+endfunction()
