@@ -16,6 +16,7 @@ namespace fringix::head {
 namespace {
 
 constexpr std::size_t mostTriangles = 5'000'000;
+constexpr std::uint64_t largestFile = std::uint64_t{1} << 30;
 
 std::string endingOf(const std::string& name) {
   std::string ending = std::filesystem::path(name).extension().string();
@@ -41,7 +42,7 @@ void check(const MeshData& mesh) {
 bool isMeshFile(const std::string& name) { return endingOf(name) == ".ply" || endingOf(name) == ".stl"; }
 
 MeshData readMesh(const std::string& file) {
-  const std::vector<std::uint8_t> bytes = files::readFile(file);
+  const std::vector<std::uint8_t> bytes = files::readFile(file, largestFile);
   try {
     const std::string_view content(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     MeshData mesh = endingOf(file) == ".ply" ? parsePly(content) : parseStl(content);
