@@ -2,12 +2,12 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "../program.h"
+#include "../small_head.h"
 #include "files/files.h"
 #include "head/serving/head_server.h"
 #include "png/png_decoder.h"
 #include "png/png_writer.h"
-#include "program.h"
-#include "small_head.h"
 #include "support/child_process.h"
 #include "support/eventually.h"
 #include "support/posix/small_disk.h"
