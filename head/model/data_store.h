@@ -40,14 +40,14 @@ class DataStore {
   Status save(const std::string& name, Block block);  // in place of an older one
   LentBlock load(const std::string& name, MemoryBudget& budget) const;
 
+  // What the head itself has under a name, as long as no client has saved a block there. Takes none of the capacity.
+  void provide(const std::string& name, Block block);
+
  protected:
   struct Content {
     std::uint64_t bytes = 0;
     std::size_t blocks = 0;
   };
-
-  // What the head itself has under a name, as long as no client has saved a block there. Takes none of the capacity.
-  void provide(const std::string& name, Block block);
 
  private:
   SharedBlock own(const std::string& name) const;

@@ -205,9 +205,9 @@ TEST(ImperfectionTest, BothCamerasOfAMeasurementSeeTheBallAtTheSameMoment) {
   ASSERT_EQ(measuring.allocateSequence(1, id), Status::ok);
   measuring.putImage(id, 0, makeUniform(projector, 255));
   ASSERT_EQ(measuring.measureImage(id, 0), Status::ok);
-  Picture second;
-  ASSERT_TRUE(measuring.loadPicture({1, 0}, second));
-  EXPECT_EQ(differing(second, take(taking, 1)), 0U) << "the first moment of another head";
+  const SharedPicture second = measuring.storedPicture({1, 0});
+  ASSERT_NE(second, nullptr);
+  EXPECT_EQ(differing(*second, take(taking, 1)), 0U) << "the first moment of another head";
 }
 
 TEST(ImperfectionTest, AllComesAgainWithTheSameSeed) {

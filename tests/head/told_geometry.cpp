@@ -27,7 +27,7 @@ double outside(const std::vector<Triple>& corners, const Triple& point) {
 double lengthOf(const Triple& a) { return std::sqrt(product(a, a)); }
 
 Json blockOf(HeadModel& model, const std::string& name) {
-  const SharedBlock block = model.data().load(name);
+  const SharedBlock block = model.data().load(name, model.transfers()).block;
   return Json(block == nullptr ? "" : std::string(block->begin(), block->end()));
 }
 
