@@ -1,6 +1,7 @@
 // Failures in words: what happened, with the status code and its name, and what to do next.
 #pragma once
 
+#include <cstdint>
 #include <fringix/fringix.hpp>
 #include <stdexcept>
 #include <string>
@@ -13,6 +14,8 @@ inline constexpr int commandPort = 44330;
 struct Explanation {
   std::string what;
   std::string next;
+  std::string kind = "failure";  // for programs: one word, or the name of the status
+  std::int32_t status = 0;       // of the library, where it was the library that failed
 };
 
 // A failure whose place knows how to explain it.

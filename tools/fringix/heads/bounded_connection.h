@@ -1,0 +1,36 @@
+// One TCP connection that is tried, not used: every step of it ends in time.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace fringix::tool {
+
+class BoundedConnection {
+ public:
+  using Clock = std::chrono::steady_clock;
+  enum class Outcome { done, refused, unreachable, timedOut, failed };
+
+  BoundedConnection();
+  ~BoundedConnection();
+  BoundedConnection(const BoundedConnection&) = delete;
+  BoundedConnection& operator=(const BoundedConnection&) = delete;
+
+  // `address` is dotted decimal. Once for each object.
+  Outcome connect(const std::string& address, std::uint16_t port, Clock::time_point until);
+  // What has come, at least one byte; `size` is 0 when the peer has ended the connection.
+  Outcome receive(void* buffer, std::size_t& size, Clock::time_point until);
+
+  std::string reason() const;  // of the last outcome that was not `done`, in the system's words
+
+ private:
+  Outcome fail(int error);
+  Outcome waitUntil(Clock::time_point until, bool forRoomToSend);
+
+  std::intptr_t socket_ = -1;
+  int error_ = 0;
+};
+
+}  // namespace fringix::tool
