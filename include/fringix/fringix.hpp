@@ -13,6 +13,7 @@
 #define FRINGIX_FRINGIX_HPP
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -60,6 +61,35 @@ class Error : public std::runtime_error {
 inline void check(const char* operation, std::int32_t status) {
   if (status != SLALL_OKAY) throw Error(operation, status);
 }
+
+// Is told of every call that the wrapper makes of a C function with a status, on the thread that makes it and from several threads at
+// once. Throws nothing.
+class CallObserver {
+ public:
+  virtual void begins(const char* operation) noexcept = 0;
+  virtual void ends(const char* operation, std::int32_t status) noexcept = 0;
+
+ protected:
+  ~CallObserver() = default;
+};
+
+namespace detail {
+
+inline std::atomic<CallObserver*> callObserver{nullptr};
+
+template <class Function, class... Arguments>
+std::int32_t observed(const char* operation, Function function, Arguments... arguments) {
+  CallObserver* const observer = callObserver.load();
+  if (observer != nullptr) observer->begins(operation);
+  const std::int32_t status = function(arguments...);
+  if (observer != nullptr) observer->ends(operation, status);
+  return status;
+}
+
+}  // namespace detail
+
+// One observer for the process, in place of the one before; it has to stay until no call is under way any more. Null for none.
+inline void observeCalls(CallObserver* observer) { detail::callObserver = observer; }
 
 struct Size {
   std::uint32_t width = 0;
@@ -129,11 +159,11 @@ struct FoundDevice {
 inline std::vector<FoundDevice> findDevices() {
   constexpr std::int32_t mostGiven = 256;
   std::int32_t count = 0;
-  check("SLGetDeviceKeyListSize", SLGetDeviceKeyListSize(&count));
+  check("SLGetDeviceKeyListSize", detail::observed("SLGetDeviceKeyListSize", SLGetDeviceKeyListSize, &count));
   std::vector<FoundDevice> found;
   for (std::int32_t index = 0; index < count && index < mostGiven; ++index) {
     DeviceKeyEntryEx entry{};
-    check("SLGetDeviceKeyListEntryEx", SLGetDeviceKeyListEntryEx(index, &entry));
+    check("SLGetDeviceKeyListEntryEx", detail::observed("SLGetDeviceKeyListEntryEx", SLGetDeviceKeyListEntryEx, index, &entry));
     found.push_back({entry.serial,
                      entry.modelName,
                      entry.ipAddress,
@@ -153,7 +183,7 @@ struct SelectedHead {
 // or where it cannot be shown. Throws SLCONNECTION_ERROR when the head that was picked does not answer any more.
 inline std::optional<SelectedHead> selectHead(void* parent = nullptr) {
   DeviceKeyEntry entry = {0, 0, nullptr};
-  check("SLShowDeviceDialog", SLShowDeviceDialog(parent, &entry));
+  check("SLShowDeviceDialog", detail::observed("SLShowDeviceDialog", SLShowDeviceDialog, parent, &entry));
   if (entry.ipAddress != nullptr) return SelectedHead{entry.serial, entry.info1, entry.ipAddress};
   if (entry.serial == -1) throw Error("SLShowDeviceDialog", SLCONNECTION_ERROR);
   return std::nullopt;
@@ -163,18 +193,20 @@ inline std::optional<SelectedHead> selectHead(void* parent = nullptr) {
 class Device {
  public:
   // Blocks while connecting: up to minutes where nothing answers.
-  explicit Device(const std::string& address) { check("SLDevAlloc", SLDevAlloc(address.c_str(), &handle_)); }
+  explicit Device(const std::string& address) {
+    check("SLDevAlloc", detail::observed("SLDevAlloc", SLDevAlloc, address.c_str(), &handle_));
+  }
   static Device open(const std::string& address) { return Device(address); }
 
   // Searches for the head as findDevices() does; throws SLCONNECTION_ERROR when none with this serial number answers.
   static Device openBySerial(std::int32_t serial) {
     Device device;
-    check("SLDevAllocBySerial", SLDevAllocBySerial(serial, &device.handle_));
+    check("SLDevAllocBySerial", detail::observed("SLDevAllocBySerial", SLDevAllocBySerial, serial, &device.handle_));
     return device;
   }
 
   ~Device() {
-    if (isOpen()) SLDevFree(handle_);
+    if (isOpen()) detail::observed("SLDevFree", SLDevFree, handle_);
   }
   Device(Device&& other) noexcept : handle_(std::exchange(other.handle_, closedHandle)) {}
   Device& operator=(Device&& other) noexcept {
@@ -190,7 +222,7 @@ class Device {
 
   // Ends the session now and tells how that went, which the destructor cannot. Closed in any case; closing twice is harmless.
   void close() {
-    if (isOpen()) check("SLDevFree", SLDevFree(std::exchange(handle_, closedHandle)));
+    if (isOpen()) check("SLDevFree", detail::observed("SLDevFree", SLDevFree, std::exchange(handle_, closedHandle)));
   }
 
   Key key() const {
@@ -295,7 +327,7 @@ class Device {
   std::vector<std::uint8_t> loadData(const std::string& fileName) const {
     std::uint8_t* block = nullptr;
     std::int32_t size = 0;
-    const std::int32_t status = SLLoadData(handle_, &block, &size, fileName.c_str());
+    const std::int32_t status = detail::observed("SLLoadData", SLLoadData, handle_, &block, &size, fileName.c_str());
     const std::unique_ptr<std::uint8_t, std::int32_t (*)(std::uint8_t*)> freedAtTheEnd(block, SLFreeData);
     check("SLLoadData", status);
     return {block, block + size};
@@ -366,7 +398,7 @@ class Device {
   // One command: the C function with this session's handle before its other arguments.
   template <class Function, class... Arguments>
   void call(const char* operation, Function function, Arguments... arguments) const {
-    check(operation, function(handle_, arguments...));
+    check(operation, detail::observed(operation, function, handle_, arguments...));
   }
 
   // One command whose last parameter is a pointer to its result.
@@ -417,7 +449,8 @@ class Subscription {
   Subscription() = default;  // of nothing
   Subscription(const Device& device, Function function) : device_(device.handle()), handler_(std::make_shared<Handler>()) {
     handler_->function = std::move(function);
-    check("SLRegisterEventhandler", SLRegisterEventhandler(device_, call, handler_.get()));
+    check("SLRegisterEventhandler", detail::observed("SLRegisterEventhandler", SLRegisterEventhandler, device_, &Subscription::call,
+                                                     static_cast<void*>(handler_.get())));
   }
   ~Subscription() { reset(); }
   Subscription(Subscription&& other) noexcept : device_(other.device_), handler_(std::move(other.handler_)) {}

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <fringix/fringix.hpp>
 #include <stdexcept>
+#include <string>
 #include <type_traits>
+#include <vector>
 
 #include "head/serving/head_server.h"
 #include "small_head.h"
@@ -50,6 +52,28 @@ TEST_F(Wrapper, TellsWhatTheHeadSaysOfItself) {
   EXPECT_EQ(device.cameraSize().height, 48U);
   EXPECT_EQ(device.projectorSize().width, 32U);
   EXPECT_EQ(device.projectorSize().height, 20U);
+}
+
+// Hears of calls: "SLGetGain", and "SLGetGain -10" when it has failed.
+class Notes final : public CallObserver {
+ public:
+  Notes() { observeCalls(this); }
+  ~Notes() { observeCalls(nullptr); }
+  void begins(const char* operation) noexcept override { all.emplace_back(operation); }
+  void ends(const char* operation, std::int32_t status) noexcept override { all.push_back(operation + (" " + std::to_string(status))); }
+
+  std::vector<std::string> all;
+};
+
+TEST_F(Wrapper, TellsAnObserverOfEveryCallBeforeAndAfterIt) {
+  Notes notes;
+  {
+    const Device device(address);
+    device.gain();
+    EXPECT_THROW(device.gpio(99), Error);
+  }
+  EXPECT_EQ(notes.all, (std::vector<std::string>{"SLDevAlloc", "SLDevAlloc 0", "SLGetGain", "SLGetGain 0", "SLGetGPIOStatus",
+                                                 "SLGetGPIOStatus -4", "SLDevFree", "SLDevFree 0"}));
 }
 
 TEST_F(Wrapper, FetchesLivePictures) {
