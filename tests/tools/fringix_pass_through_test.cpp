@@ -6,6 +6,7 @@
 #include "png/png_writer.h"
 #include "program.h"
 #include "small_head.h"
+#include "support/json.h"
 
 namespace fringix::test {
 namespace {
@@ -133,6 +134,23 @@ TEST_F(FringixPassThrough, MaskThatIsRefusedIsTold) {
   EXPECT_EQ(complaint("mask 127.0.0.1 --selector 9 " + mask), refused);
   EXPECT_EQ(complaint("mask 127.0.0.1 " + write("rgb.png", png::encodePngRgb24(32, 20, someBytes(32 * 20 * 3)))),
             "fringix: \"" + (scratch_ / "rgb.png").string() + "\" has colours: save the mask as a gray picture");
+}
+
+TEST_F(FringixPassThrough, ResultsAreJsonOnDemand) {
+  const auto json = [this](const std::string& arguments) { return Json(printed(arguments + " --json")); };
+  EXPECT_EQ(json("ini read 127.0.0.1 Camera Width"), Json(R"({"section": "Camera", "key": "Width", "value": 64})"));
+  EXPECT_EQ(json("gpio read 127.0.0.1 5"), Json(R"({"line": 5, "value": 0})"));
+  EXPECT_EQ(json("serial 127.0.0.1 temperature?"), Json(R"({"reply": "21 C"})"));
+  EXPECT_EQ(json("projector 127.0.0.1 3 77"), Json(R"({"results": [77, 0, 0]})"));
+  const Json saved = json("data save 127.0.0.1 block " + write("in", someBytes(70)));
+  EXPECT_EQ(saved.at("/name").text(), "block");
+  EXPECT_EQ(saved.at("/bytes").number(), 70);
+  EXPECT_GT(saved.at("/milliseconds").number(), 0);
+  const Json loaded = json("data load 127.0.0.1 block -o " + inQuotes(scratch_ / "out"));
+  EXPECT_EQ(loaded.at("/file").text(), (scratch_ / "out").string());
+  EXPECT_EQ(loaded.at("/bytes").number(), 70);
+  EXPECT_GE(json("pattern alloc 127.0.0.1 1").at("/sequence").number(), 0);
+  EXPECT_EQ(printed("ini write 127.0.0.1 Camera Exposure 5000 --json"), "") << "what has no result prints none";
 }
 
 TEST_F(FringixPassThrough, WrongUsageIsTold) {

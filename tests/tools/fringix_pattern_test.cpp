@@ -80,6 +80,16 @@ TEST_F(FringixPattern, UploadOfAnotherSizeIsToldAndNothingIsSent) {
   EXPECT_TRUE(image(0).empty()) << "the head keeps nothing for an image that was never filled";
 }
 
+TEST_F(FringixPattern, UploadThatStopsTellsHowManyArrived) {
+  const std::string one = writePng("one.png", png::encodePngGray8(32, 20, ramp(32 * 20)));
+  const Outcome outcome = pattern("upload" + target() + one + " " + one + " " + one + " --first 6");
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_NE(outcome.errors.find("(SLSYSTEM_ERROR, -4): 2 of 3 images had arrived\n"), std::string::npos) << outcome.errors;
+  EXPECT_NE(outcome.errors.find("\"--first 8\" with " + one + " and what follows it goes on there."), std::string::npos) << outcome.errors;
+  EXPECT_FALSE(image(6).empty());
+  EXPECT_FALSE(image(7).empty());
+}
+
 TEST_F(FringixPattern, GeneratesGrayCode) {
   EXPECT_EQ(pattern("gray" + target() + "2 1 0 1").exitCode, 0);
   EXPECT_EQ(image(2), head::makeGrayCode(projector, head::Axis::columns, 1, true).pixels);

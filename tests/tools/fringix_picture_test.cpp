@@ -64,8 +64,10 @@ TEST_F(FringixPicture, FactorThatDoesNotDivideIsTold) {
             "fringix: the factor does not divide the sides of the camera's pictures (SLBAD_PARAMETER, -3)");
 }
 
-TEST_F(FringixPicture, ChannelThatTheHeadDoesNotHaveIsTold) {
-  EXPECT_EQ(complaint("live 127.0.0.1 --channel 9"), "fringix: the head at 127.0.0.1 has no picture to give (SLSYSTEM_ERROR, -4)");
+TEST_F(FringixPicture, ChannelThatTheHeadDoesNotHaveIsToldWithThoseThatItHas) {
+  for (const char* command : {"live 127.0.0.1", "picture 127.0.0.1 0"})
+    EXPECT_EQ(complaint(std::string(command) + " --channel 9"),
+              "fringix: there is no channel 9: the head at 127.0.0.1 has 2 channels, 0 to 1");
 }
 
 TEST_F(FringixPicture, RegionThatIsNoneIsWrongUsage) {

@@ -7,6 +7,7 @@
 
 #include "head/serving/head_server.h"
 #include "png/png_decoder.h"
+#include "probed.h"
 #include "program.h"
 #include "small_head.h"
 #include "support/json.h"
@@ -51,6 +52,31 @@ TEST_F(FringixProgram, InfoAsJson) {
   EXPECT_EQ(facts.without("/openMilliseconds"),
             Json(R"({"address": "127.0.0.1", "serial": 4711, "protocolVersion": 3300, "libraryVersion": 4002,
       "camera": {"width": 64, "height": 48}, "projector": {"width": 32, "height": 20}})"));
+}
+
+TEST_F(FringixProgram, HostNamesAreLookedUp) {
+  for (const char* arguments : {"info localhost --json", "info 127.0.0.1:44330 --json"}) {
+    const Outcome outcome = fringixTool(arguments);
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_EQ(Json(outcome.output).at("/address").text(), "127.0.0.1");
+  }
+}
+
+TEST_F(FringixProgram, FailuresAreJsonWhenTheResultIs) {
+  const auto error = [](const char* arguments, int exitCode) {
+    const Outcome outcome = fringixTool(arguments);
+    EXPECT_EQ(outcome.exitCode, exitCode) << arguments;
+    EXPECT_EQ(outcome.output, "");
+    return Json(outcome.errors).at("/error");
+  };
+  EXPECT_EQ(error("info 127.0.0.9 --json", 1).at("/kind").text(), "refused");
+  EXPECT_EQ(error("info 127.0.0.256 --json", 2).at("/kind").text(), "usage");
+  EXPECT_EQ(error("data load 127.0.0.1 missing -o out --json", 1).at("/kind").text(), "failure");
+  const Json refusal = error("gpio read 127.0.0.1 8 --json", 1);
+  EXPECT_EQ(refusal.at("/kind").text(), "SLSYSTEM_ERROR");
+  EXPECT_EQ(refusal.at("/status").number(), -4);
+  EXPECT_EQ(refusal.at("/what").text(), "the head at 127.0.0.1 has no such line (SLSYSTEM_ERROR, -4)");
+  EXPECT_EQ(refusal.at("/next").text(), "Check the line's number.");
 }
 
 TEST_F(FringixProgram, LiveWritesThePicture) {
@@ -101,21 +127,20 @@ TEST(FringixProgramFailure, NobodyAnswers) {
   EXPECT_EQ(outcome.exitCode, 1);
   EXPECT_EQ(outcome.output, "");
   EXPECT_EQ(outcome.errors,
-            "fringix: no head answers at 127.0.0.9:44330 (SLCONNECTION_ERROR, -10)\n"
-            "  Check the address and that the head is on. Connecting takes until the operating system gives up.\n");
+            "fringix: 127.0.0.9:44330 refuses the connection: no head serves it\n"
+            "  Check the address. If it is the head's, wait until the head has started, or switch it off and on again.\n");
 }
 
 TEST(FringixProgramFailure, SomethingElseListens) {
   ScriptedHead head({stall()});
-  const Outcome outcome = fringixTool("info 127.0.0.1");
+  const Outcome outcome = fringixTool("info 127.0.0.1 --timeout 300ms");
   EXPECT_EQ(outcome.exitCode, 1);
-  EXPECT_NE(outcome.errors.find("(SLHANDSHAKE_TIMEOUT, -11)\n  Check"), std::string::npos) << outcome.errors;
+  EXPECT_EQ(outcome.errors.find("fringix: 127.0.0.1:44330 accepts the connection, but does not greet within 0.3 s\n  Check"), 0U)
+      << outcome.errors;
 }
 
 TEST(FringixProgramFailure, NoPictureLeavesNoFile) {
-  ScriptedHead head({reply(integer(1)), expect(integer(3300)), expect(text("40MSG_SLGetMaxImageSize")), reply(integers(2, 1, 0)),
-                     expect(text("45MSG_SLGetProjDimension")), reply(integers(32, 20, 8)), expect(text("41MSG_SLGetLiveImage")),
-                     reply(Bytes("\0\xFF", 2))});
+  ScriptedHead head(probed(opening() + Script{expect(text("41MSG_SLGetLiveImage")), reply(Bytes("\0\xFF", 2))}));
   const ScratchFolder scratch;
   const Outcome outcome = fringixTool("live 127.0.0.1 -o " + inQuotes(scratch / "live.png"));
   EXPECT_EQ(outcome.exitCode, 1);
@@ -124,7 +149,8 @@ TEST(FringixProgramFailure, NoPictureLeavesNoFile) {
 }
 
 TEST(FringixProgramUsage, WrongUsageIsTold) {
-  for (const char* arguments : {"", "dance", "info", "info head", "info 127.0.0.1 --dance", "live 127.0.0.1 --count 0"}) {
+  for (const char* arguments : {"", "dance", "info", "info 127.0.0.256", "info 127.0.0.1 --timeout 0s", "info 127.0.0.1 --timeout soon",
+                                "info 127.0.0.1 --dance", "live 127.0.0.1 --count 0"}) {
     const Outcome outcome = fringixTool(arguments);
     EXPECT_EQ(outcome.exitCode, 2) << arguments;
     EXPECT_EQ(outcome.output, "") << arguments;
@@ -151,15 +177,23 @@ TEST(FringixProgramUsage, NumberThatIsNotAllowedIsNamedWithWhatIs) {
 }
 
 TEST(FringixProgramUsage, AddressThatIsNoneIsNamed) {
-  const Outcome outcome = fringixTool("info head.local");
-  EXPECT_NE(outcome.errors.find("\"head.local\" is no IPv4 address such as 192.168.0.10\n"), std::string::npos) << outcome.errors;
+  const Outcome outcome = fringixTool("info head+local");
+  EXPECT_EQ(outcome.exitCode, 2);
+  EXPECT_NE(outcome.errors.find("\"head+local\" is neither an IPv4 address such as 192.168.0.10 nor a host's name\n"), std::string::npos)
+      << outcome.errors;
 }
 
-TEST(FringixProgramUsage, HelpSaysThatConnectingBlocks) {
+TEST(FringixProgramUsage, AddressWithAnotherPortIsToldWhyNot) {
+  const Outcome outcome = fringixTool("info 127.0.0.1:8080");
+  EXPECT_EQ(outcome.exitCode, 2);
+  EXPECT_NE(outcome.errors.find("heads are always reached on port 44330"), std::string::npos) << outcome.errors;
+}
+
+TEST(FringixProgramUsage, HelpNamesTheTimeLimit) {
   for (const char* subcommand : {"info", "live"}) {
     const Outcome outcome = fringixTool(std::string(subcommand) + " --help");
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_NE(outcome.output.find("Connecting blocks until the operating system gives up"), std::string::npos) << outcome.output;
+    EXPECT_NE(outcome.output.find("--timeout"), std::string::npos) << outcome.output;
   }
 }
 

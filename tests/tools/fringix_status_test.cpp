@@ -7,10 +7,12 @@
 #include <condition_variable>
 #include <csignal>
 #include <mutex>
+#include <regex>
 #include <thread>
 
 #include "application.h"
 #include "head/serving/head_server.h"
+#include "probed.h"
 #include "program.h"
 #include "small_head.h"
 #include "support/json.h"
@@ -58,7 +60,7 @@ TEST_F(FringixStatus, IsATable) {
             "LED power              120 (10 to 200)\n"
             "brightness             10 (1 to 10)\n"
             "gain                   15 (10 to 100)\n"
-            "exposure               20000\n"
+            "exposure               20000 us\n"
             "camera channels        2\n");
 }
 
@@ -111,8 +113,7 @@ TEST(FringixStatusTable, OldHeadHasDashes) {
 }
 
 TEST(FringixStatusFailure, ConnectionThatBreaksOnTheWayIsAFailure) {
-  ScriptedHead head({reply(integer(1)), expect(integer(3300)), expect(text("40MSG_SLGetMaxImageSize")), reply(integers(2, 1, 0)),
-                     expect(text("45MSG_SLGetProjDimension")), reply(integers(32, 20, 8)), expect(text("21MSG_SLGetSerial")), cut()});
+  ScriptedHead head(probed(opening() + Script{expect(text("21MSG_SLGetSerial")), cut()}));
   const Outcome outcome = fringixTool("status 127.0.0.1");
   EXPECT_EQ(outcome.exitCode, 1);
   EXPECT_EQ(outcome.output, "");
@@ -171,6 +172,16 @@ TEST(FringixStatusWatch, EndsWithCtrlC) {
   EXPECT_EQ(exitCode, 0);
 }
 
+TEST_F(FringixStatus, ValuesHaveTheirUnits) {
+  const Outcome table = fringixTool("status 127.0.0.1");
+  for (const char* line : {"\nuptime +\\d+ s\n", "\ntemperature +\\d+ degC\n", "\nprojector temperature +\\d+ degC\n"})
+    EXPECT_TRUE(std::regex_search(table.output, std::regex(line))) << line << table.output;
+  const Json values = Json(fringixTool("status 127.0.0.1 --json").output).at("/values");
+  EXPECT_EQ(values.at("/exposure/unit").text(), "us");
+  EXPECT_FALSE(values.has("/gain/unit"));
+  EXPECT_EQ(Json(fringixTool("get 127.0.0.1 exposure --json").output), Json(R"({"name": "exposure", "value": 20000, "unit": "us"})"));
+}
+
 TEST_F(FringixStatus, SetChangesWhatGetTells) {
   for (const char* change : {"led-power 150", "brightness 3", "gain 40"}) {
     const Outcome outcome = fringixTool(std::string("set 127.0.0.1 ") + change);
@@ -219,8 +230,10 @@ TEST(FringixValues, WrongUsageIsToldWithoutAskingTheHead) {
   EXPECT_EQ(complaint("get 127.0.0.1 colour"), "fringix: NAME: there is no value \"colour\"");
   EXPECT_EQ(complaint("get 127.0.0.1 gian"), "fringix: NAME: there is no value \"gian\", did you mean \"gain\"?");
   EXPECT_EQ(complaint("get 127.0.0.1 dmd"), "fringix: NAME: \"dmd\" can only be set");
+  EXPECT_EQ(complaint("set 127.0.0.1 exposure 5000"),
+            "fringix: NAME: \"exposure\" is part of the configuration: \"fringix ini write ADDRESS Camera Exposure VALUE\" sets it");
   EXPECT_EQ(complaint("set 127.0.0.1 uptime 1"), "fringix: NAME: \"uptime\" can only be read");
-  for (const char* time : {"1", "s", "0s", "1h", "1.2.3s", ""}) complaint(("status 127.0.0.1 --watch=" + std::string(time)).c_str());
+  for (const char* time : {"s", "0s", "0", "1h", "1.2.3s", ""}) complaint(("status 127.0.0.1 --watch=" + std::string(time)).c_str());
   complaint("set 127.0.0.1 gain high");
 }
 

@@ -18,7 +18,8 @@ TEST(HostName, AddressesNamesAndTheHeadsPortAreFine) {
 TEST(HostName, WhatIsNeitherAddressNorNameIsRefused) {
   for (const char* text : {"", "192.168.0", "192.168.0.256", "192.168.0.1.2", "192.168.0.010", "1.2.3.", "1..2.3", "head 3", "-h", ".head",
                            "http://192.168.0.10", "192.168.0.10:", ":44330", "192.168.0.10:http", "192.168.0.10/24", "1921680010"})
-    EXPECT_EQ(whatIsWrongWithAddress(text), "\"" + std::string(text) + "\" is neither an IPv4 address such as 192.168.0.10 nor a host's name");
+    EXPECT_EQ(whatIsWrongWithAddress(text),
+              "\"" + std::string(text) + "\" is neither an IPv4 address such as 192.168.0.10 nor a host's name");
   EXPECT_NE(whatIsWrongWithAddress(std::string(254, 'a')), "");
 }
 
@@ -28,7 +29,8 @@ TEST(HostName, AnotherPortIsRefusedWithTheReason) {
 }
 
 TEST(HostName, TheNewerAddressesAreRefusedWithTheReason) {
-  EXPECT_EQ(whatIsWrongWithAddress("fe80::1"), "\"fe80::1\" looks like an IPv6 address, but heads have IPv4 addresses such as 192.168.0.10");
+  EXPECT_EQ(whatIsWrongWithAddress("fe80::1"),
+            "\"fe80::1\" looks like an IPv6 address, but heads have IPv4 addresses such as 192.168.0.10");
 }
 
 TEST(HostName, AddressesNeedNoLookUp) {

@@ -82,7 +82,8 @@ TEST(Probe, NoWayLeadsThere) {
 
 TEST(ProbeWords, DifferAndSayWhatToDo) {
   std::vector<std::string> said;
-  for (const Reach reach : {Reach::refused, Reach::unreachable, Reach::timedOut, Reach::silent, Reach::closed, Reach::noHead, Reach::failed}) {
+  for (const Reach reach :
+       {Reach::refused, Reach::unreachable, Reach::timedOut, Reach::silent, Reach::closed, Reach::noHead, Reach::failed}) {
     const Explanation explanation = explain({reach, "because"}, "10.1.2.3", 1500ms);
     EXPECT_NE(explanation.what.find("10.1.2.3:44330"), std::string::npos) << explanation.what;
     EXPECT_NE(explanation.next, "");

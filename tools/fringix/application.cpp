@@ -3,12 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <exception>
 #include <string_view>
 
 #include "arguments/parse.h"
+#include "console/call_trace.h"
 #include "console/explain.h"
+#include "console/output.h"
 #include "subcommands/subcommand.h"
 
 namespace fringix::tool {
@@ -47,24 +48,27 @@ bool namesASerial(int argc, const char* const* argv) {
   return std::any_of(argv, argv + argc, [](std::string_view word) { return word == "--serial" || word.starts_with("--serial="); });
 }
 
+// Known before, too: what is wrong with the rest is said as it asks for.
+bool namesJson(int argc, const char* const* argv) {
+  return std::any_of(argv, argv + argc, [](std::string_view word) { return word == "--json"; });
+}
+
 void defineProgram(arguments::Command& program, Context& context) {
   program.version(fmt::format("fringix, library version {}", libraryVersion()));
-  program.flag(
-      "--trace", [] { setTracing(true); }, "Show every library call (on standard error; on Windows in the debugger's output)");
+  program.flag("--trace", traceCalls,
+               "Show every library call with time, duration and status on standard error (on Windows the library's own lines go to the "
+               "debugger's output)");
   program.note("\"fringix SUBCOMMAND --help\" tells the options of one.\nExit code: 0 success, 1 failure, 2 wrong usage.");
   for (const Subcommand& subcommand : subcommands) subcommand.define(program.subcommand(subcommand.name, subcommand.summary), context);
 }
 
-int failUsage(const arguments::UsageError& error) {
-  fmt::print(stderr, "fringix: {}\n  \"fringix --help\" lists the subcommands, \"fringix SUBCOMMAND --help\" the options of one.\n",
-             error.what());
-  return 2;
+int fail(const Explanation& explanation, const Context& context, int exitCode = 1) {
+  tell(explanation, context.json);
+  return exitCode;
 }
 
-int fail(const Explanation& explanation) {
-  fmt::print(stderr, "fringix: {}\n", explanation.what);
-  if (!explanation.next.empty()) fmt::print(stderr, "  {}\n", explanation.next);
-  return 1;
+Explanation explainUsage(const arguments::UsageError& error) {
+  return {error.what(), "\"fringix --help\" lists the subcommands, \"fringix SUBCOMMAND --help\" the options of one.", "usage"};
 }
 
 }  // namespace
@@ -72,19 +76,21 @@ int fail(const Explanation& explanation) {
 int run(int argc, const char* const* argv) {
   Context context;
   context.bySerial = namesASerial(argc, argv);
+  context.json = namesJson(argc, argv);
   arguments::Command program("fringix", "Talks to network-attached structured-light 3D sensor heads.");
   try {
     defineProgram(program, context);
     arguments::parse(program, argc, argv);
+    flushOutput();
     return 0;
   } catch (const arguments::UsageError& error) {
-    return failUsage(error);
+    return fail(explainUsage(error), context, 2);
   } catch (const Error& error) {
-    return fail(explain(error, context.address));
+    return fail(explain(error, context.address), context);
   } catch (const Failure& failure) {
-    return fail(failure.explanation());
+    return fail(failure.explanation(), context);
   } catch (const std::exception& error) {
-    return fail({error.what(), ""});
+    return fail(outputFailed() ? explainOutputFailure() : Explanation{error.what(), ""}, context);
   }
 }
 

@@ -1,3 +1,7 @@
 #include "application.h"
+#include "console/output.h"
 
-int main(int argc, char** argv) { return fringix::tool::run(argc, argv); }
+int main(int argc, char** argv) {
+  fringix::tool::prepareStandardStreams();
+  return fringix::tool::run(argc, argv);
+}

@@ -22,27 +22,64 @@ std::string nameOf(std::int32_t event) {
   }
 }
 
-std::time_t wholeSeconds(const HeadEvent& event) {
-  return std::chrono::system_clock::to_time_t(std::chrono::floor<std::chrono::seconds>(event.time));
+struct State {
+  const char* text;
+  const char* name;
+};
+
+State stateOf(HeadNews::Kind kind) {
+  switch (kind) {
+    case HeadNews::Kind::missing:
+      return {"not there", "missing"};
+    case HeadNews::Kind::silent:
+      return {"does not answer", "silent"};
+    case HeadNews::Kind::answers:
+      return {"answers again", "answers"};
+    case HeadNews::Kind::lost:
+      return {"lost", "lost"};
+    case HeadNews::Kind::back:
+      break;
+  }
+  return {"back", "back"};
 }
 
-std::int64_t milliseconds(const HeadEvent& event) {
-  return (event.time - std::chrono::floor<std::chrono::seconds>(event.time)) / std::chrono::milliseconds(1);
+using TimePoint = std::chrono::system_clock::time_point;
+
+std::time_t wholeSeconds(TimePoint time) { return std::chrono::system_clock::to_time_t(std::chrono::floor<std::chrono::seconds>(time)); }
+
+std::int64_t milliseconds(TimePoint time) { return (time - std::chrono::floor<std::chrono::seconds>(time)) / std::chrono::milliseconds(1); }
+
+std::string formatTime(TimePoint time) {
+  return fmt::format("{:%Y-%m-%d %H:%M:%S}.{:03}", fmt::localtime(wholeSeconds(time)), milliseconds(time));
+}
+
+std::string formatUniversalTime(TimePoint time) {
+  return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", fmt::gmtime(wholeSeconds(time)), milliseconds(time));
 }
 
 }  // namespace
 
 std::string formatEvent(const HeadEvent& event) {
-  return fmt::format("{:%Y-%m-%d %H:%M:%S}.{:03}  {:<15}  head {}  {}", fmt::localtime(wholeSeconds(event)), milliseconds(event),
-                     event.address, event.serial, nameOf(event.number));
+  return fmt::format("{}  {:<15}  head {}  {}", formatTime(event.time), event.address, event.serial, nameOf(event.number));
 }
 
 std::string formatEventAsJson(const HeadEvent& event) {
-  return Json::object({{"time", fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", fmt::gmtime(wholeSeconds(event)), milliseconds(event))},
+  return Json::object({{"time", formatUniversalTime(event.time)},
                        {"address", event.address},
                        {"serial", event.serial},
                        {"event", nameOf(event.number)}})
       .line();
+}
+
+std::string formatNews(const HeadNews& news) {
+  const std::string rest = news.text.empty() ? "" : ": " + news.text;
+  return fmt::format("{}  {:<15}  {}{}", formatTime(news.time), news.address, stateOf(news.kind).text, rest);
+}
+
+std::string formatNewsAsJson(const HeadNews& news) {
+  Json json = Json::object({{"time", formatUniversalTime(news.time)}, {"address", news.address}, {"state", stateOf(news.kind).name}});
+  if (!news.text.empty()) json.add("text", news.text);
+  return json.line();
 }
 
 }  // namespace fringix::tool

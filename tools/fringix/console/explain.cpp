@@ -22,18 +22,7 @@ struct Row {
 };
 
 constexpr Row rows[] = {
-    {"SLDevAllocBySerial", SLCONNECTION_ERROR, "no head with {address} answers",
-     "\"fringix list\" shows the heads that answer. One in another network is reached by its address."},
-    {"SLDevAllocBySerial", SLHANDSHAKE_TIMEOUT, "the head with {address} accepts connections, but does not greet",
-     "Switch the head off and on again."},
-    {"SLDevAllocBySerial", SLSYSTEM_ERROR, "the head with {address} reports a failure when asked for its camera",
-     "Switch the head off and on again."},
-    {"SLDevAllocBySerial", SLBAD_PARAMETER, "more than 256 heads answer, and none of the first 256 has {address}",
-     "Give the head's address instead."},
-    {"SLDevAllocBySerial", anyCode, "opening the head with {address} failed",
-     "Run the command again with --trace to see the calls before it."},
-    {"SLDevAlloc", SLCONNECTION_ERROR, "no head answers at {address}:{port}",
-     "Check the address and that the head is on. Connecting takes until the operating system gives up."},
+    {"SLDevAlloc", SLCONNECTION_ERROR, "no head answers at {address}:{port}", "Check the address and that the head is on."},
     {"SLDevAlloc", SLHANDSHAKE_TIMEOUT, "{address}:{port} accepts connections, but does not greet like a head",
      "Check that this is the head's address. If it is, switch the head off and on again."},
     {"SLDevAlloc", SLSYSTEM_ERROR, "the head at {address} reports a failure when asked for its camera",
@@ -112,7 +101,7 @@ Explanation explain(const Error& error, const std::string& address) {
     return fmt::format(fmt::runtime(text), fmt::arg("address", address), fmt::arg("port", commandPort),
                        fmt::arg("operation", error.operation()));
   };
-  return {fmt::format("{} {}", fill(row.what), inBrackets(error)), fill(row.next)};
+  return {fmt::format("{} {}", fill(row.what), inBrackets(error)), fill(row.next), error.code() > 0 ? "head" : error.name(), error.code()};
 }
 
 }  // namespace fringix::tool

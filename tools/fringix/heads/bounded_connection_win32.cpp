@@ -50,7 +50,7 @@ BoundedConnection::Outcome BoundedConnection::fail(int error) {
 BoundedConnection::Outcome BoundedConnection::waitUntil(Clock::time_point until, bool forRoomToSend) {
   fd_set wanted{1, {static_cast<SOCKET>(socket_)}};
   fd_set exceptions = wanted;
-  const timeval left = toTimeval(std::chrono::ceil<std::chrono::microseconds>(until - Clock::now()));
+  timeval left = toTimeval(std::chrono::ceil<std::chrono::microseconds>(until - Clock::now()));
   const int ready = select(0, forRoomToSend ? nullptr : &wanted, forRoomToSend ? &wanted : nullptr, &exceptions, &left);
   if (ready > 0) return Outcome::done;
   return fail(ready == 0 ? WSAETIMEDOUT : WSAGetLastError());

@@ -1,52 +1,40 @@
 #include "heads/head_arguments.h"
 
-#include <fmt/format.h>
-
-#include <algorithm>
-#include <string_view>
+#include "heads/host_name.h"
+#include "heads/time_text.h"
 
 namespace fringix::tool {
 namespace {
 
-constexpr const char* blockingNote =
-    "Connecting blocks until the operating system gives up: where nothing answers,\nthat takes from some seconds to minutes.";
-
-bool isByte(std::string_view text) {
-  const bool digits = std::all_of(text.begin(), text.end(), [](char c) { return '0' <= c && c <= '9'; });
-  return digits && !text.empty() && text.size() <= 3 && std::stoi(std::string(text)) <= 255;
+void addTimeout(arguments::Command& command, Context& context) {
+  const auto take = [&context](const std::string& text) {
+    context.timeout = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(parseSeconds(text)));
+  };
+  command.option("--timeout", take, "How long a head may take to answer when it is connected to, 5s unless told otherwise").valueName("5s");
 }
 
-bool isAddress(std::string_view text) {
-  for (int i = 0; i < 3; ++i) {
-    const std::size_t dot = text.find('.');
-    if (dot == std::string_view::npos || !isByte(text.substr(0, dot))) return false;
-    text.remove_prefix(dot + 1);
-  }
-  return isByte(text);
-}
-
-std::string checkAddress(const std::string& text) {
-  return isAddress(text) ? "" : fmt::format("\"{}\" is no IPv4 address such as 192.168.0.10", text);
-}
-
-void addHead(arguments::Command& command, bool bySerial, arguments::Target address, const char* addressHelp, arguments::Target serial,
+void addHead(arguments::Command& command, Context& context, arguments::Target address, const char* addressHelp, arguments::Target serial,
              const char* serialHelp) {
-  if (!bySerial) command.positional("ADDRESS", std::move(address), addressHelp).required().check(checkAddress);
+  if (!context.bySerial) command.positional("ADDRESS", std::move(address), addressHelp).required().check(whatIsWrongWithAddress);
   command.option("--serial", std::move(serial), serialHelp).valueName("N");
-  command.note(blockingNote);
+  addTimeout(command, context);
+  addJson(command, context);
 }
 
 }  // namespace
 
 void addAddress(arguments::Command& command, Context& context) {
-  addHead(command, context.bySerial, &context.address, "IPv4 address of the head, such as 192.168.0.10", &context.serial,
+  addHead(command, context, &context.address, "IPv4 address of the head, such as 192.168.0.10, or its host name", &context.serial,
           "Serial number of the head, in place of ADDRESS: it is searched for");
 }
 
-void addAddresses(arguments::Command& command, const Context& context, std::vector<std::string>& addresses,
-                  std::vector<std::int32_t>& serials) {
-  addHead(command, context.bySerial, &addresses, "IPv4 addresses of the heads, such as 192.168.0.10", &serials,
+void addAddresses(arguments::Command& command, Context& context, std::vector<std::string>& addresses, std::vector<std::int32_t>& serials) {
+  addHead(command, context, &addresses, "IPv4 addresses of the heads, such as 192.168.0.10, or their host names", &serials,
           "Serial numbers of the heads, in place of the addresses: they are searched for");
+}
+
+void addJson(arguments::Command& command, Context& context) {
+  command.flag("--json", &context.json, "Print the result, and on standard error what goes wrong, as JSON");
 }
 
 }  // namespace fringix::tool

@@ -10,12 +10,13 @@
 
 namespace fringix::tool {
 
-// Adds the ADDRESS argument of a subcommand that talks to a head, or --serial in its place, and to its help what there is to know about
-// connecting.
+// Adds the ADDRESS argument of a subcommand that talks to a head, or --serial in its place, and what all of these take: --timeout, --json.
 void addAddress(arguments::Command& command, Context& context);
 
 // The same for a subcommand that talks to several.
-void addAddresses(arguments::Command& command, const Context& context, std::vector<std::string>& addresses,
-                  std::vector<std::int32_t>& serials);
+void addAddresses(arguments::Command& command, Context& context, std::vector<std::string>& addresses, std::vector<std::int32_t>& serials);
+
+// For subcommands that talk to none.
+void addJson(arguments::Command& command, Context& context);
 
 }  // namespace fringix::tool

@@ -30,9 +30,7 @@ HostAndPort split(std::string_view text) {
   return {text.substr(0, colon), text.substr(colon + 1), true};
 }
 
-bool isNumber(std::string_view text) {
-  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
-}
+bool isNumber(std::string_view text) { return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos; }
 
 // Leading zeros mean another base to some systems.
 bool isByte(std::string_view text) {

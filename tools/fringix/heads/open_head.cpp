@@ -2,29 +2,51 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdio>
 
 #include "console/explain.h"
 #include "console/progress_bar.h"
 #include "console/terminal.h"
+#include "heads/host_name.h"
+#include "heads/probe.h"
 
 namespace fringix::tool {
 namespace {
 
-Device openBySerial(Context& context) {
-  context.address = fmt::format("serial number {}", context.serial);
-  const TransientLine line(stderr, isTerminal(stderr), fmt::format("searching for {} ...", context.address));
-  Device head = Device::openBySerial(context.serial);
-  context.address = head.key().address;
-  return head;
+std::string findBySerial(std::int32_t serial) {
+  const TransientLine line(stderr, isTerminal(stderr), fmt::format("searching for serial number {} ...", serial));
+  const std::vector<FoundDevice> heads = findDevices();
+  const auto found = std::find_if(heads.begin(), heads.end(), [&](const FoundDevice& head) { return head.serial == serial; });
+  if (found != heads.end()) return found->address;
+  throw Failure({fmt::format("no head with serial number {} answers", serial),
+                 "\"fringix list\" shows the heads that answer, up to 256. One in another network is reached by its address.",
+                 "not-found"});
 }
 
 }  // namespace
 
+void findAddress(Context& context) {
+  if (context.bySerial) {
+    context.address = fmt::format("serial number {}", context.serial);
+    context.address = findBySerial(context.serial);
+  } else {
+    const TransientLine line(stderr, isTerminal(stderr), fmt::format("looking up {} ...", context.address));
+    context.address = resolveAddress(context.address, context.timeout);
+  }
+}
+
+// The library's own connecting waits as long as the system likes, so it is left out where it has no chance.
+Device openAt(const std::string& address, std::chrono::milliseconds timeout) {
+  const Finding finding = probe(address, timeout);
+  if (finding.reach != Reach::head) throw Failure(explain(finding, address, timeout));
+  return Device(address);
+}
+
 Device openHead(Context& context) {
-  if (context.bySerial) return openBySerial(context);
+  findAddress(context);
   const TransientLine line(stderr, isTerminal(stderr), fmt::format("connecting to {}:{} ...", context.address, commandPort));
-  return Device(context.address);
+  return openAt(context.address, context.timeout);
 }
 
 bool isConnected(const Device& head) {

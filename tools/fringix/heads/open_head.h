@@ -1,6 +1,7 @@
 // Opening the session with the head that a command line names.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <fringix/fringix.hpp>
 #include <string>
@@ -12,9 +13,17 @@ struct Context {
   std::string address;  // what stands for it while it is not known yet: "serial number 1001"
   bool bySerial = false;
   std::int32_t serial = 0;
+  std::chrono::milliseconds timeout{5000};
+  bool json = false;
 };
 
-// Opens the session with the head named on the command line, and then knows its address. On a terminal a line says so while it blocks.
+// Finds the address of the head named on the command line: looks its name up, or searches for its serial number.
+void findAddress(Context& context);
+
+// Opens the session with the head at an address. Throws Failure when no head answers there in time.
+Device openAt(const std::string& address, std::chrono::milliseconds timeout);
+
+// Both. On a terminal a line says what it waits for.
 Device openHead(Context& context);
 
 // Whether the library still has a connection to the head. Asks the library only.

@@ -15,9 +15,9 @@ namespace fringix::tool {
 inline constexpr std::uint16_t triggerPort = 44331;
 
 struct PortHolder {
-  std::int64_t process = 0;     // 0: the system does not tell
-  std::string program;          // empty: the system does not tell
-  std::string user;             // the same
+  std::int64_t process = 0;       // 0: the system does not tell
+  std::string program;            // empty: the system does not tell
+  std::string user;               // the same
   bool passesTriggersOn = false;  // to the listeners of this process: it is this process, or another one that shares with it
 };
 
@@ -30,8 +30,8 @@ bool triggersArrive(const std::vector<PortHolder>& holders);
 // Why they do not.
 Explanation explainHolders(const std::vector<PortHolder>& holders);
 
-// For a process with open sessions: throws Failure when no trigger can arrive. The listeners have `limit` to get the port: they may have
-// just been started, or wait for one that ends.
-void requireTriggers(std::chrono::milliseconds limit);
+// Throws Failure when no trigger can arrive. `listening`: this process has open sessions, whose listeners have `limit` to get the port,
+// because they may have just been started, or wait for one that ends. Without, it is enough that no stranger has it.
+void requireTriggers(bool listening, std::chrono::milliseconds limit);
 
 }  // namespace fringix::tool

@@ -32,6 +32,7 @@ std::optional<Credentials> trustedServer() {
   std::memcpy(name.sun_path + 1, exchangeName, sizeof exchangeName - 1);
   constexpr auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + sizeof exchangeName);
   const int connection = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  shutdown(connection, SHUT_RD);  // a stranger can send nothing into this process
   ucred peer{};
   socklen_t peerSize = sizeof peer;
   const bool known = connect(connection, reinterpret_cast<const sockaddr*>(&name), size) == 0 &&

@@ -32,25 +32,27 @@ void write(const Device& head, std::int32_t number) {
 
 void writeDirectLedPower(const Device& head, std::int32_t number) { head.setDirectLedPower(static_cast<std::uint8_t>(number)); }
 
-// Numbers have the units that the head's documentation gives them.
+// Units as the documented heads have them; the library passes on whatever a head says.
 constexpr Value values[] = {
-    {"self-check", "self-check", "what the head finds when it checks itself", 0, read<&Device::checkSystem>, nullptr, nullptr, anyNumber},
-    {"uptime", "uptime", "how long the head has been on", 2800, read<&Device::uptime>, nullptr, nullptr, anyNumber},
-    {"temperature", "temperature", "temperature of the head", 2400, read<&Device::temperature>, nullptr, nullptr, anyNumber},
-    {"projector-temperature", "projector temperature", "temperature of the projector", 3000, read<&Device::projectorTemperature>, nullptr,
-     nullptr, anyNumber},
-    {"projector-status", "projector status", "state of the projector", 3000, read<&Device::projectorStatus>, nullptr, nullptr, anyNumber},
-    {"led-power", "LED power", "power of the projector's light", 0, read<&Device::ledPower>, range<&Device::ledPowerRange>,
+    {"self-check", "self-check", "what the head finds when it checks itself", nullptr, 0, read<&Device::checkSystem>, nullptr, nullptr,
+     anyNumber},
+    {"uptime", "uptime", "how long the head has been on", "s", 2800, read<&Device::uptime>, nullptr, nullptr, anyNumber},
+    {"temperature", "temperature", "temperature of the head", "degC", 2400, read<&Device::temperature>, nullptr, nullptr, anyNumber},
+    {"projector-temperature", "projector temperature", "temperature of the projector", "degC", 3000, read<&Device::projectorTemperature>,
+     nullptr, nullptr, anyNumber},
+    {"projector-status", "projector status", "state of the projector", nullptr, 3000, read<&Device::projectorStatus>, nullptr, nullptr,
+     anyNumber},
+    {"led-power", "LED power", "power of the projector's light", nullptr, 0, read<&Device::ledPower>, range<&Device::ledPowerRange>,
      write<&Device::setLedPower>, anyNumber},
-    {"direct-led-power", "direct LED power", "the same, 0 to 255, past the range of led-power", 3300, nullptr, nullptr, writeDirectLedPower,
-     oneByte},
-    {"brightness", "brightness", "level of the projector's brightness, from 1", 0, read<&Device::brightness>,
+    {"direct-led-power", "direct LED power", "the same, 0 to 255, past the range of led-power", nullptr, 3300, nullptr, nullptr,
+     writeDirectLedPower, oneByte},
+    {"brightness", "brightness", "level of the projector's brightness, from 1", nullptr, 0, read<&Device::brightness>,
      range<&Device::brightnessRange>, write<&Device::setBrightness>, anyNumber},
-    {"dmd", "DMD state", "state of the projector's mirrors; the simulated head takes 0, off, and 1, on", 2900, nullptr, nullptr,
+    {"dmd", "DMD state", "state of the projector's mirrors; the simulated head takes 0, off, and 1, on", nullptr, 2900, nullptr, nullptr,
      write<&Device::setDmdState>, anyNumber},
-    {"gain", "gain", "gain of the cameras", 0, read<&Device::gain>, range<&Device::gainRange>, write<&Device::setGain>, anyNumber},
-    {"exposure", "exposure", "exposure of the cameras", 3100, read<&Device::exposure>, nullptr, nullptr, anyNumber},
-    {"channels", "camera channels", "number of the cameras", 2600, read<&Device::channelCount>, nullptr, nullptr, anyNumber},
+    {"gain", "gain", "gain of the cameras", nullptr, 0, read<&Device::gain>, range<&Device::gainRange>, write<&Device::setGain>, anyNumber},
+    {"exposure", "exposure", "exposure of the cameras", "us", 3100, read<&Device::exposure>, nullptr, nullptr, anyNumber},
+    {"channels", "camera channels", "number of the cameras", nullptr, 2600, read<&Device::channelCount>, nullptr, nullptr, anyNumber},
 };
 
 bool allows(const Value& value, Access access) { return access == Access::read ? value.read != nullptr : value.write != nullptr; }
@@ -71,6 +73,9 @@ const Value& findValue(const std::string& name, Access access) {
   const auto* found = std::find_if(std::begin(values), std::end(values), [&](const Value& value) { return value.name == name; });
   if (found == std::end(values))
     throw arguments::UsageError("NAME", fmt::format("there is no value \"{}\"{}", name, arguments::didYouMean(name, namesFor(access))));
+  if (access == Access::write && name == "exposure")
+    throw arguments::UsageError("NAME",
+                                "\"exposure\" is part of the configuration: \"fringix ini write ADDRESS Camera Exposure VALUE\" sets it");
   if (!allows(*found, access))
     throw arguments::UsageError("NAME", fmt::format("\"{}\" can only be {}", name, access == Access::read ? "set" : "read"));
   return *found;
@@ -79,7 +84,8 @@ const Value& findValue(const std::string& name, Access access) {
 std::string listValues(Access access) {
   std::string list;
   for (const Value& value : values) {
-    if (allows(value, access)) list += fmt::format("  {:<23}{}\n", value.name, value.meaning);
+    if (allows(value, access))
+      list += fmt::format("  {:<23}{}{}\n", value.name, value.meaning, value.unit == nullptr ? "" : fmt::format(", in {}", value.unit));
   }
   return list;
 }

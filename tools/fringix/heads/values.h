@@ -12,6 +12,7 @@ struct Value {
   const char* name;                            // on the command line and in JSON
   const char* label;                           // in tables and messages
   const char* meaning;                         // for the help
+  const char* unit;                            // null: it has none, or only the head knows it
   std::int32_t since;                          // the protocol version that it needs; 0: none
   std::int64_t (*read)(const Device&);         // null: can only be set
   Range (*range)(const Device&);               // null: the head does not tell

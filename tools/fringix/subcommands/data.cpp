@@ -1,9 +1,11 @@
 #include <fmt/format.h>
 
 #include <chrono>
+#include <cstdio>
 #include <memory>
 
 #include "console/explain.h"
+#include "console/json.h"
 #include "console/progress_bar.h"
 #include "console/terminal.h"
 #include "files/files.h"
@@ -15,6 +17,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::uint64_t largestBlock = 0x7FFFFFFF;  // its size is a signed number of 32 bits
+constexpr const char* saved = "saved";
+constexpr const char* loaded = "loaded";
 
 struct DataOptions {
   std::string name;
@@ -25,9 +29,17 @@ void addName(arguments::Command& command, DataOptions& options) {
   command.positional("NAME", &options.name, "The head's name for the block").required();
 }
 
-std::string describe(std::size_t size, Clock::time_point start) {
-  const std::chrono::duration<double> time = Clock::now() - start;
-  return fmt::format("{} bytes in {:.1f} ms, {:.1f} MB/s", size, time.count() * 1000, static_cast<double>(size) / time.count() / 1e6);
+using Milliseconds = std::chrono::duration<double, std::milli>;
+
+void report(const char* done, const DataOptions& options, std::size_t size, Milliseconds time, bool asJson) {
+  const std::string& target = done == saved ? options.name : options.file;
+  std::FILE* const stream = done == saved ? stdout : files::reportStream(options.file);
+  if (!asJson) {
+    const double rate = static_cast<double>(size) / time.count() / 1000;
+    return fmt::print(stream, "{}: {} {} bytes in {:.1f} ms, {:.1f} MB/s\n", target, done, size, time.count(), rate);
+  }
+  const Json json = Json::object({{"name", options.name}, {"file", options.file}, {"bytes", size}, {"milliseconds", time.count()}});
+  fmt::print(stream, "{}\n", json.indented());
 }
 
 void save(const DataOptions& options, Context& context) {
@@ -39,7 +51,7 @@ void save(const DataOptions& options, Context& context) {
     const TransientLine line(stderr, isTerminal(stderr), fmt::format("sending {} bytes ...", bytes.size()));
     head.saveData(options.name, bytes);
   }
-  fmt::print("{}: saved {}\n", options.name, describe(bytes.size(), start));
+  report(saved, options, bytes.size(), Clock::now() - start, context.json);
 }
 
 void load(const DataOptions& options, Context& context) {
@@ -54,9 +66,9 @@ void load(const DataOptions& options, Context& context) {
     throw Failure({fmt::format("the head at {} has no block \"{}\", or it is empty", context.address, options.name),
                    "Check the name. No file was written."});
   }
-  const std::string description = describe(bytes.size(), start);
+  const Milliseconds time = Clock::now() - start;
   files::writeFile(options.file, bytes);
-  fmt::print(files::reportStream(options.file), "{}: loaded {}\n", options.file, description);
+  report(loaded, options, bytes.size(), time, context.json);
 }
 
 void defineSave(arguments::Command& command, Context& context) {

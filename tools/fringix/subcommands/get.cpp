@@ -2,10 +2,20 @@
 
 #include <memory>
 
+#include "console/json.h"
 #include "heads/values.h"
 #include "subcommands/subcommand.h"
 
 namespace fringix::tool {
+namespace {
+
+void printJson(const Value& value, std::int64_t number) {
+  Json json = Json::object({{"name", value.name}, {"value", number}});
+  if (value.unit != nullptr) json.add("unit", value.unit);
+  fmt::print("{}\n", json.indented());
+}
+
+}  // namespace
 
 void defineGet(arguments::Command& command, Context& context) {
   const auto name = std::make_shared<std::string>();
@@ -14,7 +24,8 @@ void defineGet(arguments::Command& command, Context& context) {
   command.positional("NAME", name.get(), "Name of the value, see below").required();
   command.run([name, &context] {
     const Value& value = findValue(*name, Access::read);
-    fmt::print("{}\n", value.read(openHead(context)));
+    const std::int64_t number = value.read(openHead(context));
+    context.json ? printJson(value, number) : fmt::print("{}\n", number);
   });
 }
 

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "console/json.h"
 #include "subcommands/subcommand.h"
 
 namespace fringix::tool {
@@ -20,7 +21,10 @@ void defineReadLine(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<GpioOptions>();
   addAddress(command, context);
   addLine(command, *options);
-  command.run([options, &context] { fmt::print("{}\n", openHead(context).gpio(options->line)); });
+  command.run([options, &context] {
+    const std::int32_t state = openHead(context).gpio(options->line);
+    fmt::print("{}\n", context.json ? Json::object({{"line", options->line}, {"value", state}}).indented() : std::to_string(state));
+  });
 }
 
 void defineSetLine(arguments::Command& command, Context& context) {

@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 
 #include <chrono>
-#include <memory>
 
 #include "console/json.h"
 #include "subcommands/subcommand.h"
@@ -52,11 +51,9 @@ void printJson(const Facts& facts) {
 
 void defineInfo(arguments::Command& command, Context& context) {
   addAddress(command, context);
-  const auto json = std::make_shared<bool>(false);
-  command.flag("--json", json.get(), "Print JSON instead of a table");
-  command.run([json, &context] {
+  command.run([&context] {
     const Facts facts = gather(context);
-    *json ? printJson(facts) : printTable(facts);
+    context.json ? printJson(facts) : printTable(facts);
   });
 }
 

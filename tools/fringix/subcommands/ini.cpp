@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "console/json.h"
 #include "subcommands/subcommand.h"
 
 namespace fringix::tool {
@@ -22,7 +23,11 @@ void defineRead(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<IniOptions>();
   addAddress(command, context);
   addKey(command, *options);
-  command.run([options, &context] { fmt::print("{}\n", openHead(context).readIni(options->section, options->key)); });
+  command.run([options, &context] {
+    const std::int32_t value = openHead(context).readIni(options->section, options->key);
+    const Json json = Json::object({{"section", options->section}, {"key", options->key}, {"value", value}});
+    fmt::print("{}\n", context.json ? json.indented() : std::to_string(value));
+  });
 }
 
 void defineWrite(arguments::Command& command, Context& context) {

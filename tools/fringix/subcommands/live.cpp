@@ -28,7 +28,8 @@ void fetchLivePictures(const LiveOptions& options, Context& context) {
   const auto path = [&](std::size_t i) {
     return options.count == 1 ? options.picture.output : files::numberedPath(options.picture.output, i + 1, options.count);
   };
-  fetchSeries({options.count, path, [&](const Device& device, std::size_t) { return fetchLive(device, options); }}, context);
+  fetchSeries({options.count, options.picture.channel, path, [&](const Device& device, std::size_t) { return fetchLive(device, options); }},
+              context);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 
+#include "console/json.h"
 #include "console/progress_bar.h"
 #include "console/terminal.h"
 #include "subcommands/subcommand.h"
@@ -17,6 +18,18 @@ struct MeasureOptions {
   std::optional<std::uint32_t> to;
 };
 
+void report(const MeasureOptions& options, double seconds, bool asJson) {
+  if (!asJson) {
+    const std::string part = options.from ? fmt::format(", images {} to {},", *options.from, *options.to) : "";
+    return fmt::print("measured sequence {}{} in {:.2f} s\n", options.sequence, part, seconds);
+  }
+  Json json = Json::object({{"sequence", options.sequence}});
+  if (options.from) json.add("from", *options.from);
+  if (options.to) json.add("to", *options.to);
+  json.add("seconds", seconds);
+  fmt::print("{}\n", json.indented());
+}
+
 void measure(const MeasureOptions& options, Context& context) {
   const bool inPart = options.from.has_value();
   if (inPart != options.to.has_value()) throw arguments::UsageError(inPart ? "--from needs --to" : "--to needs --from");
@@ -27,8 +40,7 @@ void measure(const MeasureOptions& options, Context& context) {
     inPart ? head.measure(options.sequence, *options.from, *options.to) : head.measure(options.sequence);
   }
   const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-  const std::string part = inPart ? fmt::format(", images {} to {},", *options.from, *options.to) : "";
-  fmt::print("measured sequence {}{} in {:.2f} s\n", options.sequence, part, time.count());
+  report(options, time.count(), context.json);
 }
 
 }  // namespace

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 #include <vector>
 
+#include "console/explain.h"
+#include "console/json.h"
 #include "console/progress_bar.h"
 #include "console/terminal.h"
 #include "png/png_reader.h"
@@ -25,7 +28,8 @@ void addSequence(arguments::Command& command, PatternOptions& options) {
 }
 
 void allocate(const PatternOptions& options, Context& context) {
-  fmt::print("{}\n", openHead(context).allocateSequence(options.imageCount));
+  const std::uint32_t sequence = openHead(context).allocateSequence(options.imageCount);
+  fmt::print("{}\n", context.json ? Json::object({{"sequence", sequence}}).indented() : std::to_string(sequence));
 }
 
 void defineAllocate(arguments::Command& command, const std::shared_ptr<PatternOptions>& options, Context& context) {
@@ -46,6 +50,16 @@ void requireProjectorSize(const png::Raster& raster, const std::string& file, Si
                                        projector.width, projector.height));
 }
 
+// Which images the head has by now is what matters to somebody who goes on.
+[[noreturn]] void failUpload(const Error& error, const PatternOptions& options, std::size_t arrived, const std::string& address) {
+  Explanation explanation = explain(error, address);
+  explanation.what += fmt::format(": {} of {} images had arrived", arrived, options.files.size());
+  if (arrived > 0)
+    explanation.next +=
+        fmt::format(" \"--first {}\" with \"{}\" and what follows it goes on there.", options.index + arrived, options.files[arrived]);
+  throw Failure(std::move(explanation));
+}
+
 void upload(const PatternOptions& options, Context& context) {
   std::vector<png::Raster> rasters;
   for (const std::string& file : options.files) rasters.push_back(png::readPng(file));
@@ -54,7 +68,12 @@ void upload(const PatternOptions& options, Context& context) {
   ProgressBar bar(stderr, rasters.size() > 1 && isTerminal(stderr), rasters.size());
   for (std::size_t i = 0; i < rasters.size(); ++i) {
     png::Raster rgb = png::toRgb(std::move(rasters[i]));
-    device.putImage(options.sequence, static_cast<std::uint8_t>(options.index + i), {rgb.width, rgb.height, std::move(rgb.samples)});
+    const RgbImage image{rgb.width, rgb.height, std::move(rgb.samples)};
+    try {
+      device.putImage(options.sequence, static_cast<std::uint8_t>(options.index + i), image);
+    } catch (const Error& error) {
+      failUpload(error, options, i, context.address);
+    }
     bar.advance();
   }
 }

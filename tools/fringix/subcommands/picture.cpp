@@ -30,7 +30,9 @@ void fetchStoredPictures(const StoredOptions& options, Context& context) {
   const auto path = [&](std::size_t i) {
     return options.count == 1 ? options.picture.output : files::numberedPath(options.picture.output, options.index + i, last);
   };
-  fetchSeries({options.count, path, [&](const Device& device, std::size_t i) { return fetchStored(device, options, i); }}, context);
+  fetchSeries(
+      {options.count, options.picture.channel, path, [&](const Device& device, std::size_t i) { return fetchStored(device, options, i); }},
+      context);
 }
 
 }  // namespace

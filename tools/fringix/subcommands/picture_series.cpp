@@ -3,7 +3,11 @@
 #include <fmt/format.h>
 
 #include <chrono>
+#include <utility>
+#include <vector>
 
+#include "console/explain.h"
+#include "console/json.h"
 #include "console/progress_bar.h"
 #include "console/terminal.h"
 #include "files/files.h"
@@ -21,6 +25,16 @@ struct Outcome {
   Seconds total{};
 };
 
+// A head that does not have a channel has no better answer than that it has no picture.
+void requireChannel(const Device& device, std::uint32_t channel, const std::string& address) {
+  if (channel == 0) return;
+  const std::uint32_t count = device.channelCount();
+  if (channel < count) return;
+  throw Failure({fmt::format("there is no channel {}: the head at {} has {}", channel, address,
+                             count == 1 ? "1 channel, number 0" : fmt::format("{} channels, 0 to {}", count, count - 1)),
+                 "Give one of these with --channel.", "no-channel"});
+}
+
 Outcome fetchAll(const PictureSeries& series, const Device& device) {
   ProgressBar bar(stderr, series.count > 1 && isTerminal(stderr), series.count);
   Outcome outcome;
@@ -35,6 +49,17 @@ Outcome fetchAll(const PictureSeries& series, const Device& device) {
   }
   outcome.total = Clock::now() - start;
   return outcome;
+}
+
+void reportAsJson(const PictureSeries& series, const Outcome& outcome) {
+  std::vector<Json> paths;
+  for (std::size_t i = 0; i < series.count; ++i) paths.emplace_back(series.path(i));
+  const Json json = Json::object({{"files", Json::array(std::move(paths))},
+                                  {"width", outcome.size.width},
+                                  {"height", outcome.size.height},
+                                  {"fetchingSeconds", outcome.fetching.count()},
+                                  {"totalSeconds", outcome.total.count()}});
+  fmt::print(files::reportStream(series.path(0)), "{}\n", json.indented());
 }
 
 void report(const PictureSeries& series, const Outcome& outcome) {
@@ -55,7 +80,9 @@ void report(const PictureSeries& series, const Outcome& outcome) {
 void fetchSeries(const PictureSeries& series, Context& context) {
   files::requireWritable(series.path(0));
   const Device device = openHead(context);
-  report(series, fetchAll(series, device));
+  requireChannel(device, series.channel, context.address);
+  const Outcome outcome = fetchAll(series, device);
+  context.json ? reportAsJson(series, outcome) : report(series, outcome);
 }
 
 }  // namespace fringix::tool

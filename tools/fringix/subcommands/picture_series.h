@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <fringix/fringix.hpp>
 #include <functional>
 #include <string>
@@ -12,6 +13,7 @@ namespace fringix::tool {
 
 struct PictureSeries {
   std::size_t count = 1;
+  std::uint32_t channel = 0;
   std::function<std::string(std::size_t)> path;  // of the picture at a place, counted from 0
   std::function<Image(const Device&, std::size_t)> fetch;
 };

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "console/json.h"
 #include "subcommands/subcommand.h"
 
 namespace fringix::tool {
@@ -14,7 +15,8 @@ struct ProjectorOptions {
 
 void execute(const ProjectorOptions& options, Context& context) {
   const auto results = openHead(context).projector(static_cast<std::uint8_t>(options.command), static_cast<std::uint8_t>(options.argument));
-  fmt::print("{} {} {}\n", results[0], results[1], results[2]);
+  const Json json = Json::object({{"results", Json::array({results[0], results[1], results[2]})}});
+  fmt::print("{}\n", context.json ? json.indented() : fmt::format("{} {} {}", results[0], results[1], results[2]));
 }
 
 }  // namespace

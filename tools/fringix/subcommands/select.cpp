@@ -1,6 +1,5 @@
 #include <fmt/format.h>
 
-#include <memory>
 #include <optional>
 
 #include "console/explain.h"
@@ -28,12 +27,11 @@ void printJson(const SelectedHead& head) {
 
 }  // namespace
 
-void defineSelect(arguments::Command& command, Context&) {
-  const auto json = std::make_shared<bool>(false);
-  command.flag("--json", json.get(), "Print JSON instead of a table");
-  command.run([json] {
+void defineSelect(arguments::Command& command, Context& context) {
+  addJson(command, context);
+  command.run([&context] {
     const SelectedHead head = letUserPick();
-    *json ? printJson(head) : printTable(head);
+    context.json ? printJson(head) : printTable(head);
   });
 }
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "console/json.h"
 #include "files/files.h"
 #include "pictures/contact_sheet.h"
 #include "png/png_reader.h"
@@ -29,7 +30,7 @@ void requireNoInput(const SheetOptions& options) {
   }
 }
 
-void makeSheet(const SheetOptions& options) {
+void makeSheet(const SheetOptions& options, const Context& context) {
   if (!options.labels.empty() && options.labels.size() != options.files.size()) {
     throw arguments::UsageError("--label", fmt::format("{} labels for {} files", options.labels.size(), options.files.size()));
   }
@@ -43,13 +44,18 @@ void makeSheet(const SheetOptions& options) {
   }
   const png::Raster sheet = makeContactSheet(pictures, options.layout);
   files::writeFile(options.output, png::encodePngRgb24(sheet.width, sheet.height, sheet.samples));
+  if (context.json) {
+    const Json json =
+        Json::object({{"file", options.output}, {"pictures", pictures.size()}, {"width", sheet.width}, {"height", sheet.height}});
+    return fmt::print(files::reportStream(options.output), "{}\n", json.indented());
+  }
   fmt::print(files::reportStream(options.output), "{}: {} pictures on {} x {} pixels\n", options.output, pictures.size(), sheet.width,
              sheet.height);
 }
 
 }  // namespace
 
-void defineSheet(arguments::Command& command, Context&) {
+void defineSheet(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<SheetOptions>();
   command.positional("FILE", &options->files, "PNG files").required();
   command.option("-o,--output", &options->output, "PNG file to write, - is standard output, sheet.png unless told otherwise")
@@ -63,7 +69,8 @@ void defineSheet(arguments::Command& command, Context&) {
   command.option("--width", &options->layout.pictureWidth, "Width that larger pictures are reduced to, 320 unless told otherwise")
       .valueName("N")
       .range(1, 10000);
-  command.run([options] { makeSheet(*options); });
+  addJson(command, context);
+  command.run([options, &context] { makeSheet(*options, context); });
 }
 
 }  // namespace fringix::tool

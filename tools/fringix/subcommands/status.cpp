@@ -1,18 +1,16 @@
 #include <fmt/format.h>
 
-#include <charconv>
 #include <chrono>
 #include <cstdio>
-#include <map>
 #include <memory>
 #include <optional>
-#include <string_view>
-#include <system_error>
 #include <vector>
 
 #include "console/explain.h"
 #include "console/interruption.h"
 #include "console/json.h"
+#include "console/output.h"
+#include "heads/time_text.h"
 #include "heads/values.h"
 #include "subcommands/subcommand.h"
 
@@ -20,7 +18,6 @@ namespace fringix::tool {
 namespace {
 
 struct StatusOptions {
-  bool json = false;
   double interval = 0;  // seconds; 0: only once
 };
 
@@ -59,8 +56,9 @@ HeadStatus readAll(const Device& head) {
 
 std::string format(const Reading& reading) {
   if (!reading.number) return fmt::format("- ({})", reading.reason);
-  if (!reading.range) return fmt::format("{}", *reading.number);
-  return fmt::format("{} ({} to {})", *reading.number, reading.range->min, reading.range->max);
+  const std::string unit = reading.value->unit == nullptr ? "" : fmt::format(" {}", reading.value->unit);
+  if (!reading.range) return fmt::format("{}{}", *reading.number, unit);
+  return fmt::format("{}{} ({} to {})", *reading.number, unit, reading.range->min, reading.range->max);
 }
 
 std::string formatTable(const HeadStatus& status) {
@@ -73,8 +71,12 @@ std::string formatTable(const HeadStatus& status) {
 
 Json toJson(const Reading& reading) {
   if (!reading.number) return Json::object({{"value", nullptr}, {"reason", reading.reason}});
-  if (!reading.range) return Json::object({{"value", *reading.number}});
-  return Json::object({{"value", *reading.number}, {"min", reading.range->min}, {"max", reading.range->max}});
+  Json json = Json::object({{"value", *reading.number}});
+  if (reading.value->unit != nullptr) json.add("unit", reading.value->unit);
+  if (!reading.range) return json;
+  json.add("min", reading.range->min);
+  json.add("max", reading.range->max);
+  return json;
 }
 
 Json toJson(const HeadStatus& status) {
@@ -89,37 +91,25 @@ Json toJson(const HeadStatus& status) {
 // A reader at the end of a pipe wants each status when it is there.
 void print(const std::string& text) {
   fmt::print("{}", text);
-  std::fflush(stdout);
+  flushOutput();
 }
 
-void showOnce(const StatusOptions& options, const Device& head) {
+void showOnce(const Context& context, const Device& head) {
   const HeadStatus status = readAll(head);
-  print(options.json ? toJson(status).indented() + "\n" : formatTable(status));
+  print(context.json ? toJson(status).indented() + "\n" : formatTable(status));
 }
 
-void showAgainAndAgain(const StatusOptions& options, const Device& head) {
+void showAgainAndAgain(const StatusOptions& options, const Context& context, const Device& head) {
   const Interruption interruption;
   do {
     const HeadStatus status = readAll(head);
-    print(options.json ? toJson(status).line() + "\n" : formatTable(status) + "\n");
+    print(context.json ? toJson(status).line() + "\n" : formatTable(status) + "\n");
   } while (!interruption.waitFor(std::chrono::duration<double>(options.interval)));
 }
 
 void show(const StatusOptions& options, Context& context) {
   const Device head = openHead(context);
-  options.interval > 0 ? showAgainAndAgain(options, head) : showOnce(options, head);
-}
-
-// Seconds of "1s", "500ms", "2min".
-double parseInterval(const std::string& text) {
-  static const std::map<std::string_view, double> units{{"ms", 0.001}, {"s", 1}, {"min", 60}};
-  const char* const end = text.data() + text.size();
-  double number = 0;
-  const auto [behind, error] = std::from_chars(text.data(), end, number, std::chars_format::fixed);
-  const auto unit = units.find(std::string_view(behind, static_cast<std::size_t>(end - behind)));
-  if (error != std::errc() || unit == units.end() || !(number > 0 && number < 1e9))
-    throw arguments::UsageError(fmt::format("\"{}\" is no time such as 1s, 500ms or 2min", text));
-  return number * unit->second;
+  options.interval > 0 ? showAgainAndAgain(options, context, head) : showOnce(context, head);
 }
 
 }  // namespace
@@ -127,11 +117,10 @@ double parseInterval(const std::string& text) {
 void defineStatus(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<StatusOptions>();
   addAddress(command, context);
-  command.flag("--json", &options->json, "Print JSON instead of a table; with --watch one line each time");
   command
       .option(
-          "--watch", [options](const std::string& text) { options->interval = parseInterval(text); },
-          "Show the status again after this time, until Ctrl-C")
+          "--watch", [options](const std::string& text) { options->interval = parseSeconds(text); },
+          "Show the status again after this time, until Ctrl-C; with --json in one line each time")
       .valueName("1s");
   command.run([options, &context] { show(*options, context); });
 }
