@@ -89,6 +89,7 @@ std::string complaint(const CLI::App& program, const CLI::ParseError& error) {
 
 bool parse(const Command& program, int argc, const char* const* argv) {
   CLI::App app(program.summary(), program.name());
+  app.allow_windows_style_options(false);  // or a path would be taken for one
   app.fallthrough();
   state(app, program);
   try {

@@ -45,6 +45,9 @@ std::vector<std::uint8_t> readToTheEnd(InputFile& file, const std::string& path,
   return bytes;
 }
 
+// Names are UTF-8 on all systems; a path made of plain characters would take them for those of the process's code page.
+std::filesystem::path pathOf(const std::string& name) { return std::u8string(name.begin(), name.end()); }
+
 std::filesystem::path folderOf(const std::filesystem::path& place) {
   return place.has_parent_path() ? place.parent_path() : std::filesystem::path(".");
 }
@@ -52,7 +55,7 @@ std::filesystem::path folderOf(const std::filesystem::path& place) {
 // Whoever may change a folder can put a link there in place of the file between this look and the end of the writing. It is not
 // followed then either, it is replaced.
 void requireReplaceable(const std::string& path) {
-  switch (entryAt(path)) {
+  switch (entryAt(pathOf(path))) {
     case Entry::none:
     case Entry::file:
       return;
@@ -69,7 +72,7 @@ void requireReplaceable(const std::string& path) {
 
 std::vector<std::uint8_t> readFile(const std::string& path, std::uint64_t limit) {
   return explained("read", path, [&] {
-    InputFile file(path);
+    InputFile file(pathOf(path));
     if (!file.isRegular()) refuse("read", path, "it is no regular file");
     requireSize(path, file.size(), limit);
     return readToTheEnd(file, path, limit);
@@ -79,16 +82,16 @@ std::vector<std::uint8_t> readFile(const std::string& path, std::uint64_t limit)
 void requireWritable(const std::string& path) {
   if (path == standardOutput) return;
   requireReplaceable(path);
-  explained("write", path, [&] { const NewFile probe(folderOf(path)); });
+  explained("write", path, [&] { const NewFile probe(folderOf(pathOf(path))); });
 }
 
 void writeFile(const std::string& path, std::span<const std::uint8_t> bytes) {
   explained("write", path, [&] {
     if (path == standardOutput) return writeToStandardOutput(bytes);
-    NewFile file(folderOf(path));
+    NewFile file(folderOf(pathOf(path)));
     file.write(bytes);
     requireReplaceable(path);
-    file.takePlace(path);
+    file.takePlace(pathOf(path));
   });
 }
 
@@ -96,7 +99,7 @@ std::FILE* reportStream(const std::string& path) { return path == standardOutput
 
 bool isSameFile(const std::string& one, const std::string& other) {
   std::error_code unknown;
-  return std::filesystem::equivalent(one, other, unknown);
+  return std::filesystem::equivalent(pathOf(one), pathOf(other), unknown);
 }
 
 std::string numberedPath(const std::string& path, std::size_t number, std::size_t last) {

@@ -187,7 +187,13 @@ TEST_F(FolderStoreTest, TellsThatTheFolderCannotBeWritten) {
   EXPECT_EQ(store->save("taken", {1}), Status::storageFailed);
   EXPECT_EQ(blockOf(*store, "taken"), nullptr);
   EXPECT_EQ(files(), 1U) << "no half of a block is left";
-  fs::remove_all(blocks);
+}
+
+TEST_F(FolderStoreTest, TellsThatTheFolderHasGone) {
+  const auto store = open();
+  std::error_code inUse;
+  fs::remove_all(blocks, inUse);
+  if (inUse) GTEST_SKIP() << "a folder with an open file cannot be removed here: " << inUse.message();
   EXPECT_EQ(store->save("a", {1}), Status::storageFailed);
   EXPECT_EQ(blockOf(*store, "a"), nullptr);
 }

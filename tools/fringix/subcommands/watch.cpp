@@ -80,8 +80,8 @@ bool print(const WatchQueue::Content& content, const WatchOptions& options, cons
   return false;
 }
 
-void printAll(const Heads& heads, const WatchOptions& options, const Context& context, WatchQueue& queue) {
-  const Interruption interruption;
+void printAll(const Heads& heads, const WatchOptions& options, const Context& context, WatchQueue& queue,
+              const Interruption& interruption) {
   const std::string counted = heads.size() == 1 ? "1 head" : fmt::format("{} heads", heads.size());
   tell(context.json ? Json::object({{"state", "watching"}, {"heads", heads.size()}}).line()
                     : fmt::format("watching {}, end with Ctrl-C", counted));
@@ -114,6 +114,7 @@ void stopAll(Heads& heads) {
 }
 
 void watch(const WatchOptions& options, Context& context) {
+  const Interruption interruption;
   const auto queue = std::make_shared<WatchQueue>();
   std::vector<OpenedHead> opened = openAll(options, context, queue);
   const bool listening = std::any_of(opened.begin(), opened.end(), [](const OpenedHead& head) { return head.session != nullptr; });
@@ -121,7 +122,7 @@ void watch(const WatchOptions& options, Context& context) {
   Heads heads;
   for (OpenedHead& head : opened)
     heads.emplace_back(std::move(head.address), std::move(head.session), WatchSettings{context.timeout, options.reconnect}, queue);
-  printAll(heads, options, context, *queue);
+  printAll(heads, options, context, *queue, interruption);
   stopAll(heads);
   requireAllAnswering(heads);
 }
