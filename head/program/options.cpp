@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cmath>
 #include <filesystem>
+#include <limits>
 #include <map>
 #include <sstream>
 #include <stdexcept>
@@ -89,7 +90,7 @@ void addIdentity(arguments::Command& program, Options& options) {
       .showDefault();
   program.option("--serial", &first.serial, "Serial number of the (first) head").atLeast(0).valueName("N").showDefault();
   program.option("--model", &first.modelCode, "Model code of the (first) head, 0 to 2; each one after it is of the next model")
-      .atLeast(0)
+      .range(0, modelCount - 1)
       .valueName("N")
       .showDefault();
   program.option("--protocol", &first.protocolVersion, "Protocol version: later commands are unknown to the head")
@@ -200,6 +201,29 @@ void addTriggers(arguments::Command& program, Options& options) {
       .valueName("TIME");
 }
 
+void addClients(arguments::Command& program, HeadSettings& first) {
+  program.option("--clients", &first.mostClients, "How many clients a head takes at once; it closes further connections")
+      .range(1, 10000)
+      .valueName("N")
+      .showDefault();
+  program
+      .option(
+          "--idle-limit", [&first](const std::string& text) { first.idleLimit = parseInterval(text); },
+          "How long a client may send nothing (2min, 30s); a session that is kept alive is silent for 30 s at most")
+      .valueName("TIME")
+      .showDefault("120s");
+}
+
+// The last head's serial number and address have to be some, too.
+void requireRoomForAll(const Options& options) {
+  const auto more = static_cast<std::uint32_t>(options.heads - 1);
+  const auto left = [](auto largest, auto first) { return static_cast<std::uint32_t>(largest - first); };
+  if (left(std::numeric_limits<std::int32_t>::max(), options.first.serial) < more)
+    throw arguments::UsageError("--serial", fmt::format("{} leaves no numbers for {} heads", options.first.serial, options.heads));
+  if (left(std::numeric_limits<std::uint32_t>::max(), platform::parseIpv4(options.first.address.c_str())) < more)
+    throw arguments::UsageError("--address", fmt::format("{} leaves no addresses for {} heads", options.first.address, options.heads));
+}
+
 }  // namespace
 
 std::optional<Options> parseOptions(int argc, const char* const* argv) {
@@ -212,12 +236,14 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
   addMeasurement(program, options);
   addTriggers(program, options);
   addStorage(program, options.first);
+  addClients(program, options.first);
   addSerialPort(program, options.first);
   addPatternFolder(program, options);
   program.flag("--verbose", &options.verbose, "Print every connection and every command, with time and client");
   program.note(
       R"(While it runs: "trigger" on standard input raises a GPIO trigger of each head, "trigger 2" of the second one; "scene ballbar:3" puts another scene before all heads.)");
   if (!arguments::parse(program, argc, argv)) return {};
+  requireRoomForAll(options);
   return options;
 }
 
@@ -225,7 +251,7 @@ HeadSettings settingsOf(const Options& options, int index) {
   HeadSettings settings = options.first;
   settings.address = platform::formatIpv4(platform::parseIpv4(settings.address.c_str()) + static_cast<std::uint32_t>(index));
   settings.serial += index;
-  if (settings.modelCode < modelCount) settings.modelCode = (settings.modelCode + index) % modelCount;
+  settings.modelCode = (settings.modelCode + index) % modelCount;
   if (options.heads > 1 && !settings.storage.empty())
     settings.storage = (std::filesystem::path(settings.storage) / std::to_string(settings.serial)).string();
   return settings;

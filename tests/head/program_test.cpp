@@ -128,6 +128,27 @@ TEST(HeadProgramTest, AnIntervalNeedsAUnitAndASense) {
   }
 }
 
+TEST(HeadProgramTest, EveryHeadNeedsANumberAnAddressAndAModel) {
+  for (const auto& [arguments, complaint] : std::vector<std::pair<std::vector<std::string>, std::string>>{
+           {{"--model", "3"}, "--model: \"3\" is no number from 0 to 2"},
+           {{"--serial", "-1"}, "--serial: \"-1\" is no number from 0 to 2147483647"},
+           {{"--serial", "2147483647", "--heads", "2"}, "--serial: 2147483647 leaves no numbers for 2 heads"},
+           {{"--address", "255.255.255.254", "--heads", "3"}, "--address: 255.255.255.254 leaves no addresses for 3 heads"},
+           {{"--clients", "0"}, "--clients: \"0\" is no number from 1 to 10000"}}) {
+    ChildProcess program(FRINGIX_HEAD, arguments);
+    EXPECT_EQ(program.nextLine(), complaint);
+    EXPECT_EQ(program.wait(), 2);
+  }
+}
+
+TEST(HeadProgramTest, AClientMoreThanAllowedIsClosed) {
+  RunningProgram program({"--clients", "1"});
+  RawClient first("127.0.0.2");
+  first.greet();
+  RawClient second("127.0.0.2");
+  EXPECT_TRUE(second.closedByHead());
+}
+
 TEST(HeadProgramTest, AnUnknownFaultOfAnswersIsRefused) {
   ChildProcess process(FRINGIX_HEAD, {"--announce-fault", "loud"});
   EXPECT_EQ(process.nextLine(), "--announce-fault: \"loud\" is no fault of an answer: give silent, late, doubled, malformed or oversized");
