@@ -33,6 +33,7 @@ constexpr Subcommand subcommands[] = {
     {"pattern", "Fill the head with projector patterns", definePattern},
     {"show", "Show an image on the projector", defineShow},
     {"measure", "Run a measurement over a pattern sequence", defineMeasure},
+    {"scan", "Measure points in millimetres", defineScan},
     {"watch", "Print the triggers of heads as they come", defineWatch},
     {"mask", "Darken parts of everything that is projected", defineMask},
     {"data", "Keep files on the head", defineData},

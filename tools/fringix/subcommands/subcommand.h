@@ -22,6 +22,7 @@ void defineMeasure(arguments::Command& command, Context& context);
 void definePattern(arguments::Command& command, Context& context);
 void definePicture(arguments::Command& command, Context& context);
 void defineProjector(arguments::Command& command, Context& context);
+void defineScan(arguments::Command& command, Context& context);
 void defineSelect(arguments::Command& command, Context& context);
 void defineSerial(arguments::Command& command, Context& context);
 void defineSet(arguments::Command& command, Context& context);

@@ -1,0 +1,143 @@
+// The built program scanning what a simulated head sees.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "head/serving/head_server.h"
+#include "program.h"
+#include "support/json.h"
+
+namespace fringix::test {
+namespace {
+
+head::HeadSettings scannedHead() {
+  head::HeadSettings settings;
+  settings.address = "127.0.0.1";
+  settings.serial = 4711;
+  settings.camera = {320, 256};
+  settings.projector = {640, 400};
+  settings.imageTime = std::chrono::milliseconds(0);
+  return settings;
+}
+
+class FringixScan : public testing::Test {
+ protected:
+  explicit FringixScan(const head::HeadSettings& settings = scannedHead()) : server_(settings) { server_.start(); }
+
+  Outcome scan(const std::string& arguments, const std::string& folder = "out") const {
+    return runProgram(FRINGIX_TOOL, "scan " + arguments + " -o " + inQuotes(scratch_ / folder));
+  }
+  Json facts(const std::string& folder = "out") const { return Json(readBytes(scratch_ / folder / "scan.json")); }
+  std::string file(const std::string& name, const std::string& folder = "out") const { return readBytes(scratch_ / folder / name); }
+
+  const ScratchFolder scratch_;
+  head::HeadServer server_;
+};
+
+TEST_F(FringixScan, MeasuresTheUsualScene) {
+  const Outcome outcome = scan("127.0.0.1 --truth");
+  ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+  EXPECT_NE(outcome.output.find("true error"), std::string::npos) << outcome.output;
+  const Json facts = this->facts();
+  EXPECT_LT(facts.at("/errorsInMm/true/rootMeanSquare").number(), 0.035);
+  EXPECT_LT(facts.at("/errorsInMm/true/within95").number(), 0.07);
+  EXPECT_LT(std::abs(facts.at("/errorsInMm/true/mean").number()), 0.01);
+  EXPECT_NEAR(facts.at("/errorsInMm/rootMeanSquareSigma").number(), facts.at("/errorsInMm/true/rootMeanSquare").number(), 0.008);
+  EXPECT_GT(facts.at("/measuredPercent").number(), 97);
+  EXPECT_GT(facts.at("/points").number(), 0.5 * 320 * 256);
+}
+
+TEST_F(FringixScan, LeavesAllFiles) {
+  ASSERT_EQ(scan("127.0.0.1").exitCode, 0);
+  EXPECT_EQ(namesIn(scratch_ / "out"), (std::vector<std::string>{"cloud.pcd", "cloud.ply", "depth-preview.png", "depth.png", "range.npy",
+                                                                 "report.html", "scan.json"}));
+  const auto points = static_cast<std::size_t>(facts().at("/points").number());
+  const std::string ply = file("cloud.ply");
+  EXPECT_NE(ply.find("\ncomment serial 4711\n"), std::string::npos);
+  EXPECT_NE(ply.find("\nelement vertex " + std::to_string(points) + "\n"), std::string::npos);
+  EXPECT_EQ(ply.size(), ply.find("end_header\n") + 11 + 35 * points);
+  EXPECT_NE(file("report.html").find("Scan of head 4711"), std::string::npos);
+}
+
+TEST_F(FringixScan, ComputesAgainFromRawPictures) {
+  ASSERT_EQ(scan("127.0.0.1 --raw --truth").exitCode, 0);
+  server_.stop();
+  const Outcome outcome = scan("--truth --from " + inQuotes(scratch_ / "out"), "again");
+  ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+  EXPECT_TRUE(file("cloud.ply") == file("cloud.ply", "again"));
+  EXPECT_TRUE(file("range.npy") == file("range.npy", "again"));
+  EXPECT_EQ(facts().at("/errorsInMm"), facts("again").at("/errorsInMm"));
+}
+
+TEST_F(FringixScan, MetresAreAThousandMillimetres) {
+  ASSERT_EQ(scan("127.0.0.1 --raw").exitCode, 0);
+  ASSERT_EQ(scan("--unit m --from " + inQuotes(scratch_ / "out"), "metres").exitCode, 0);
+  const std::string ply = file("cloud.ply");
+  const std::string metres = file("cloud.ply", "metres");
+  EXPECT_NE(metres.find("\ncomment unit m\n"), std::string::npos);
+  const auto firstDepth = [](const std::string& file) {
+    float depth = 0;
+    std::memcpy(&depth, file.data() + file.find("end_header\n") + 11 + 8, 4);
+    return depth;
+  };
+  EXPECT_GT(firstDepth(ply), 100);
+  EXPECT_NEAR(firstDepth(ply) / firstDepth(metres), 1000, 0.01);
+}
+
+TEST_F(FringixScan, TheOtherCameraSeesTheSameScene) {
+  ASSERT_EQ(scan("127.0.0.1 --truth --channel 1").exitCode, 0);
+  EXPECT_LT(facts().at("/errorsInMm/true/rootMeanSquare").number(), 0.06);
+}
+
+TEST_F(FringixScan, FreesItsSequence) {
+  for (int i = 0; i < 2; ++i) ASSERT_EQ(scan("127.0.0.1").exitCode, 0);
+  EXPECT_NE(runProgram(FRINGIX_TOOL, "pattern free 127.0.0.1 1").exitCode, 0);
+  EXPECT_NE(runProgram(FRINGIX_TOOL, "pattern free 127.0.0.1 2").exitCode, 0);
+  EXPECT_EQ(runProgram(FRINGIX_TOOL, "pattern alloc 127.0.0.1 1").output, "3\n") << "the scans took the numbers before";
+}
+
+TEST_F(FringixScan, FreesItsSequenceWhenTheMeasurementFails) {
+  server_.model().setMeasurementFault(-2);
+  EXPECT_EQ(scan("127.0.0.1").exitCode, 1);
+  EXPECT_NE(runProgram(FRINGIX_TOOL, "pattern free 127.0.0.1 1").exitCode, 0);
+  EXPECT_EQ(runProgram(FRINGIX_TOOL, "pattern alloc 127.0.0.1 1").output, "2\n");
+}
+
+TEST_F(FringixScan, AMissingPictureIsNamed) {
+  ASSERT_EQ(scan("127.0.0.1 --raw").exitCode, 0);
+  std::filesystem::remove(scratch_ / "out" / "raw-07.png");
+  const Outcome outcome = scan("--from " + inQuotes(scratch_ / "out"), "again");
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_NE(outcome.errors.find("raw-07.png\" is missing"), std::string::npos) << outcome.errors;
+}
+
+TEST_F(FringixScan, ACalibrationOfAnotherCameraIsRefused) {
+  head::HeadSettings other = scannedHead();
+  other.address = "127.0.0.2";
+  other.camera = {64, 48};
+  head::HeadServer server(other);
+  server.start();
+  ASSERT_EQ(runProgram(FRINGIX_TOOL, "data load 127.0.0.2 calibration.json -o " + inQuotes(scratch_ / "other.json")).exitCode, 0);
+  const Outcome outcome = scan("127.0.0.1 --calibration " + inQuotes(scratch_ / "other.json"));
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_NE(outcome.errors.find("of a camera with 64 x 48 pixels, but"), std::string::npos) << outcome.errors;
+}
+
+TEST_F(FringixScan, AHeadWithoutLightGivesNoPoints) {
+  ASSERT_EQ(runProgram(FRINGIX_TOOL, "projector 127.0.0.1 3 0").exitCode, 0);
+  const Outcome outcome = scan("127.0.0.1 --raw");
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_NE(outcome.errors.find("no scan comes of these pictures"), std::string::npos) << outcome.errors;
+  EXPECT_FALSE(std::filesystem::exists(scratch_ / "out" / "cloud.ply"));
+  EXPECT_TRUE(std::filesystem::exists(scratch_ / "out" / "raw-00.png")) << "so that one can look at them";
+}
+
+TEST_F(FringixScan, OnePlaceForPicturesIsNeeded) {
+  EXPECT_EQ(scan("").exitCode, 2);
+  EXPECT_EQ(scan("127.0.0.1 --from " + inQuotes(scratch_ / "out")).exitCode, 2);
+  EXPECT_EQ(scan("127.0.0.1 --unit inch").exitCode, 2);
+}
+
+}  // namespace
+}  // namespace fringix::test

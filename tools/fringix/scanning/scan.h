@@ -1,0 +1,31 @@
+// The recipe of a scan: from patterns, or from pictures of an earlier scan, to points.
+#pragma once
+
+#include <fringix/fringix.hpp>
+#include <functional>
+#include <string>
+
+#include "scanning/acquisition.h"
+#include "scanning/scan_result.h"
+
+namespace fringix::tool {
+
+// Where calibration, truth and plan come from. `calibrationFile` takes the place of the head's or the folder's own calibration when it
+// is not empty; the truth is read when it is wanted.
+struct ScanWishes {
+  std::string calibrationFile;
+  bool wantsTruth = false;
+  std::uint32_t channel = 0;
+};
+
+ScanTask taskOfHead(const Device& head, const std::string& address, const ScanWishes& wishes);
+ScanTask taskOfFolder(const std::string& folder, const ScanWishes& wishes);
+
+// Where the pictures come from.
+using PictureSource = std::function<void(const PictureSink&)>;
+
+// Decodes what comes and compares it with the truth. Throws Failure when the calibration is not that of the pictures, or no pixel gives
+// a point.
+ScanResult compute(ScanTask task, Steps& steps, const PictureSource& source);
+
+}  // namespace fringix::tool

@@ -1,0 +1,45 @@
+// The steps of a scan: how far they are, for people, and how long each took.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "console/interruption.h"
+#include "console/progress_bar.h"
+
+namespace fringix::tool {
+
+struct StepTime {
+  std::string name;
+  std::chrono::duration<double> time{};
+};
+
+// A bar for the whole with the name of the current step. Ctrl-C ends the scan where the next step or its next part would begin, so that
+// the head is left in order.
+class Steps {
+ public:
+  Steps(bool visible, std::size_t parts);
+
+  void begin(const std::string& name);  // ends the step before; throws Failure after Ctrl-C
+  void advance();                       // a part is done; throws Failure after Ctrl-C
+  void end();
+
+  const std::vector<StepTime>& times() const { return times_; }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  void draw();
+  void requireWanted() const;
+
+  Interruption interruption_;
+  TransientLine line_;
+  std::size_t parts_;
+  std::size_t done_ = 0;
+  bool running_ = false;
+  Clock::time_point started_{};
+  std::vector<StepTime> times_;
+};
+
+}  // namespace fringix::tool

@@ -1,0 +1,86 @@
+#include "scanning/truth.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace fringix::tool {
+namespace {
+
+Place operator-(const Place& a, const Place& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
+Place operator+(const Place& a, const Place& b) { return {a[0] + b[0], a[1] + b[1], a[2] + b[2]}; }
+Place operator*(const Place& a, double scale) { return {a[0] * scale, a[1] * scale, a[2] * scale}; }
+double dot(const Place& a, const Place& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+double length(const Place& a) { return std::sqrt(dot(a, a)); }
+Place cross(const Place& a, const Place& b) { return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]}; }
+
+const Place& cornerAfter(const TruePlane& plane, std::size_t i) { return plane.corners[(i + 1) % plane.corners.size()]; }
+
+// For convex borders, whichever way around.
+bool isInside(const TruePlane& plane, const Place& foot) {
+  bool left = false;
+  bool right = false;
+  for (std::size_t i = 0; i < plane.corners.size(); ++i) {
+    const double side = dot(cross(cornerAfter(plane, i) - plane.corners[i], foot - plane.corners[i]), plane.normal);
+    (side < 0 ? right : left) = true;
+  }
+  return !(left && right);
+}
+
+double distanceToLine(const Place& from, const Place& to, const Place& point) {
+  const Place way = to - from;
+  const double share = std::clamp(dot(point - from, way) / std::max(dot(way, way), 1e-12), 0.0, 1.0);
+  return length(point - (from + way * share));
+}
+
+double distanceToBorder(const TruePlane& plane, const Place& point) {
+  double nearest = std::numeric_limits<double>::infinity();
+  for (std::size_t i = 0; i < plane.corners.size(); ++i)
+    nearest = std::min(nearest, distanceToLine(plane.corners[i], cornerAfter(plane, i), point));
+  return nearest;
+}
+
+double errorOf(const TruePlane& plane, const Place& point) {
+  const double behind = dot(plane.normal, point) - plane.distance;
+  if (plane.corners.empty() || isInside(plane, point - plane.normal * behind)) return behind;
+  return std::copysign(distanceToBorder(plane, point), behind);
+}
+
+double errorOf(const TrueSphere& sphere, const Place& point) { return sphere.radius - length(point - sphere.centre); }
+
+}  // namespace
+
+double errorOf(const Truth& truth, const Place& point) {
+  double nearest = std::numeric_limits<double>::infinity();
+  const auto take = [&](double error) {
+    if (std::abs(error) < std::abs(nearest)) nearest = error;
+  };
+  for (const TruePlane& plane : truth.planes) take(errorOf(plane, point));
+  for (const TrueSphere& sphere : truth.spheres) take(errorOf(sphere, point));
+  return nearest;
+}
+
+ErrorFigures figuresOf(std::span<const float> errors) {
+  if (errors.empty()) return {};
+  double sum = 0;
+  double squares = 0;
+  std::vector<float> sizes;
+  sizes.reserve(errors.size());
+  for (const float error : errors) {
+    sum += error;
+    squares += double{error} * error;
+    sizes.push_back(std::abs(error));
+  }
+  const auto count = static_cast<double>(errors.size());
+  const double largest = *std::max_element(sizes.begin(), sizes.end());
+  return {std::sqrt(squares / count), quantile(std::move(sizes), 0.95), sum / count, largest};
+}
+
+double quantile(std::vector<float> numbers, double share) {
+  if (numbers.empty()) return 0;
+  const auto place = numbers.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(numbers.size() - 1));
+  std::nth_element(numbers.begin(), place, numbers.end());
+  return *place;
+}
+
+}  // namespace fringix::tool

@@ -1,0 +1,104 @@
+#include <fmt/format.h>
+
+#include <memory>
+#include <vector>
+
+#include "console/terminal.h"
+#include "scanning/outputs.h"
+#include "scanning/scan.h"
+#include "scanning/summary.h"
+#include "subcommands/subcommand.h"
+
+namespace fringix::tool {
+namespace {
+
+constexpr std::size_t ownParts = 2;  // of a scan besides the pictures: to compute and to write
+
+struct ScanOptions {
+  ScanWishes wishes;
+  std::string folder;
+  std::string from;
+  std::string unit = "mm";
+  bool raw = false;
+};
+
+std::string checkUnit(const std::string& unit) {
+  return unit == "mm" || unit == "m" ? "" : fmt::format("\"{}\" is neither mm nor m", unit);
+}
+
+void print(const ReportTable& table) {
+  for (const auto& [name, value] : table.rows) fmt::print("{:<16}{}\n", name, value);
+}
+
+void finish(const ScanOptions& options, const ScanResult& result, Steps& steps) {
+  steps.end();
+  const std::vector<StepTime> timesBefore = steps.times();
+  steps.begin("write");
+  writeOutputs(options.folder, result, options.unit == "m" ? LengthUnit::metre : LengthUnit::millimetre, timesBefore);
+  steps.end();
+  print(summaryOf(result));
+  print(timesOf(steps.times()));
+  fmt::print("{}: cloud.ply, cloud.pcd, range.npy, depth.png, depth-preview.png, scan.json, report.html\n", options.folder);
+}
+
+// A source that keeps the pictures, too, and writes them before anything can go wrong with their points.
+PictureSource keeping(const ScanOptions& options, const ScanTask& task, PictureSource source) {
+  if (!options.raw) return source;
+  return [&options, &task, source = std::move(source)](const PictureSink& sink) {
+    std::vector<Image> pictures;
+    source([&](Image picture) {
+      pictures.push_back(picture);
+      sink(std::move(picture));
+    });
+    writeRaw(options.folder, task, pictures);
+  };
+}
+
+void scanHead(const ScanOptions& options, Context& context) {
+  const Device head = openHead(context);
+  const SLScanPlan plan = scan::defaultPlan(static_cast<std::int32_t>(head.projectorSize().width));
+  Steps steps(isTerminal(stderr), partsFromHead(plan) + ownParts);
+  steps.begin("calibration");
+  const ScanTask task = taskOfHead(head, context.address, options.wishes);
+  const PictureSource source = [&](const PictureSink& sink) { acquire(head, task.plan, task.channel, steps, sink); };
+  const ScanResult result = compute(task, steps, keeping(options, task, source));
+  finish(options, result, steps);
+}
+
+void scanFolder(const ScanOptions& options) {
+  const ScanTask task = taskOfFolder(options.from, options.wishes);
+  Steps steps(isTerminal(stderr), partsFromFolder(task.plan) + ownParts);
+  const PictureSource source = [&](const PictureSink& sink) { readRaw(options.from, task.plan, steps, sink); };
+  const ScanResult result = compute(task, steps, keeping(options, task, source));
+  finish(options, result, steps);
+}
+
+void runScan(const ScanOptions& options, Context& context) {
+  const bool namesHead = context.bySerial || !context.address.empty();
+  if (namesHead == !options.from.empty()) {
+    throw arguments::UsageError(namesHead ? "--from needs no head: leave its address out" : "ADDRESS, --serial or --from is required");
+  }
+  requireFolder(options.folder);
+  namesHead ? scanHead(options, context) : scanFolder(options);
+}
+
+}  // namespace
+
+void defineScan(arguments::Command& command, Context& context) {
+  const auto options = std::make_shared<ScanOptions>();
+  addOptionalAddress(command, context);
+  command.option("-o,--output", &options->folder, "Folder for the files, made when it is missing").required().valueName("FOLDER");
+  command.option("--from", &options->from, "Compute again from the raw pictures that an earlier scan left in FOLDER, without a head")
+      .valueName("FOLDER");
+  command.flag("--raw", &options->raw, "Keep the pictures and the calibration, for --from");
+  command.option("--calibration", &options->wishes.calibrationFile, "Calibration to use in place of the one that the head keeps")
+      .valueName("FILE");
+  command.flag("--truth", &options->wishes.wantsTruth, "Compare with what a simulated head knows of its scene");
+  command.option("--channel", &options->wishes.channel, "Camera to measure with, 0 unless told otherwise").valueName("N").range(0, 3);
+  command.option("--unit", &options->unit, "Unit of lengths in the files, mm unless told otherwise: mm or m")
+      .valueName("UNIT")
+      .check(checkUnit);
+  command.run([options, &context] { runScan(*options, context); });
+}
+
+}  // namespace fringix::tool
