@@ -133,6 +133,24 @@ TEST_F(FringixScan, AHeadWithoutLightGivesNoPoints) {
   EXPECT_TRUE(std::filesystem::exists(scratch_ / "out" / "raw-00.png")) << "so that one can look at them";
 }
 
+TEST_F(FringixScan, AHeadWithoutACalibrationIsTold) {
+  server_.model().data().provide("calibration.json", {});
+  const Outcome outcome = scan("127.0.0.1");
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_EQ(outcome.errors, "fringix: the head at 127.0.0.1 has no calibration.json\n  Give its calibration with --calibration FILE.\n");
+}
+
+TEST(FringixScanRoom, AHeadWithoutRoomForThePatternsIsTold) {
+  head::HeadSettings settings = scannedHead();
+  settings.sequenceMemory = 640 * 400 * 3 * 10;
+  head::HeadServer server(settings);
+  server.start();
+  const ScratchFolder scratch;
+  const Outcome outcome = runProgram(FRINGIX_TOOL, "scan 127.0.0.1 -o " + inQuotes(scratch / "out"));
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_NE(outcome.errors.find("does not allocate such a sequence"), std::string::npos) << outcome.errors;
+}
+
 TEST_F(FringixScan, OnePlaceForPicturesIsNeeded) {
   EXPECT_EQ(scan("").exitCode, 2);
   EXPECT_EQ(scan("127.0.0.1 --from " + inQuotes(scratch_ / "out")).exitCode, 2);

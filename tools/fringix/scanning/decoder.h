@@ -5,6 +5,7 @@
 #include <fringix/fringix.hpp>
 #include <fringix/scan.hpp>
 #include <future>
+#include <optional>
 #include <vector>
 
 namespace fringix::tool {
@@ -16,10 +17,8 @@ struct Decoded {
 
 class Decoder {
  public:
-  // `scanner` has to outlast it.
-  Decoder(const scan::Scanner& scanner, std::int32_t camera, const SLScanOptics& optics)
-      : scanner_(scanner), camera_(camera), optics_(optics) {}
-  ~Decoder() { wait(); }
+  // Makes its scanner, which takes a while, while the first picture is waited for.
+  Decoder(const SLScanPlan& plan, const SLScanCalibration& calibration, const SLScanSettings& settings, std::uint32_t camera);
   Decoder(const Decoder&) = delete;
   Decoder& operator=(const Decoder&) = delete;
 
@@ -27,14 +26,13 @@ class Decoder {
   Decoded finish();
 
  private:
-  void wait() const noexcept {
-    if (adding_.valid()) adding_.wait();
-  }
+  const scan::Scanner& scanner();
 
-  const scan::Scanner& scanner_;
   std::int32_t camera_;
   SLScanOptics optics_;
-  std::future<void> adding_;
+  std::future<scan::Scanner> making_;
+  std::optional<scan::Scanner> scanner_;
+  std::future<void> adding_;  // last, for it uses the others until it ends
 };
 
 }  // namespace fringix::tool

@@ -56,8 +56,7 @@ void requireSize(const SLScanOptics& optics, const Image& picture) {
 }
 
 Decoded decode(const ScanResult& result, Steps& steps, const PictureSource& source) {
-  const scan::Scanner scanner(result.task.plan, result.calibration, result.task.settings);
-  Decoder decoder(scanner, static_cast<std::int32_t>(result.task.channel), result.optics());
+  Decoder decoder(result.task.plan, result.calibration, result.task.settings, result.task.channel);
   source([&](Image picture) {
     requireSize(result.optics(), picture);
     decoder.take(std::move(picture));
@@ -127,8 +126,10 @@ ScanResult compute(ScanTask task, Steps& steps, const PictureSource& source) {
   result.lit = static_cast<std::uint64_t>(std::count_if(result.decoded.modulation.begin(), result.decoded.modulation.end(),
                                                         [](float modulation) { return modulation >= litModulation; }));
   result.medianSigma = medianSigma(result.grid());
-  if (!result.task.truthText.empty()) compareWithTruth(result);
   steps.advance();
+  if (result.task.truthText.empty()) return result;
+  steps.begin("compare");
+  compareWithTruth(result);
   return result;
 }
 

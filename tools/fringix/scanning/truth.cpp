@@ -40,8 +40,8 @@ double distanceToBorder(const TruePlane& plane, const Place& point) {
   return nearest;
 }
 
-double errorOf(const TruePlane& plane, const Place& point) {
-  const double behind = dot(plane.normal, point) - plane.distance;
+// `behind` is the distance to the plane as one without borders, which its own distance is no less than.
+double errorOf(const TruePlane& plane, const Place& point, double behind) {
   if (plane.corners.empty() || isInside(plane, point - plane.normal * behind)) return behind;
   return std::copysign(distanceToBorder(plane, point), behind);
 }
@@ -55,7 +55,10 @@ double errorOf(const Truth& truth, const Place& point) {
   const auto take = [&](double error) {
     if (std::abs(error) < std::abs(nearest)) nearest = error;
   };
-  for (const TruePlane& plane : truth.planes) take(errorOf(plane, point));
+  for (const TruePlane& plane : truth.planes) {
+    const double behind = dot(plane.normal, point) - plane.distance;
+    if (std::abs(behind) < std::abs(nearest)) take(errorOf(plane, point, behind));
+  }
   for (const TrueSphere& sphere : truth.spheres) take(errorOf(sphere, point));
   return nearest;
 }
