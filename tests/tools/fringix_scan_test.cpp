@@ -60,6 +60,14 @@ TEST_F(FringixScan, LeavesAllFiles) {
   EXPECT_NE(file("report.html").find("Scan of head 4711"), std::string::npos);
 }
 
+TEST_F(FringixScan, TellsPrograms) {
+  const Outcome outcome = scan("127.0.0.1 --json");
+  ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+  const Json told(outcome.output);
+  EXPECT_EQ(told.without("/seconds"), facts().without("/seconds"));
+  EXPECT_GT(told.at("/seconds/write").number(), 0) << "which the file cannot tell yet";
+}
+
 TEST_F(FringixScan, ComputesAgainFromRawPictures) {
   ASSERT_EQ(scan("127.0.0.1 --raw --truth").exitCode, 0);
   server_.stop();

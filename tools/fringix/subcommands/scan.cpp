@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "console/terminal.h"
@@ -30,15 +31,20 @@ void print(const ReportTable& table) {
   for (const auto& [name, value] : table.rows) fmt::print("{:<16}{}\n", name, value);
 }
 
-void finish(const ScanOptions& options, const ScanResult& result, Steps& steps) {
+void report(const ScanOptions& options, const ScanResult& result, std::span<const StepTime> times, bool asJson) {
+  if (asJson) return fmt::print("{}\n", describe(result, times, options.unit).indented());
+  print(summaryOf(result));
+  print(timesOf(times));
+  fmt::print("{}: cloud.ply, cloud.pcd, range.npy, depth.png, depth-preview.png, scan.json, report.html\n", options.folder);
+}
+
+void finish(const ScanOptions& options, const ScanResult& result, Steps& steps, bool asJson) {
   steps.end();
   const std::vector<StepTime> timesBefore = steps.times();
   steps.begin("write");
   writeOutputs(options.folder, result, options.unit == "m" ? LengthUnit::metre : LengthUnit::millimetre, timesBefore);
   steps.end();
-  print(summaryOf(result));
-  print(timesOf(steps.times()));
-  fmt::print("{}: cloud.ply, cloud.pcd, range.npy, depth.png, depth-preview.png, scan.json, report.html\n", options.folder);
+  report(options, result, steps.times(), asJson);
 }
 
 // A source that keeps the pictures, too, and writes them before anything can go wrong with their points.
@@ -62,15 +68,15 @@ void scanHead(const ScanOptions& options, Context& context) {
   const ScanTask task = taskOfHead(head, context.address, options.wishes);
   const PictureSource source = [&](const PictureSink& sink) { acquire(head, task.plan, task.channel, steps, sink); };
   const ScanResult result = compute(task, steps, keeping(options, task, source));
-  finish(options, result, steps);
+  finish(options, result, steps, context.json);
 }
 
-void scanFolder(const ScanOptions& options) {
+void scanFolder(const ScanOptions& options, const Context& context) {
   const ScanTask task = taskOfFolder(options.from, options.wishes);
   Steps steps(isTerminal(stderr), partsFromFolder(task.plan) + ownParts);
   const PictureSource source = [&](const PictureSink& sink) { readRaw(options.from, task.plan, steps, sink); };
   const ScanResult result = compute(task, steps, keeping(options, task, source));
-  finish(options, result, steps);
+  finish(options, result, steps, context.json);
 }
 
 void runScan(const ScanOptions& options, Context& context) {
@@ -79,7 +85,7 @@ void runScan(const ScanOptions& options, Context& context) {
     throw arguments::UsageError(namesHead ? "--from needs no head: leave its address out" : "ADDRESS, --serial or --from is required");
   }
   requireFolder(options.folder);
-  namesHead ? scanHead(options, context) : scanFolder(options);
+  namesHead ? scanHead(options, context) : scanFolder(options, context);
 }
 
 }  // namespace
