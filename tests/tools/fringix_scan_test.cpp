@@ -68,6 +68,15 @@ TEST_F(FringixScan, TellsPrograms) {
   EXPECT_GT(told.at("/seconds/write").number(), 0) << "which the file cannot tell yet";
 }
 
+TEST_F(FringixScan, RepeatedScansDifferAsExpected) {
+  ASSERT_EQ(scan("127.0.0.1 --repeat 4").exitCode, 0);
+  const double repeatability = facts().at("/errorsInMm/repeatability").number();
+  const double expected = facts().at("/errorsInMm/medianSigma").number();
+  EXPECT_GT(repeatability, 0.6 * expected);
+  EXPECT_LT(repeatability, 1.2 * expected);
+  EXPECT_EQ(scan("--repeat 2 --from " + inQuotes(scratch_ / "out"), "again").exitCode, 2);
+}
+
 TEST_F(FringixScan, ComputesAgainFromRawPictures) {
   ASSERT_EQ(scan("127.0.0.1 --raw --truth").exitCode, 0);
   server_.stop();

@@ -9,6 +9,7 @@
 
 #include "clouds/point_grid.h"
 #include "scanning/decoder.h"
+#include "scanning/repeatability.h"
 #include "scanning/steps.h"
 #include "scanning/truth.h"
 
@@ -30,6 +31,7 @@ struct ScanResult {
   double medianSigma = 0;     // in mm
   std::vector<float> errors;  // of each point, pixels without a point left out; empty without a truth
   std::optional<ErrorFigures> trueError;
+  Repeatability repeatability;  // of this scan and those before it
 
   const SLScanOptics& optics() const { return calibration.cameras[task.channel]; }
   std::uint32_t width() const { return static_cast<std::uint32_t>(optics().width); }

@@ -1,5 +1,6 @@
 #include "scanning/steps.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "console/explain.h"
@@ -11,7 +12,9 @@ Steps::Steps(bool visible, std::size_t parts) : line_(stderr, visible), parts_(p
 void Steps::begin(const std::string& name) {
   end();
   requireWanted();
-  times_.push_back({name});
+  const auto known = std::find_if(times_.begin(), times_.end(), [&](const StepTime& step) { return step.name == name; });
+  current_ = static_cast<std::size_t>(known - times_.begin());
+  if (known == times_.end()) times_.push_back({name});
   started_ = Clock::now();
   running_ = true;
   draw();
@@ -24,11 +27,11 @@ void Steps::advance() {
 }
 
 void Steps::end() {
-  if (running_) times_.back().time = Clock::now() - started_;
+  if (running_) times_[current_].time += Clock::now() - started_;
   running_ = false;
 }
 
-void Steps::draw() { line_.show(progressText(done_, parts_, {}) + "  " + times_.back().name); }
+void Steps::draw() { line_.show(progressText(done_, parts_, {}) + "  " + times_[current_].name); }
 
 void Steps::requireWanted() const {
   if (interruption_.waitFor(std::chrono::seconds(0))) throw Failure({"the scan was ended before it was done", ""});

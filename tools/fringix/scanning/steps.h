@@ -22,7 +22,7 @@ class Steps {
  public:
   Steps(bool visible, std::size_t parts);
 
-  void begin(const std::string& name);  // ends the step before; throws Failure after Ctrl-C
+  void begin(const std::string& name);  // ends the step before; one that comes again goes on counting; throws Failure after Ctrl-C
   void advance();                       // a part is done; throws Failure after Ctrl-C
   void end();
 
@@ -37,6 +37,7 @@ class Steps {
   TransientLine line_;
   std::size_t parts_;
   std::size_t done_ = 0;
+  std::size_t current_ = 0;
   bool running_ = false;
   Clock::time_point started_{};
   std::vector<StepTime> times_;

@@ -71,6 +71,7 @@ Json describeReasons(const SLScanFindings& findings) {
 
 Json describeErrors(const ScanResult& result) {
   Json errors = Json::object({{"medianSigma", result.medianSigma}, {"rootMeanSquareSigma", result.findings().expectedSigma}});
+  if (result.repeatability.scans() > 1) errors.add("repeatability", result.repeatability.medianDeviation());
   if (!result.trueError) return errors;
   errors.add("true", Json::object({{"rootMeanSquare", result.trueError->rootMeanSquare},
                                    {"within95", result.trueError->within95},
@@ -90,6 +91,10 @@ ReportTable summaryOf(const ScanResult& result) {
   if (result.trueError) {
     row("true error", fmt::format("{:.4f} mm RMS, 95 % within {:.4f} mm, mean {:+.4f} mm", result.trueError->rootMeanSquare,
                                   result.trueError->within95, result.trueError->mean));
+  }
+  if (result.repeatability.scans() > 1) {
+    row("repeatability", fmt::format("{:.4f} mm (median deviation of a pixel over {} scans)", result.repeatability.medianDeviation(),
+                                     result.repeatability.scans()));
   }
   if (result.findings().flickers != 0) row("caution", fmt::format("the light flickers, by {:.1f} %", 100 * result.findings().flicker));
   if (result.findings().moves != 0) row("caution", "something moved while the pictures were taken");

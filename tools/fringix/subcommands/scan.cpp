@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "console/terminal.h"
@@ -13,14 +14,13 @@
 namespace fringix::tool {
 namespace {
 
-constexpr std::size_t ownParts = 2;  // of a scan besides the pictures: to compute and to write
-
 struct ScanOptions {
   ScanWishes wishes;
   std::string folder;
   std::string from;
   std::string unit = "mm";
   bool raw = false;
+  std::uint32_t scans = 1;
 };
 
 std::string checkUnit(const std::string& unit) {
@@ -63,17 +63,23 @@ PictureSource keeping(const ScanOptions& options, const ScanTask& task, PictureS
 void scanHead(const ScanOptions& options, Context& context) {
   const Device head = openHead(context);
   const SLScanPlan plan = scan::defaultPlan(static_cast<std::int32_t>(head.projectorSize().width));
-  Steps steps(isTerminal(stderr), partsFromHead(plan) + ownParts);
+  Steps steps(isTerminal(stderr), options.scans * (partsFromHead(plan) + 1) + 1);
   steps.begin("calibration");
   const ScanTask task = taskOfHead(head, context.address, options.wishes);
   const PictureSource source = [&](const PictureSink& sink) { acquire(head, task.plan, task.channel, steps, sink); };
-  const ScanResult result = compute(task, steps, keeping(options, task, source));
+  ScanResult result;
+  Repeatability repeatability;
+  for (std::uint32_t i = 0; i < options.scans; ++i) {
+    result = compute(task, steps, keeping(options, task, source));
+    repeatability.add(result.decoded.cloud.points);
+  }
+  result.repeatability = std::move(repeatability);
   finish(options, result, steps, context.json);
 }
 
 void scanFolder(const ScanOptions& options, const Context& context) {
   const ScanTask task = taskOfFolder(options.from, options.wishes);
-  Steps steps(isTerminal(stderr), partsFromFolder(task.plan) + ownParts);
+  Steps steps(isTerminal(stderr), partsFromFolder(task.plan) + 2);
   const PictureSource source = [&](const PictureSink& sink) { readRaw(options.from, task.plan, steps, sink); };
   const ScanResult result = compute(task, steps, keeping(options, task, source));
   finish(options, result, steps, context.json);
@@ -84,6 +90,7 @@ void runScan(const ScanOptions& options, Context& context) {
   if (namesHead == !options.from.empty()) {
     throw arguments::UsageError(namesHead ? "--from needs no head: leave its address out" : "ADDRESS, --serial or --from is required");
   }
+  if (!namesHead && options.scans > 1) throw arguments::UsageError("--repeat", "there are pictures of one scan in a folder");
   requireFolder(options.folder);
   namesHead ? scanHead(options, context) : scanFolder(options, context);
 }
@@ -100,6 +107,9 @@ void defineScan(arguments::Command& command, Context& context) {
   command.option("--calibration", &options->wishes.calibrationFile, "Calibration to use in place of the one that the head keeps")
       .valueName("FILE");
   command.flag("--truth", &options->wishes.wantsTruth, "Compare with what a simulated head knows of its scene");
+  command.option("--repeat", &options->scans, "Scan so many times, tell how much the points differ, and write those of the last scan")
+      .valueName("N")
+      .range(1, 1000);
   command.option("--channel", &options->wishes.channel, "Camera to measure with, 0 unless told otherwise").valueName("N").range(0, 3);
   command.option("--unit", &options->unit, "Unit of lengths in the files, mm unless told otherwise: mm or m")
       .valueName("UNIT")
