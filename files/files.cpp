@@ -110,4 +110,20 @@ std::string numberedPath(const std::string& path, std::size_t number, std::size_
   return hasExtension ? path.substr(0, dot) + suffix + path.substr(dot) : path + suffix;
 }
 
+std::string inFolder(const std::string& folder, const std::string& name) {
+  const std::u8string path = (pathOf(folder) / pathOf(name)).u8string();
+  return {path.begin(), path.end()};
+}
+
+void makeFolder(const std::string& folder) {
+  std::error_code error;
+  std::filesystem::create_directories(pathOf(folder), error);
+  if (error) throw std::runtime_error("cannot make the folder \"" + folder + "\": " + error.message());
+}
+
+bool exists(const std::string& path) {
+  std::error_code error;
+  return std::filesystem::exists(pathOf(path), error);
+}
+
 }  // namespace fringix::files

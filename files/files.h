@@ -28,6 +28,14 @@ void writeFile(const std::string& path, std::span<const std::uint8_t> bytes);
 // Where to say what was written: to standard error when the bytes went to standard output.
 std::FILE* reportStream(const std::string& path);
 
+// The name of a file in a folder.
+std::string inFolder(const std::string& folder, const std::string& name);
+
+// Makes a folder, and those above it, unless it is there.
+void makeFolder(const std::string& folder);
+
+bool exists(const std::string& path);
+
 // Whether two names lead to one file that exists.
 bool isSameFile(const std::string& one, const std::string& other);
 

@@ -60,6 +60,24 @@ TEST_F(FringixScan, LeavesAllFiles) {
   EXPECT_NE(file("report.html").find("Scan of head 4711"), std::string::npos);
 }
 
+TEST_F(FringixScan, FoldersMayHaveLettersOfAnyScript) {
+  const std::filesystem::path folder = scratch_.path() / u8"K\u00F6pfe \u5F62";
+  const std::u8string name = folder.u8string();
+  const std::string quoted = '"' + std::string(name.begin(), name.end()) + '"';
+  const Outcome outcome = runProgram(FRINGIX_TOOL, "scan 127.0.0.1 --raw -o " + quoted);
+  ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+  EXPECT_TRUE(std::filesystem::exists(folder / "cloud.ply"));
+  EXPECT_EQ(scan("--from " + quoted, "again").exitCode, 0);
+}
+
+TEST_F(FringixScan, AFolderThatCannotBeMadeIsTold) {
+  writeBytes(scratch_ / "out", "a file");
+  const Outcome outcome = scan("127.0.0.1");
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_NE(outcome.errors.find("out"), std::string::npos) << outcome.errors;
+  EXPECT_EQ(readBytes(scratch_ / "out"), "a file");
+}
+
 TEST_F(FringixScan, TellsPrograms) {
   const Outcome outcome = scan("127.0.0.1 --json");
   ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;

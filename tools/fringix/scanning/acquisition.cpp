@@ -2,7 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <filesystem>
+#include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "console/explain.h"
@@ -34,7 +35,7 @@ class Sequence {
 std::size_t countOf(const SLScanPlan& plan) { return static_cast<std::size_t>(scan::pictureCount(plan)); }
 
 Image readPicture(const std::string& path, std::size_t index, std::size_t count) {
-  if (!std::filesystem::exists(path)) {
+  if (!files::exists(path)) {
     throw Failure({fmt::format("\"{}\" is missing: picture {} of the scan's {}", path, index + 1, count),
                    "Scan again with --raw, or put the picture back: a scan needs all of its pictures."});
   }
@@ -73,7 +74,7 @@ void readRaw(const std::string& folder, const SLScanPlan& plan, Steps& steps, co
 }
 
 std::string rawPath(const std::string& folder, const SLScanPlan& plan, std::size_t index) {
-  return (std::filesystem::path(folder) / files::numberedPath("raw.png", index, std::max<std::size_t>(countOf(plan) - 1, 10))).string();
+  return files::inFolder(folder, files::numberedPath("raw.png", index, std::max<std::size_t>(countOf(plan) - 1, 10)));
 }
 
 }  // namespace fringix::tool

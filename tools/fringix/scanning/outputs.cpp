@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <limits>
 #include <string_view>
 
@@ -55,7 +54,7 @@ class Outputs {
     if (scale_ != 1) std::transform(numbers.begin(), numbers.end(), numbers.begin(), [this](float number) { return number * scale_; });
     return numbers;
   }
-  void write(const char* name, const Bytes& bytes) const { files::writeFile((std::filesystem::path(folder_) / name).string(), bytes); }
+  void write(const char* name, const Bytes& bytes) const { files::writeFile(files::inFolder(folder_, name), bytes); }
   void write(const char* name, std::string_view text) const { write(name, Bytes(text.begin(), text.end())); }
 
   std::vector<float> depths() const;  // of each pixel
@@ -141,8 +140,8 @@ void Outputs::writeReport(std::span<const StepTime> times) const {
 }  // namespace
 
 void requireFolder(const std::string& folder) {
-  std::filesystem::create_directories(folder);
-  files::requireWritable((std::filesystem::path(folder) / "cloud.ply").string());
+  files::makeFolder(folder);
+  files::requireWritable(files::inFolder(folder, "cloud.ply"));
 }
 
 void writeOutputs(const std::string& folder, const ScanResult& result, LengthUnit unit, std::span<const StepTime> times) {
@@ -155,7 +154,7 @@ void writeOutputs(const std::string& folder, const ScanResult& result, LengthUni
 
 void writeRaw(const std::string& folder, const ScanTask& task, std::span<const Image> pictures) {
   const auto write = [&](const char* name, const std::string& text) {
-    files::writeFile((std::filesystem::path(folder) / name).string(), Bytes(text.begin(), text.end()));
+    files::writeFile(files::inFolder(folder, name), Bytes(text.begin(), text.end()));
   };
   for (std::size_t i = 0; i < pictures.size(); ++i) {
     files::writeFile(rawPath(folder, task.plan, i), png::encodePngGray8(pictures[i].width, pictures[i].height, pictures[i].pixels));

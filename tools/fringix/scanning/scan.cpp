@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <thread>
 #include <utility>
 
@@ -20,8 +19,6 @@ constexpr float litModulation = 5;  // in grey levels: well above the noise of a
 std::string textOf(const std::vector<std::uint8_t>& bytes) { return {bytes.begin(), bytes.end()}; }
 
 std::string readText(const std::string& path) { return textOf(files::readFile(path, largestText)); }
-
-std::string inFolder(const std::string& folder, const char* name) { return (std::filesystem::path(folder) / name).string(); }
 
 std::string loadText(const Device& head, const std::string& address, const char* name, const char* next) {
   const std::vector<std::uint8_t> bytes = head.loadData(name);
@@ -106,13 +103,13 @@ ScanTask taskOfHead(const Device& head, const std::string& address, const ScanWi
 }
 
 ScanTask taskOfFolder(const std::string& folder, const ScanWishes& wishes) {
-  const StoredScan stored = readStoredScan(readText(inFolder(folder, "scan.json")));
+  const StoredScan stored = readStoredScan(readText(files::inFolder(folder, "scan.json")));
   ScanTask task;
   task.plan = stored.plan;
   task.settings = settingsForThisMachine();
   task.channel = stored.channel;
-  task.calibrationText = readText(wishes.calibrationFile.empty() ? inFolder(folder, "calibration.json") : wishes.calibrationFile);
-  if (wishes.wantsTruth) task.truthText = readText(inFolder(folder, "truth.json"));
+  task.calibrationText = readText(wishes.calibrationFile.empty() ? files::inFolder(folder, "calibration.json") : wishes.calibrationFile);
+  if (wishes.wantsTruth) task.truthText = readText(files::inFolder(folder, "truth.json"));
   return task;
 }
 
