@@ -89,9 +89,9 @@ TEST_F(FringixScan, TellsPrograms) {
 TEST_F(FringixScan, RepeatedScansDifferAsExpected) {
   ASSERT_EQ(scan("127.0.0.1 --repeat 4").exitCode, 0);
   const double repeatability = facts().at("/errorsInMm/repeatability").number();
-  const double expected = facts().at("/errorsInMm/medianSigma").number();
-  EXPECT_GT(repeatability, 0.6 * expected);
-  EXPECT_LT(repeatability, 1.2 * expected);
+  const double expected = facts().at("/errorsInMm/rootMeanSquareSigma").number();
+  EXPECT_GT(repeatability, 0.7 * expected);
+  EXPECT_LT(repeatability, 1.1 * expected);
   EXPECT_EQ(scan("--repeat 2 --from " + inQuotes(scratch_ / "out"), "again").exitCode, 2);
 }
 

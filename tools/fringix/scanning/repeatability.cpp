@@ -2,8 +2,6 @@
 
 #include <cmath>
 
-#include "scanning/truth.h"
-
 namespace fringix::tool {
 
 void Repeatability::add(std::span<const float> points) {
@@ -19,13 +17,15 @@ void Repeatability::add(std::span<const float> points) {
   }
 }
 
-double Repeatability::medianDeviation() const {
-  if (scans_ < 2) return 0;
-  std::vector<float> deviations;
+double Repeatability::deviation() const {
+  double squares = 0;
+  std::size_t count = 0;
   for (const Pixel& pixel : pixels_) {
-    if (pixel.count == scans_) deviations.push_back(static_cast<float>(std::sqrt(pixel.squares / static_cast<double>(scans_ - 1))));
+    if (pixel.count != scans_) continue;
+    squares += pixel.squares;
+    ++count;
   }
-  return quantile(std::move(deviations), 0.5);
+  return scans_ < 2 || count == 0 ? 0 : std::sqrt(squares / static_cast<double>(count * (scans_ - 1)));
 }
 
 }  // namespace fringix::tool

@@ -15,9 +15,9 @@ class Repeatability {
 
   std::size_t scans() const { return scans_; }
 
-  // The median over all pixels that had a point in each scan: standard deviation of its distance from the camera, in the unit of the
-  // points. 0 with fewer than two scans.
-  double medianDeviation() const;
+  // The standard deviation of a pixel's distance from the camera, in the unit of the points: the root of the mean variance of all pixels
+  // that had a point in each scan, which few scans do not make smaller. 0 with fewer than two scans.
+  double deviation() const;
 
  private:
   struct Pixel {

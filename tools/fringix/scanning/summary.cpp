@@ -71,7 +71,7 @@ Json describeReasons(const SLScanFindings& findings) {
 
 Json describeErrors(const ScanResult& result) {
   Json errors = Json::object({{"medianSigma", result.medianSigma}, {"rootMeanSquareSigma", result.findings().expectedSigma}});
-  if (result.repeatability.scans() > 1) errors.add("repeatability", result.repeatability.medianDeviation());
+  if (result.repeatability.scans() > 1) errors.add("repeatability", result.repeatability.deviation());
   if (!result.trueError) return errors;
   errors.add("true", Json::object({{"rootMeanSquare", result.trueError->rootMeanSquare},
                                    {"within95", result.trueError->within95},
@@ -93,8 +93,8 @@ ReportTable summaryOf(const ScanResult& result) {
                                   result.trueError->within95, result.trueError->mean));
   }
   if (result.repeatability.scans() > 1) {
-    row("repeatability", fmt::format("{:.4f} mm (median deviation of a pixel over {} scans)", result.repeatability.medianDeviation(),
-                                     result.repeatability.scans()));
+    row("repeatability",
+        fmt::format("{:.4f} mm (deviation of a pixel over {} scans)", result.repeatability.deviation(), result.repeatability.scans()));
   }
   if (result.findings().flickers != 0) row("caution", fmt::format("the light flickers, by {:.1f} %", 100 * result.findings().flicker));
   if (result.findings().moves != 0) row("caution", "something moved while the pictures were taken");
