@@ -56,10 +56,10 @@ bool isName(std::string_view text) {
 }
 
 // The system's look-up cannot be ended, so it goes on by itself when it takes too long.
-LookUp lookUpWithin(std::chrono::milliseconds limit, const std::string& name) {
+LookUp within(std::chrono::milliseconds limit, std::function<LookUp(const std::string&)> ask, const std::string& name) {
   std::promise<LookUp> answer;
   std::future<LookUp> answered = answer.get_future();
-  std::thread([name, promise = std::move(answer)]() mutable { promise.set_value(lookUp(name)); }).detach();
+  std::thread([name, ask = std::move(ask), promise = std::move(answer)]() mutable { promise.set_value(ask(name)); }).detach();
   if (answered.wait_for(limit) == std::future_status::ready) return answered.get();
   return {{}, fmt::format("no answer within {:g} s", std::chrono::duration<double>(limit).count())};
 }
@@ -77,10 +77,10 @@ std::string whatIsWrongWithAddress(const std::string& text) {
   return {};
 }
 
-std::string resolveAddress(const std::string& text, std::chrono::milliseconds limit) {
+std::string resolveAddress(const std::string& text, std::chrono::milliseconds limit, std::function<LookUp(const std::string&)> ask) {
   const std::string host(split(text).host);
   if (isIpv4(host)) return host;
-  LookUp found = lookUpWithin(limit, host);
+  LookUp found = within(limit, std::move(ask), host);
   if (!found.address.empty()) return std::move(found.address);
   throw Failure({fmt::format("the name \"{}\" has no IPv4 address: {}", host, found.reason),
                  "Check the name, or give the head's address. \"fringix list\" shows the heads that answer.", "unknown-name"});

@@ -2,15 +2,13 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <string>
 
 namespace fringix::tool {
 
 // Empty when a head may be called that; otherwise what is wrong with it, for a message about wrong usage. Looks nothing up.
 std::string whatIsWrongWithAddress(const std::string& text);
-
-// The dotted decimal address. Throws Failure when the name is unknown, or the system does not tell within `limit`.
-std::string resolveAddress(const std::string& text, std::chrono::milliseconds limit);
 
 struct LookUp {
   std::string address;  // empty: the name has no IPv4 address
@@ -19,5 +17,9 @@ struct LookUp {
 
 // Asks the system, which may take as long as it likes.
 LookUp lookUp(const std::string& name);
+
+// The dotted decimal address. Throws Failure when the name is unknown, or `ask` does not tell within `limit`.
+std::string resolveAddress(const std::string& text, std::chrono::milliseconds limit,
+                           std::function<LookUp(const std::string&)> ask = lookUp);
 
 }  // namespace fringix::tool
