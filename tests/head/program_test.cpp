@@ -111,11 +111,12 @@ TEST(HeadProgramTest, TriggersComeInTime) {
   const RunningProgram program({"--heads", "2", "--trigger-every", "50ms"});
   EXPECT_EQ(host.next(), "127.0.0.2: 02UDP_GPIO");
   const auto begin = std::chrono::steady_clock::now();
-  for (int i = 0; i < 4; ++i) {
+  for (int i = 0; i < 12; ++i) {
     EXPECT_EQ(host.next(), "127.0.0.3: 02UDP_GPIO");
     EXPECT_EQ(host.next(), "127.0.0.2: 02UDP_GPIO");
   }
-  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(150));
+  // 600 ms, less what a busy machine was late in hearing the first.
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(300));
 }
 
 TEST(HeadProgramTest, AnIntervalNeedsAUnitAndASense) {
