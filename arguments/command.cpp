@@ -18,4 +18,6 @@ Argument& Command::flag(std::string names, Target target, std::string help) {
   return arguments_.emplace_back(std::move(names), std::move(target), std::move(help));
 }
 
+void Command::note(std::string paragraph) { notes_.push_back(std::move(paragraph)); }
+
 }  // namespace fringix::arguments

@@ -27,9 +27,9 @@ class Command {
   Argument& option(std::string names, Target target, std::string help);
   Argument& flag(std::string names, Target target, std::string help);
 
-  void note(std::string paragraph) { notes_.push_back(std::move(paragraph)); }  // below the help; one after the other
-  void version(std::string text) { version_ = std::move(text); }                // what --version prints
-  void run(std::function<void()> work) { work_ = std::move(work); }             // after all arguments have been taken
+  void note(std::string paragraph);                                  // below the help; one after the other
+  void version(std::string text) { version_ = std::move(text); }     // what --version prints
+  void run(std::function<void()> work) { work_ = std::move(work); }  // after all arguments have been taken
 
   const std::string& name() const { return name_; }
   const std::string& summary() const { return summary_; }

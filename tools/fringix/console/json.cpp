@@ -46,7 +46,7 @@ std::string escaped(char character) {
   }
 }
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
   std::string result = "\"";
   while (!text.empty()) {
     const std::size_t length = characterLength(text);
@@ -70,14 +70,14 @@ Json Json::array(std::vector<Json> elements) {
 
 Json::Json(double number) : text_(std::isfinite(number) ? fmt::format("{}", number) : "null") {}
 
-Json::Json(std::string_view text) : text_(quoted(text)) {}
+Json::Json(std::string_view text) : text_(inQuotes(text)) {}
 
 void Json::add(std::string name, Json value) { members_.emplace_back(std::move(name), std::move(value)); }
 
 std::string Json::inBrackets(const std::string& content) const { return kind_ == Kind::object ? "{" + content + "}" : "[" + content + "]"; }
 
 std::string Json::nameOf(const Member& member, const char* colon) const {
-  return kind_ == Kind::object ? quoted(member.first) + colon : "";
+  return kind_ == Kind::object ? inQuotes(member.first) + colon : "";
 }
 
 std::string Json::line() const {
