@@ -1,4 +1,5 @@
 // Images on the projector, and measurements: each image of a sequence shown, seen by every camera, and the pictures kept.
+#include <chrono>
 #include <memory>
 #include <utility>
 
@@ -16,14 +17,16 @@ void showUpload(Call& call, PixelFormat format) {
   call.reply(image.status);
 }
 
-// The single reply of a measurement is its result. Other clients are served between its images.
+// The single reply of a measurement is its result. Other clients are served between its images. What the head computes for an image is
+// part of the image's time, as the transfer from a camera is while the next image is exposed.
 void measure(Call& call, std::uint32_t id, std::uint32_t first, std::uint32_t last) {
   if (const std::int32_t fault = call.model.measurementFault(); fault != 0) return call.wire.writeInt(fault);
   Status status = call.model.sequenceImage(id, last).status;
   if (status == Status::ok && first > last) status = Status::badParameter;
   for (std::uint32_t image = first; image <= last && status == Status::ok; ++image) {
+    const auto end = std::chrono::steady_clock::now() + call.model.settings().imageTime;
     status = call.model.measureImage(id, image);
-    call.wire.pause(call.model.settings().imageTime);
+    call.wire.pauseUntil(end);
   }
   call.reply(status);
 }

@@ -183,7 +183,7 @@ void addMeasurement(arguments::Command& program, Options& options) {
   program
       .option(
           "--image-time", [&options](std::int64_t time) { options.first.imageTime = std::chrono::milliseconds(time); },
-          "Milliseconds that a measurement takes for each image")
+          "Milliseconds that a measurement takes for each image, at least")
       .range(0, 60000)
       .valueName("MS")
       .showDefault(std::to_string(options.first.imageTime.count()));

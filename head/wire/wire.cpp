@@ -122,12 +122,12 @@ void Wire::flush() {
   unsent_.clear();
 }
 
-void Wire::pause(std::chrono::milliseconds duration) {
+void Wire::pauseUntil(std::chrono::steady_clock::time_point end) {
   flush();
-  const auto end = std::chrono::steady_clock::now() + duration;
-  for (auto rest = duration; rest > std::chrono::milliseconds::zero();
-       rest = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now())) {
+  for (;;) {
     if (stopping_) throw Disconnected{};
+    const auto rest = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+    if (rest <= std::chrono::milliseconds::zero()) return;
     platform::sleepFor(std::min(rest, stopInterval));
   }
 }

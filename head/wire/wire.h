@@ -57,7 +57,9 @@ class Wire {
   void writeRepeated(std::uint8_t byte, std::uint64_t count);
   void flush();
 
-  void pause(std::chrono::milliseconds duration);  // sends what was written, then waits, unless the head is stopped
+  // Sends what was written, then waits, unless the head is stopped.
+  void pauseUntil(std::chrono::steady_clock::time_point end);
+  void pause(std::chrono::milliseconds duration) { pauseUntil(std::chrono::steady_clock::now() + duration); }
 
  private:
   std::size_t takeBuffered(std::uint8_t* bytes, std::size_t count);

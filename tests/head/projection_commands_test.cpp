@@ -124,5 +124,32 @@ TEST_F(ProjectionCommandsTest, TakesItsTimeForEachImageAndCanBeStoppedMeanwhile)
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3)) << "100 images would take 6 seconds";
 }
 
+TEST_F(ProjectionCommandsTest, CanBeStoppedWhileItComputesWithoutAPause) {
+  HeadSettings settings = smallHead();
+  settings.address = "127.0.0.3";
+  settings.camera = {640, 512};
+  HeadServer busy(settings);
+  busy.start();
+  RawClient other("127.0.0.3");
+  other.greet();
+  other.sendText("11MSG_SLSeqAlloc");
+  other.sendInts({256});
+  const std::int32_t sequence = other.receiveInt();
+  other.receiveInt();
+  const auto measure = [&](std::int32_t last) {
+    other.sendText("61MSG_SLStartFromTo");
+    other.sendInts({sequence, 0, last});
+    EXPECT_EQ(other.receiveInt(), 0);
+  };
+  measure(0);  // for what is computed once
+  const auto begin = std::chrono::steady_clock::now();
+  measure(7);
+  const auto eightImages = std::chrono::steady_clock::now() - begin;
+  other.sendText("60MSG_SLStartMeasurement");
+  other.sendInts({sequence});
+  busy.stop();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, 16 * eightImages) << "all images would take 32 times as long";
+}
+
 }  // namespace
 }  // namespace fringix::head
