@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -50,6 +51,23 @@ int createFile(const std::filesystem::path& path) {
   return require(retried([&] { return open(path.c_str(), O_CREAT | O_EXCL | O_NOFOLLOW | O_WRONLY | O_CLOEXEC, newFileMode); }));
 }
 
+// Ctrl-C and its like wait while it lives: the process is not to end with a file that has the wrong name. The library's threads take none.
+class HeldSignals {
+ public:
+  HeldSignals() {
+    sigset_t ends;
+    sigemptyset(&ends);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) sigaddset(&ends, signal);
+    pthread_sigmask(SIG_BLOCK, &ends, &before_);
+  }
+  ~HeldSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  HeldSignals(const HeldSignals&) = delete;
+  HeldSignals& operator=(const HeldSignals&) = delete;
+
+ private:
+  sigset_t before_{};
+};
+
 void writeAll(int descriptor, std::span<const std::uint8_t> bytes) {
   while (!bytes.empty()) {
     const ssize_t count = retried([&] { return write(descriptor, bytes.data(), bytes.size()); });
@@ -99,6 +117,7 @@ void NewFile::write(std::span<const std::uint8_t> bytes) { writeAll(descriptorOf
 void NewFile::takePlace(const std::filesystem::path& place) {
   struct stat older {};
   if (lstat(place.c_str(), &older) == 0) require(fchmod(descriptorOf(handle_), older.st_mode & permissions));
+  const HeldSignals held;
   if (name_.empty()) {
     const std::filesystem::path name = place.parent_path() / uniqueName();
     require(linkat(AT_FDCWD, openFilePath(handle_).c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW));

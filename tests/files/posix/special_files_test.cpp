@@ -141,5 +141,20 @@ TEST(KilledWriter, FileIsWholeAtEveryMoment) {
   EXPECT_EQ(readBytes(path).size(), large.size());
 }
 
+// Between two small files it often has one that has a name, but not yet its place.
+TEST(KilledWriter, LeavesNothingElseWhenItIsAskedToEnd) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (int i = 0; i < 50; ++i) {
+      const ScratchFolder scratch;
+      const pid_t writer = fork();
+      while (writer == 0) writeFile((scratch / "file").string(), std::vector<std::uint8_t>{'x'});
+      while (!fs::exists(scratch / "file")) std::this_thread::yield();
+      kill(writer, signal);
+      waitpid(writer, nullptr, 0);
+      EXPECT_EQ(namesIn(scratch.path()), Names{"file"}) << signal;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace fringix::files
