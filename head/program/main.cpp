@@ -10,6 +10,7 @@
 #include <exception>
 #include <list>
 #include <optional>
+#include <stdexcept>
 #include <string>
 
 #include "arguments/usage_error.h"
@@ -42,6 +43,11 @@ void print(const std::string& lines) {
 }
 
 void printLine(const std::string& line) { print(line + "\n"); }
+
+// A script would wait for ever for the line that it cannot get.
+void requireOutput() {
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) throw std::runtime_error("the output could not be written");
+}
 
 std::string describe(Happening happening, const std::string& text) {
   switch (happening) {
@@ -93,6 +99,7 @@ void serve(const head::Options& options) {
   head::InputLines input;
   std::list<head::HeadServer> servers;
   startHeads(options, servers);
+  requireOutput();
   const bool triggers = options.triggerInterval > Clock::duration::zero();
   for (auto next = Clock::now() + options.triggerInterval; !stopRequested;) {
     constexpr std::chrono::milliseconds stopInterval{50};
@@ -112,6 +119,7 @@ int main(int argc, char** argv) {
   std::signal(SIGTERM, requestStop);
   try {
     if (const std::optional<head::Options> options = head::parseOptions(argc, argv)) serve(*options);
+    requireOutput();
     return 0;
   } catch (const arguments::UsageError& error) {
     fmt::print(stderr, "{}\nRun with --help for more information.\n", error.what());

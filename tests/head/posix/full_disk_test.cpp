@@ -1,5 +1,8 @@
 // What the head writes, on a disk that is soon full.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
 
 #include "head/model/data_store.h"
 #include "head/optics/patterns.h"
@@ -43,6 +46,16 @@ TEST(HeadOnFullDisk, PatternThatHasNoRoomIsToldAndLeavesTheOldOne) {
             "fringix-head: cannot write \"" + (disk / "7-1-000.png").string() + "\": No space left on device\n");
   EXPECT_EQ(readBytes(disk / "7-1-000.png"), old);
   EXPECT_EQ(namesIn(disk.path()), Names{"7-1-000.png"});
+}
+
+TEST(HeadOnFullDisk, OutputThatCannotBeWrittenIsAFailure) {
+  const test::ScratchFolder scratch;
+  const std::string told = (scratch / "told").string();
+  for (const char* arguments : {"--help", "--camera 64x48 --projector 32x20"}) {
+    const std::string command = std::string("timeout 20 " FRINGIX_HEAD " ") + arguments + " >/dev/full 2>" + told;
+    EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1) << arguments;
+    EXPECT_EQ(readBytes(told), "fringix-head: the output could not be written\n") << arguments;
+  }
 }
 
 }  // namespace
