@@ -26,8 +26,18 @@ class FringixOutput : public testing::Test {
 
 TEST_F(FringixOutput, ToAFullDeviceIsAFailure) {
   if (!std::ofstream("/dev/full")) GTEST_SKIP() << "the system has no device that is always full";
-  for (const char* arguments : {"--help", "--version", "list", "info 127.0.0.1", "status 127.0.0.1 --json", "get 127.0.0.1 gain",
-                                "gpio read 127.0.0.1 1", "status 127.0.0.1 --watch 10ms", "pattern alloc 127.0.0.1 1"}) {
+  ASSERT_EQ(runShell(program("pattern alloc 127.0.0.1 1") + " > " + inQuotes(scratch_ / "sequence")), 0);
+  ASSERT_EQ(runShell(program("pattern gray 127.0.0.1 1 0 0 0 0")), 0);
+  const std::string file = inQuotes(scratch_ / "file");
+  const std::string picture = inQuotes(scratch_ / "picture.png");
+  for (const std::string& arguments :
+       {std::string("--help"), std::string("--version"), std::string("list"), std::string("info 127.0.0.1"),
+        std::string("status 127.0.0.1 --json"), std::string("get 127.0.0.1 gain"), std::string("gpio read 127.0.0.1 1"),
+        std::string("status 127.0.0.1 --watch 10ms"), std::string("pattern alloc 127.0.0.1 1"), "live 127.0.0.1 -o " + picture,
+        std::string("measure 127.0.0.1 1"), "picture 127.0.0.1 0 -o " + picture,
+        "sheet " + picture + " -o " + inQuotes(scratch_ / "sheet.png"), "data save 127.0.0.1 block " + picture,
+        "data load 127.0.0.1 block -o " + file, std::string("ini read 127.0.0.1 Camera Width"), std::string("serial 127.0.0.1 hello"),
+        std::string("projector 127.0.0.1 2 0")}) {
     const int exitCode = runShell(program(arguments) + " > /dev/full 2> " + inQuotes(scratch_ / "errors"));
     EXPECT_EQ(exitCode, 1) << arguments;
     EXPECT_NE(readText(scratch_ / "errors").find("the output could not be written"), std::string::npos) << arguments;
