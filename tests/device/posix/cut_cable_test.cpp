@@ -71,9 +71,9 @@ void cutBothAndWait() {
 }
 
 TEST(CutCableInRealTimeTest, AnIdleSessionHasFailedWithinAMinute) {
-  const Outcome outcome = inProcessWithNetworks(cutBothAndWait);
-  if (outcome == Outcome::notPermitted) GTEST_SKIP() << "network namespaces and interfaces for them (/dev/net/tun) are not permitted here";
-  EXPECT_EQ(outcome, Outcome::passed);
+  const Verdict verdict = inProcessWithNetworks(cutBothAndWait);
+  if (verdict == Verdict::notPermitted) GTEST_SKIP() << "network namespaces and interfaces for them (/dev/net/tun) are not permitted here";
+  EXPECT_EQ(verdict, Verdict::passed);
 }
 
 }  // namespace

@@ -107,9 +107,9 @@ void networkThatIsDown() {
 class NetworksTest : public testing::TestWithParam<void (*)()> {};
 
 TEST_P(NetworksTest, AreEachAskedOnTheirOwn) {
-  const Outcome outcome = inProcessWithNetworks(GetParam());
-  if (outcome == Outcome::notPermitted) GTEST_SKIP() << "network namespaces and interfaces for them (/dev/net/tun) are not permitted here";
-  EXPECT_EQ(outcome, Outcome::passed) << "see the failures above";
+  const Verdict verdict = inProcessWithNetworks(GetParam());
+  if (verdict == Verdict::notPermitted) GTEST_SKIP() << "network namespaces and interfaces for them (/dev/net/tun) are not permitted here";
+  EXPECT_EQ(verdict, Verdict::passed) << "see the failures above";
 }
 
 std::string situation(const testing::TestParamInfo<void (*)()>& test) {

@@ -57,14 +57,14 @@ bool mayMakeNetworks() {
   return probe >= 0 && close(probe) == 0 && std::system("ip link set lo up 2>/dev/null") == 0;
 }
 
-Outcome outcomeOf(const std::function<void()>& body) {
-  if (!mayMakeNetworks()) return Outcome::notPermitted;
+Verdict verdictOf(const std::function<void()>& body) {
+  if (!mayMakeNetworks()) return Verdict::notPermitted;
   try {
     body();
   } catch (const std::exception& failure) {
     ADD_FAILURE() << "failed: " << failure.what();
   }
-  return testing::Test::HasFailure() ? Outcome::failed : Outcome::passed;
+  return testing::Test::HasFailure() ? Verdict::failed : Verdict::passed;
 }
 
 }  // namespace
@@ -130,22 +130,26 @@ void Networks::takeDown(const std::string& name) const {
   onTheHeadsSide([&] { run("ip link set " + name + " down"); });
 }
 
+void Networks::bringUp(const std::string& name) const {
+  onTheHeadsSide([&] { run("ip link set " + name + " up"); });
+}
+
 void Networks::onTheHeadsSide(const std::function<void()>& action) const {
   require(setns(headsSide_, CLONE_NEWNET) == 0, "the heads' side");
   action();
   require(setns(hostSide_, CLONE_NEWNET) == 0, "the host's side");
 }
 
-Outcome inProcessWithNetworks(const std::function<void()>& body) {
+Verdict inProcessWithNetworks(const std::function<void()>& body) {
   const pid_t child = fork();
   if (child == 0) {
-    const Outcome outcome = outcomeOf(body);
+    const Verdict verdict = verdictOf(body);
     std::fflush(stdout);
-    _exit(static_cast<int>(outcome));
+    _exit(static_cast<int>(verdict));
   }
   int status = 0;
   const bool ended = child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status);
-  return ended ? static_cast<Outcome>(WEXITSTATUS(status)) : Outcome::failed;
+  return ended ? static_cast<Verdict>(WEXITSTATUS(status)) : Verdict::failed;
 }
 
 }  // namespace fringix::test

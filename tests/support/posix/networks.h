@@ -21,6 +21,7 @@ class Networks {
 
   // From now on frames to the heads' side of the network are lost, and none come from there.
   void takeDown(const std::string& name) const;
+  void bringUp(const std::string& name) const;
 
   // What is opened by `action`, sockets for instance, stays on that side.
   void onTheHeadsSide(const std::function<void()>& action) const;
@@ -31,9 +32,9 @@ class Networks {
   std::vector<std::unique_ptr<Cable>> cables_;
 };
 
-enum class Outcome { passed, failed, notPermitted };
+enum class Verdict { passed, failed, notPermitted };
 
 // Runs `body` in a child process that may make networks. What fails in it is printed.
-Outcome inProcessWithNetworks(const std::function<void()>& body);
+Verdict inProcessWithNetworks(const std::function<void()>& body);
 
 }  // namespace fringix::test
