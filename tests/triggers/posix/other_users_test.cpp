@@ -70,6 +70,9 @@ class HostileUserTest : public UsersTest, public testing::WithParamInterface<Par
   }
 };
 
+// What not even root may do, though its word is believed.
+class HostileProcessTest : public HostileUserTest {};
+
 TEST_P(HostileUserTest, ForgesNothing) {
   const auto hostile = stranger("forge");
   ASSERT_NE(hostile->waitForLine("ready"), "");
@@ -102,7 +105,7 @@ TEST_P(HostileUserTest, SilencesNobodyByTheName) {
   }
 }
 
-TEST_P(HostileUserTest, HandsOutNoDescriptorThatLingers) {
+TEST_P(HostileProcessTest, HandsOutNoDescriptorThatLingers) {
   const auto hostile = stranger("hand-out-lingering");
   ASSERT_NE(hostile->waitForLine("ready"), "");
   const Listener listener = victim();
@@ -110,7 +113,7 @@ TEST_P(HostileUserTest, HandsOutNoDescriptorThatLingers) {
   EXPECT_TRUE(closesAtOnce(*listener));
 }
 
-TEST_P(HostileUserTest, LeavesNoDescriptorThatLingers) {
+TEST_P(HostileProcessTest, LeavesNoDescriptorThatLingers) {
   const Listener listener = victim();
   ASSERT_TRUE(hears(*listener));
   const auto hostile = stranger("leave-lingering");
@@ -140,7 +143,7 @@ TEST_P(HostileUserTest, UsesUpNoDescriptors) {
   EXPECT_TRUE(eventually([&] { return listener->descriptors() <= before + 1; })) << "what is left is the second";
 }
 
-TEST_P(HostileUserTest, BindsNothingBesideThePort) {
+TEST_P(HostileProcessTest, BindsNothingBesideThePort) {
   const Listener listener = victim();
   ASSERT_TRUE(hears(*listener));
   const auto hostile = stranger("bind-beside");
@@ -148,7 +151,7 @@ TEST_P(HostileUserTest, BindsNothingBesideThePort) {
   EXPECT_TRUE(hears(*listener));
 }
 
-TEST_P(HostileUserTest, DelaysByThePortOnly) {
+TEST_P(HostileProcessTest, DelaysByThePortOnly) {
   const auto hostile = stranger("take-port");
   ASSERT_NE(hostile->waitForLine("ready"), "");
   const Listener listener = victim();
@@ -161,6 +164,11 @@ TEST_P(HostileUserTest, DelaysByThePortOnly) {
 
 INSTANTIATE_TEST_SUITE_P(Users, HostileUserTest,
                          testing::Values(Parties{"AUserAgainstRoot", root, anna}, Parties{"AUserAgainstAnother", bruno, anna}),
+                         [](const auto& test) { return test.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(Users, HostileProcessTest,
+                         testing::Values(Parties{"AUserAgainstRoot", root, anna}, Parties{"RootAgainstAUser", anna, root},
+                                         Parties{"AUserAgainstAnother", bruno, anna}),
                          [](const auto& test) { return test.param.name; });
 
 // Listeners of several users who mean no harm.
