@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <chrono>
-#include <cmath>
 #include <filesystem>
 #include <limits>
 #include <map>
@@ -12,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "arguments/duration.h"
 #include "arguments/parse.h"
 #include "files/files.h"
 #include "platform/socket.h"
@@ -32,21 +32,6 @@ Size parseSize(const std::string& text) {
     throw arguments::UsageError(fmt::format("\"{}\" is no size: give WIDTHxHEIGHT, each 1 to {}", text, largestSide));
   }
   return size;
-}
-
-std::chrono::milliseconds parseInterval(const std::string& text) {
-  static const std::map<std::string, double> milliseconds{{"ms", 1}, {"s", 1000}, {"min", 60000}};
-  constexpr double longest = 24 * 60 * 60000.0;
-  double number = 0;
-  std::string unit;
-  std::istringstream input(text);
-  input >> number >> unit;
-  const auto found = milliseconds.find(unit);
-  const double time = found == milliseconds.end() ? 0 : number * found->second;
-  if (!(time >= 1 && time <= longest)) {
-    throw arguments::UsageError(fmt::format("\"{}\" is no time such as 2s, 500ms or 1min, from 1ms to 1440min", text));
-  }
-  return std::chrono::milliseconds(std::lround(time));
 }
 
 SerialScript readSerialScript(const std::string& file) {
@@ -196,7 +181,7 @@ void addMeasurement(arguments::Command& program, Options& options) {
 void addTriggers(arguments::Command& program, Options& options) {
   program
       .option(
-          "--trigger-every", [&options](const std::string& text) { options.triggerInterval = parseInterval(text); },
+          "--trigger-every", [&options](const std::string& text) { options.triggerInterval = arguments::toDuration(text); },
           "Raise a GPIO trigger of each head again and again after this time (2s, 500ms, 1min)")
       .valueName("TIME");
 }
@@ -208,7 +193,7 @@ void addClients(arguments::Command& program, HeadSettings& first) {
       .showDefault();
   program
       .option(
-          "--idle-limit", [&first](const std::string& text) { first.idleLimit = parseInterval(text); },
+          "--idle-limit", [&first](const std::string& text) { first.idleLimit = arguments::toDuration(text); },
           "How long a client may send nothing (2min, 30s); a session that is kept alive is silent for 30 s at most")
       .valueName("TIME")
       .showDefault("120s");

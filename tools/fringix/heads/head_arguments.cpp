@@ -1,15 +1,13 @@
 #include "heads/head_arguments.h"
 
+#include "arguments/duration.h"
 #include "heads/host_name.h"
-#include "heads/time_text.h"
 
 namespace fringix::tool {
 namespace {
 
 void addTimeout(arguments::Command& command, Context& context) {
-  const auto take = [&context](const std::string& text) {
-    context.timeout = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(parseSeconds(text)));
-  };
+  const auto take = [&context](const std::string& text) { context.timeout = arguments::toDuration(text); };
   command.option("--timeout", take, "How long a head may take to answer when it is connected to, 5s unless told otherwise").valueName("5s");
 }
 

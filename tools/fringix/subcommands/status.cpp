@@ -6,11 +6,11 @@
 #include <optional>
 #include <vector>
 
+#include "arguments/duration.h"
 #include "console/explain.h"
 #include "console/interruption.h"
 #include "console/json.h"
 #include "console/output.h"
-#include "heads/time_text.h"
 #include "heads/values.h"
 #include "subcommands/subcommand.h"
 
@@ -18,7 +18,7 @@ namespace fringix::tool {
 namespace {
 
 struct StatusOptions {
-  double interval = 0;  // seconds; 0: only once
+  std::chrono::milliseconds interval{};  // 0: only once
 };
 
 struct Reading {
@@ -104,12 +104,12 @@ void showAgainAndAgain(const StatusOptions& options, const Context& context, con
   do {
     const HeadStatus status = readAll(head);
     print(context.json ? toJson(status).line() + "\n" : formatTable(status) + "\n");
-  } while (!interruption.waitFor(std::chrono::duration<double>(options.interval)));
+  } while (!interruption.waitFor(options.interval));
 }
 
 void show(const StatusOptions& options, Context& context) {
   const Device head = openHead(context);
-  options.interval > 0 ? showAgainAndAgain(options, context, head) : showOnce(context, head);
+  options.interval.count() > 0 ? showAgainAndAgain(options, context, head) : showOnce(context, head);
 }
 
 }  // namespace
@@ -119,7 +119,7 @@ void defineStatus(arguments::Command& command, Context& context) {
   addAddress(command, context);
   command
       .option(
-          "--watch", [options](const std::string& text) { options->interval = parseSeconds(text); },
+          "--watch", [options](const std::string& text) { options->interval = arguments::toDuration(text); },
           "Show the status again after this time, until Ctrl-C; with --json in one line each time")
       .valueName("1s");
   command.run([options, &context] { show(*options, context); });
