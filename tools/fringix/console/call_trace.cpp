@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <fringix/fringix.hpp>
+#include <map>
 
 #include "console/output.h"
 
@@ -17,32 +18,22 @@ std::string formatTime(SystemClock::time_point time) {
   return fmt::format("{:%H:%M:%S}.{:03}", fmt::localtime(SystemClock::to_time_t(second)), (time - second) / std::chrono::milliseconds(1));
 }
 
-// The library's own text for a status would leave trace lines of its own.
-const char* nameOf(std::int32_t status) {
-  switch (status) {
-    case SLALL_OKAY:
-      return "SLALL_OKAY";
-    case SLUNKNOWN_DEVICE_ID:
-      return "SLUNKNOWN_DEVICE_ID";
-    case SLBAD_PARAMETER:
-      return "SLBAD_PARAMETER";
-    case SLSYSTEM_ERROR:
-      return "SLSYSTEM_ERROR";
-    case SLCONNECTION_ERROR:
-      return "SLCONNECTION_ERROR";
-    case SLHANDSHAKE_TIMEOUT:
-      return "SLHANDSHAKE_TIMEOUT";
-    case SLUNKNOWN_SEQUENCE_ID:
-      return "SLUNKNOWN_SEQUENCE_ID";
-    case SLMEASUREMENT_FAILED:
-      return "SLMEASUREMENT_FAILED";
-    case SLVERSION_MISMATCH:
-      return "SLVERSION_MISMATCH";
-    case SLVERSION_TOO_OLD:
-      return "SLVERSION_TOO_OLD";
-    default:
-      return "status";
-  }
+// Asked for while nothing is traced: the library's text for a status leaves trace lines of its own.
+const std::map<std::int32_t, std::string>& statusNames() {
+  static const auto names = [] {
+    std::map<std::int32_t, std::string> known;
+    for (const std::int32_t status :
+         {SLALL_OKAY, SLUNKNOWN_DEVICE_ID, SLBAD_PARAMETER, SLSYSTEM_ERROR, SLCONNECTION_ERROR, SLHANDSHAKE_TIMEOUT, SLUNKNOWN_SEQUENCE_ID,
+          SLMEASUREMENT_FAILED, SLVERSION_MISMATCH, SLVERSION_TOO_OLD})
+      known.emplace(status, statusName(status));
+    return known;
+  }();
+  return names;
+}
+
+std::string nameOf(std::int32_t status) {
+  const auto name = statusNames().find(status);
+  return name == statusNames().end() ? "status" : name->second;
 }
 
 // No call is made within another one on the same thread.
@@ -74,6 +65,7 @@ CallTrace callTrace;
 }  // namespace
 
 void traceCalls() {
+  statusNames();
   observeCalls(&callTrace);
   setTracing(true);
 }
