@@ -11,7 +11,8 @@ namespace {
 
 void stateFlag(CLI::App& app, const Argument& argument) {
   app.add_flag_callback(
-      argument.facts().names, [&argument] { argument.take({}); }, argument.facts().help);
+         argument.facts().names, [&argument] { argument.take({}); }, argument.facts().help)
+      ->disable_flag_override();
 }
 
 void stateCount(CLI::Option& option, const ArgumentFacts& facts) {
@@ -71,15 +72,59 @@ std::vector<std::string> optionsOf(const CLI::App* app) {
   return names;
 }
 
-// CLI11 would name what is missing, though the user's eye is to fall on what is there and is not understood.
+std::string listed(const std::vector<std::string>& words) {
+  std::string list;
+  for (const std::string& word : words) list += (list.empty() ? "" : ", ") + word;
+  return list;
+}
+
+// As users write it; CLI11 leaves the dashes of flags out.
+std::string nameOf(const CLI::Option& option) {
+  return option.get_lnames().empty() ? option.get_name() : "--" + option.get_lnames().front();
+}
+
+// The one with whose name a complaint of CLI11 begins.
+const CLI::Option* optionOf(const CLI::App* app, const std::string& complaint) {
+  for (; app != nullptr; app = app->get_parent()) {
+    for (const CLI::Option* option : app->get_options()) {
+      const std::string name = nameOf(*option);
+      for (const std::string& start : {name + ":", name + " ", name.substr(name.find_first_not_of('-')) + " was given"}) {
+        if (complaint.starts_with(start)) return option;
+      }
+    }
+  }
+  return nullptr;
+}
+
+// CLI11 counts what it got, but does not say what it wants.
+std::string countComplaint(const CLI::Option& option) {
+  const std::string name = nameOf(option);
+  const std::string meaning = option.get_description();
+  const auto given = static_cast<int>(option.results().size());
+  const int needed = option.get_items_expected_min();
+  if (option.get_items_expected_max() == 0) return name + " takes no value";
+  if (given >= needed && option.get_items_expected_max() == needed) return name + " can be given once only";
+  if (given == 0 || given >= needed) return name + " needs a value: " + meaning;
+  return name + " needs " + std::to_string(needed) + " values, not " + std::to_string(given) + ": " + meaning;
+}
+
+std::string requirement(const CLI::App& app, const std::string& complaint) {
+  if (const CLI::Option* missing = optionOf(&app, complaint)) return nameOf(*missing) + " is required: " + missing->get_description();
+  return "a subcommand is required, one of " + listed(subcommandsOf(app));
+}
+
+// What is missing, if nothing is there that is not understood: the user's eye is to fall on that.
 std::string complaint(const CLI::App& program, const CLI::ParseError& error) {
   const std::vector<std::string> extras = program.remaining(true);
   const int code = error.get_exit_code();
   const bool isMissingOrExtra =
       code == static_cast<int>(CLI::ExitCodes::RequiredError) || code == static_cast<int>(CLI::ExitCodes::ExtrasError);
-  if (!isMissingOrExtra || extras.empty()) return error.what();
-  const std::string quoted = "\"" + extras.front() + "\"";
   const CLI::App& app = innermost(program);
+  const CLI::Option* option = optionOf(&app, error.what());
+  if (code == static_cast<int>(CLI::ExitCodes::ArgumentMismatch) && option != nullptr) return countComplaint(*option);
+  if (!isMissingOrExtra) return error.what();
+  if (extras.empty()) return requirement(app, error.what());
+  const std::string quoted = "\"" + extras.front() + "\"";
   if (extras.front().starts_with('-')) return quoted + " is no option" + didYouMean(extras.front(), optionsOf(&app));
   if (app.get_require_subcommand_min() > 0) return quoted + " is no subcommand" + didYouMean(extras.front(), subcommandsOf(app));
   return quoted + " is one argument too many";

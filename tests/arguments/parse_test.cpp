@@ -120,9 +120,18 @@ TEST_F(Arguments, ThatAreWrongAreNamedWithWhatIsAllowed) {
 }
 
 TEST_F(Arguments, ThatAreMissingAreNamed) {
-  EXPECT_EQ(complaint(program, {}), "NAME is required");
-  EXPECT_NE(complaint(program, {"x", "--pair", "1"}), "none");
-  EXPECT_NE(complaint(program, {"x", "--part"}), "none");
+  EXPECT_EQ(complaint(program, {}), "NAME is required: A name");
+  EXPECT_EQ(complaint(program, {"x", "--pair", "1"}), "--pair needs 2 values, not 1: Two numbers");
+  EXPECT_EQ(complaint(program, {"x", "--part"}), "--part needs a value: Which part");
+  EXPECT_EQ(complaint(program, {"x", "-n"}), "--count needs a value: How many");
+  EXPECT_EQ(complaint(program, {"x", "--label"}), "--label needs a value: Labels");
+  EXPECT_EQ(complaint(program, {"x", "--label", "a", "--label"}), "--label needs a value: Labels");
+  EXPECT_EQ(runs, 0);
+}
+
+TEST_F(Arguments, ThatAreTooManyAreNamed) {
+  EXPECT_EQ(complaint(program, {"x", "-n", "1", "-n", "2"}), "--count can be given once only");
+  for (const char* flag : {"--json=1", "--json=maybe"}) EXPECT_EQ(complaint(program, {"x", flag}), "--json takes no value") << flag;
   EXPECT_EQ(runs, 0);
 }
 
@@ -192,8 +201,8 @@ TEST_F(Subcommands, ThatAreMistypedAreNamedWithWhatIsNear) {
 }
 
 TEST_F(Subcommands, HaveToBeGiven) {
-  EXPECT_EQ(complaint(program, {}), "A subcommand is required");
-  EXPECT_EQ(complaint(program, {"pattern"}), "A subcommand is required");
+  EXPECT_EQ(complaint(program, {}), "a subcommand is required, one of live, pattern");
+  EXPECT_EQ(complaint(program, {"pattern"}), "a subcommand is required, one of gray, upload");
 }
 
 TEST_F(Subcommands, PassOnWhatTheyThrow) {

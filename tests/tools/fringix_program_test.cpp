@@ -189,6 +189,14 @@ TEST(FringixProgramUsage, AddressWithAnotherPortIsToldWhyNot) {
   EXPECT_NE(outcome.errors.find("heads are always reached on port 44330"), std::string::npos) << outcome.errors;
 }
 
+TEST(FringixProgramUsage, HelpEndsWithItsLastLine) {
+  for (const char* subcommand : {"get", "set", "list", "watch"}) {
+    const std::string help = fringixTool(std::string(subcommand) + " --help").output;
+    EXPECT_TRUE(help.ends_with("\n") && !help.ends_with("\n\n")) << help;
+    EXPECT_EQ(help.find("\n\n\n"), std::string::npos) << help;
+  }
+}
+
 TEST(FringixProgramUsage, HelpNamesTheTimeLimit) {
   for (const char* subcommand : {"info", "live"}) {
     const Outcome outcome = fringixTool(std::string(subcommand) + " --help");

@@ -85,7 +85,7 @@ std::string listValues(Access access) {
   std::string list;
   for (const Value& value : values) {
     if (allows(value, access))
-      list += fmt::format("  {:<23}{}{}\n", value.name, value.meaning, value.unit == nullptr ? "" : fmt::format(", in {}", value.unit));
+      list += fmt::format("\n  {:<23}{}{}", value.name, value.meaning, value.unit == nullptr ? "" : fmt::format(", in {}", value.unit));
   }
   return list;
 }

@@ -27,7 +27,7 @@ std::span<const Value> allValues();
 // The value of that name; throws arguments::UsageError when there is none that can be read or set as asked.
 const Value& findValue(const std::string& name, Access access);
 
-// "name  meaning", one line for each value that can be read or set.
+// A line "name  meaning" for each value that can be read or set, begun with its line end.
 std::string listValues(Access access);
 
 }  // namespace fringix::tool

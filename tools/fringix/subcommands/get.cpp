@@ -19,9 +19,9 @@ void printJson(const Value& value, std::int64_t number) {
 
 void defineGet(arguments::Command& command, Context& context) {
   const auto name = std::make_shared<std::string>();
-  command.note("Values, in the units of the head:\n" + listValues(Access::read));
+  command.note("Values, in the units of the head:" + listValues(Access::read));
   addAddress(command, context);
-  command.positional("NAME", name.get(), "Name of the value, see below").required();
+  command.positional("NAME", name.get(), "Name of the value, \"fringix get --help\" lists them").required();
   command.run([name, &context] {
     const Value& value = findValue(*name, Access::read);
     const std::int64_t number = value.read(openHead(context));

@@ -46,9 +46,9 @@ void set(const SetOptions& options, Context& context) {
 
 void defineSet(arguments::Command& command, Context& context) {
   const auto options = std::make_shared<SetOptions>();
-  command.note("Values, in the units of the head:\n" + listValues(Access::write));
+  command.note("Values, in the units of the head:" + listValues(Access::write));
   addAddress(command, context);
-  command.positional("NAME", &options->name, "Name of the value, see below").required();
+  command.positional("NAME", &options->name, "Name of the value, \"fringix set --help\" lists them").required();
   command.positional("VALUE", &options->number, "The new value").required();
   command.run([options, &context] { set(*options, context); });
 }
