@@ -57,6 +57,7 @@ void Session::serve() {
   wire.readInt();  // the client's protocol version: every head serves every client
   wire.setPatience(model_.settings().idleLimit);
   while (true) {
+    wire.beginCommand();
     const std::string name = wire.readText(longestName);
     const Command* command = findCommand(name, model_.settings().protocolVersion);
     if (command == nullptr) throw ProtocolError("unknown command \"" + name + "\"");

@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t bufferSize = 4096;
 constexpr std::chrono::milliseconds stopInterval{100};  // how often a waiting session looks whether the head is being stopped
+constexpr std::uint64_t slowestRate = 16384;            // bytes a second
 constexpr std::size_t lengthDigits = 6;
 constexpr std::size_t blockStep = std::size_t{64} << 10;
 
@@ -122,6 +123,15 @@ void Wire::flush() {
   unsent_.clear();
 }
 
+void Wire::beginCommand() {
+  waited_ = {};
+  moved_ = 0;
+}
+
+std::chrono::steady_clock::duration Wire::patienceLeft() const {
+  return 2 * patience_ + std::chrono::seconds(moved_ / slowestRate) - waited_;
+}
+
 void Wire::pauseUntil(std::chrono::steady_clock::time_point end) {
   flush();
   for (;;) {
@@ -144,6 +154,7 @@ std::size_t Wire::receive(std::uint8_t* bytes, std::size_t size) {
   waitUntil(&platform::Socket::waitReadable, "sent");
   const std::ptrdiff_t count = socket_.receive(bytes, size);
   if (count <= 0) throw Disconnected{};
+  moved_ += static_cast<std::uint64_t>(count);
   return static_cast<std::size_t>(count);
 }
 
@@ -156,19 +167,22 @@ void Wire::send(const std::uint8_t* bytes, std::size_t count) {
     }
     if (sent < 0) throw Disconnected{};
     done += static_cast<std::size_t>(sent);
+    moved_ += static_cast<std::uint64_t>(sent);
   }
 }
 
-void Wire::waitUntil(platform::Readiness (platform::Socket::*ready)(std::chrono::milliseconds) const noexcept, const char* missing) const {
+void Wire::waitUntil(platform::Readiness (platform::Socket::*ready)(std::chrono::milliseconds) const noexcept, const char* missing) {
+  using Clock = std::chrono::steady_clock;
+  const Clock::duration left = patienceLeft();
+  const auto begin = Clock::now();
   auto readiness = platform::Readiness::timedOut;
-  auto rest = patience_;
-  const auto begin = std::chrono::steady_clock::now();
-  while (readiness == platform::Readiness::timedOut && !stopping_) {
-    if (rest <= std::chrono::milliseconds::zero())
-      throw Stalled("the client has " + std::string(missing) + " nothing for " + inWords(patience_));
-    readiness = (socket_.*ready)(std::min(rest, stopInterval));
-    rest = patience_ - std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
+  for (Clock::duration passed{}; readiness == platform::Readiness::timedOut && !stopping_; passed = Clock::now() - begin) {
+    if (passed >= patience_) throw Stalled("the client has " + std::string(missing) + " nothing for " + inWords(patience_));
+    if (passed >= left) throw Stalled("the client has been waited for too long, within one command");
+    const auto rest = std::min<Clock::duration>(patience_, left) - passed;
+    readiness = (socket_.*ready)(std::min(std::chrono::ceil<std::chrono::milliseconds>(rest), stopInterval));
   }
+  waited_ += Clock::now() - begin;
   if (stopping_) throw Disconnected{};
 }
 

@@ -36,7 +36,10 @@ class Wire {
  public:
   Wire(platform::Socket& socket, const std::atomic<bool>& stopping);
 
-  void setPatience(std::chrono::milliseconds patience) { patience_ = patience; }  // how long to wait for the next byte; at first for ever
+  // How long to wait for the next byte; at first for ever, nearly. All waits of one command together may take twice as long, and what its
+  // bytes take on a slow line: a client that sends or reads byte by byte does not keep its place.
+  void setPatience(std::chrono::milliseconds patience) { patience_ = patience; }
+  void beginCommand();
 
   std::int32_t readInt();
   std::string readText(std::size_t limit = longestText);  // throws ProtocolError when the length is no number or above `limit`
@@ -65,11 +68,14 @@ class Wire {
   std::size_t takeBuffered(std::uint8_t* bytes, std::size_t count);
   std::size_t receive(std::uint8_t* bytes, std::size_t size);  // at least one byte
   void send(const std::uint8_t* bytes, std::size_t count);
-  void waitUntil(platform::Readiness (platform::Socket::*ready)(std::chrono::milliseconds) const noexcept, const char* missing) const;
+  void waitUntil(platform::Readiness (platform::Socket::*ready)(std::chrono::milliseconds) const noexcept, const char* missing);
+  std::chrono::steady_clock::duration patienceLeft() const;  // with the command
 
   platform::Socket& socket_;
   const std::atomic<bool>& stopping_;
-  std::chrono::milliseconds patience_ = std::chrono::milliseconds::max();
+  std::chrono::milliseconds patience_ = std::chrono::hours(24 * 365);
+  std::chrono::steady_clock::duration waited_{};  // for the client, since the command began
+  std::uint64_t moved_ = 0;                       // bytes, since then
   std::vector<std::uint8_t> received_;
   std::size_t taken_ = 0;
   std::vector<std::uint8_t> unsent_;

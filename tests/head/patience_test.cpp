@@ -1,4 +1,5 @@
 // How many clients a head takes, and how long it waits for them.
+#include <atomic>
 #include <chrono>
 #include <thread>
 
@@ -53,6 +54,28 @@ TEST_F(PatienceTest, AClientThatStopsInTheMiddleOfACommandIsClosed) {
   client.sendText("51MSG_SLSetLEDPower");
   client.sendRaw("\x01");
   EXPECT_TRUE(client.closedByHead());
+}
+
+// Never silent for as long as it may be, and still it does not keep its place.
+TEST_F(PatienceTest, AClientThatSendsByteByByteIsClosed) {
+  server.start();
+  RawClient client;
+  client.greet();
+  client.sendText("12MSG_SLSeqPut");
+  client.sendInts({1, 0, 32, 20, 96});
+  std::atomic<bool> closed = false;
+  std::thread dripping([&] {
+    try {
+      for (int i = 0; i < 100 && !closed; ++i) {
+        client.sendRaw("x");
+        std::this_thread::sleep_for(milliseconds(200));
+      }
+    } catch (const std::runtime_error&) {  // the head has closed
+    }
+  });
+  EXPECT_TRUE(notes.waitFor(Happening::trouble, "has been waited for too long, within one command"));
+  closed = true;
+  dripping.join();
 }
 
 TEST_F(PatienceTest, KeepAlivesKeepAClient) {
