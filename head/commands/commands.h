@@ -6,18 +6,15 @@
 #include <string_view>
 
 #include "head/model/head_model.h"
-#include "head/optics/picture.h"
 #include "head/settings/status.h"
 #include "head/wire/wire.h"
 
 namespace fringix::head {
 
-// What a command works with: the head, the client's connection (the name has been read, the arguments have not), room for pictures.
+// What a command works with: the head, the client's connection (the name has been read, the arguments have not).
 struct Call {
   HeadModel& model;
   Wire& wire;
-  Picture picture{};
-  Picture part{};
 
   void reply(Status status) { wire.writeInt(static_cast<std::int32_t>(status)); }
 };

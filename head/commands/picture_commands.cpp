@@ -2,6 +2,8 @@
 #include <algorithm>
 
 #include "head/commands/commands.h"
+#include "head/commands/transfers.h"
+#include "head/optics/picture.h"
 #include "head/optics/regions.h"
 
 namespace fringix::head {
@@ -37,18 +39,25 @@ void sendPart(Call& call, const Picture* picture, const Region& region, std::uin
   const bool divides = region.width % factor == 0 && region.height % factor == 0;
   if (picture == nullptr || !divides || !liesWithin(region, picture->size)) return sendMissing(call, count);
   const bool asItIs = factor == 1 && isWhole(region, picture->size);
-  if (factor > 1) reduce(*picture, region, factor, call.part);
-  if (factor == 1 && !asItIs) crop(*picture, region, call.part);
-  const Picture& reply = asItIs ? *picture : call.part;
+  Picture part;
+  if (factor > 1) reduce(*picture, region, factor, part);
+  if (factor == 1 && !asItIs) crop(*picture, region, part);
+  const Picture& reply = asItIs ? *picture : part;
   call.wire.writeBytes(reply.pixels.data(), reply.pixels.size());
 }
 
 void sendLive(Call& call, std::uint32_t channel, const Region& region, std::uint32_t factor = 1) {
-  const bool taken = call.model.takePicture(channel, call.picture);
-  sendPart(call, taken ? &call.picture : nullptr, region, factor);
+  const auto room = takeRoom(call, 2 * call.model.settings().camera.pixels());  // for the picture and its part
+  Picture picture;
+  const bool taken = room && call.model.takePicture(channel, picture);
+  sendPart(call, taken ? &picture : nullptr, region, factor);
 }
 
-void sendStored(Call& call, PictureName name, const Region& region) { sendPart(call, call.model.storedPicture(name).get(), region); }
+void sendStored(Call& call, PictureName name, const Region& region) {
+  const Size camera = call.model.settings().camera;
+  const auto room = takeRoom(call, isWhole(region, camera) ? 0 : camera.pixels());
+  sendPart(call, room ? call.model.storedPicture(name).get() : nullptr, region);
+}
 
 constexpr Command commands[] = {
     {"41MSG_SLGetLiveImage", 0, [](Call& call) { sendLive(call, 0, wholePicture(call)); }},

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "head/commands/commands.h"
+#include "head/commands/transfers.h"
 #include "head/optics/patterns.h"
 #include "head/settings/range.h"
 
@@ -55,7 +56,8 @@ std::optional<Results> showTestPattern(HeadModel& model, std::int32_t argument) 
   return Results{argument, 0, 0};
 }
 
-constexpr ProjectorCommand projectorTable[] = {{1, tellVersion}, {2, tellState}, {3, setPower}, {4, showTestPattern}};
+constexpr std::int32_t testPatternCode = 4;
+constexpr ProjectorCommand projectorTable[] = {{1, tellVersion}, {2, tellState}, {3, setPower}, {testPatternCode, showTestPattern}};
 
 std::optional<Results> execute(HeadModel& model, std::int32_t code, std::int32_t argument) {
   constexpr Range bytes{0, 255};
@@ -68,9 +70,11 @@ constexpr Command commands[] = {
     {"310MSG_EXEC_PROJCMD", 3300,
      [](Call& call) {
        const std::int32_t code = call.wire.readInt();
-       const auto results = execute(call.model, code, call.wire.readInt());
+       const std::int32_t argument = call.wire.readInt();
+       const auto room = code == testPatternCode ? takeRoomForPattern(call) : takeRoom(call, 0);
+       const auto results = room ? execute(call.model, code, argument) : std::nullopt;
        for (const std::int32_t result : results.value_or(Results{})) call.wire.writeInt(result);
-       call.reply(results ? Status::ok : Status::badParameter);
+       call.reply(!room ? Status::outOfMemory : results ? Status::ok : Status::badParameter);
      }},
 };
 

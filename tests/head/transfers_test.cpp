@@ -141,6 +141,27 @@ TEST_F(TransfersTest, NothingIsGeneratedWithoutMemory) {
   EXPECT_EQ(ask("15MSG_SLSeqMakeImage", {id, 0, 0, 255, 0}), 0);
 }
 
+TEST_F(TransfersTest, TestPatternsNeedMemory) {
+  fill();
+  EXPECT_EQ(askInts(4, "310MSG_EXEC_PROJCMD", {4, 2}), (std::vector<std::int32_t>{0, 0, 0, outOfMemory}));
+  EXPECT_EQ(askInts(4, "310MSG_EXEC_PROJCMD", {1, 0}), (std::vector<std::int32_t>{1, 0, 0, 0})) << "nothing else does";
+  finish();
+  EXPECT_EQ(askInts(4, "310MSG_EXEC_PROJCMD", {4, 2}), (std::vector<std::int32_t>{2, 0, 0, 0}));
+}
+
+TEST_F(TransfersTest, PicturesAreMissingWithoutMemory) {
+  const auto id = static_cast<std::int32_t>(allocate(1));
+  EXPECT_EQ(ask("60MSG_SLStartMeasurement", {id}), 0);
+  const auto isThere = [](const std::vector<std::uint8_t>& picture) { return picture[0] != 0x00 || picture[1] != 0xFF; };
+  fill();
+  EXPECT_FALSE(isThere(askBytes(frameBytes, "41MSG_SLGetLiveImage")));
+  EXPECT_FALSE(isThere(askBytes(16, "44MSG_SLGetImageIndexROI", {0, 0, 4, 4, 0})));
+  EXPECT_TRUE(isThere(askBytes(frameBytes, "43MSG_SLGetImageIndex", {0}))) << "it is sent from where it is stored";
+  finish();
+  EXPECT_TRUE(isThere(askBytes(frameBytes, "41MSG_SLGetLiveImage")));
+  EXPECT_TRUE(isThere(askBytes(16, "44MSG_SLGetImageIndexROI", {0, 0, 4, 4, 0})));
+}
+
 TEST_F(TransfersTest, DecodedNumbersAreAllEmptyWithoutMemory) {
   const auto id = static_cast<std::int32_t>(allocate(2));
   EXPECT_EQ(ask("60MSG_SLStartMeasurement", {id}), 0);
