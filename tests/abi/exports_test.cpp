@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "abi/binary_image.h"
+#include "support/export_list.h"
 #include "support/sanitizers.h"
 
 namespace fringix::test {
@@ -19,19 +20,7 @@ const BinaryImage& library() {
   return image;
 }
 
-// The kept list: lines such as "  SLDevAlloc @1".
-std::vector<std::string> keptList() {
-  std::ifstream in(EXPORT_LIST);
-  std::vector<std::string> names;
-  for (std::string line; std::getline(in, line);) {
-    std::istringstream words(line);
-    std::string name;
-    std::string ordinal;
-    if (words >> name >> ordinal && ordinal.starts_with('@')) names.push_back(name);
-  }
-  std::sort(names.begin(), names.end());
-  return names;
-}
+const std::vector<std::string> keptList = readExportList(EXPORT_LIST);
 
 std::string lowered(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
@@ -39,14 +28,14 @@ std::string lowered(std::string text) {
 }
 
 TEST(ExportsTest, AreExactlyTheKeptList) {
-  ASSERT_FALSE(keptList().empty());
-  EXPECT_EQ(library().exports, keptList());
+  ASSERT_FALSE(keptList.empty());
+  EXPECT_EQ(library().exports, keptList);
 }
 
 TEST(ExportsTest, AreAllCalledByTheCProgram) {
   std::ostringstream source;
   source << std::ifstream(C_USER).rdbuf();
-  for (const std::string& name : keptList()) EXPECT_NE(source.str().find(name + "("), std::string::npos) << name;
+  for (const std::string& name : keptList) EXPECT_NE(source.str().find(name + "("), std::string::npos) << name;
 }
 
 bool isDll() { return lowered(LIBRARY_FILE).ends_with(".dll"); }

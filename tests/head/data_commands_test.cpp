@@ -3,7 +3,7 @@
 #include <string>
 
 #include "running_head.h"
-#include "temporary_folder.h"
+#include "support/scratch_folder.h"
 
 namespace fringix::head {
 namespace {
@@ -160,7 +160,7 @@ class StoredDataTest : public DataCommandsTest {
     return settings;
   }
 
-  const TemporaryFolder folder;
+  const test::ScratchFolder folder;
 };
 
 TEST_F(StoredDataTest, BlocksOutliveTheHead) {

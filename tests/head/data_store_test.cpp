@@ -8,7 +8,7 @@
 
 #include "head/model/data_name.h"
 #include "head/model/data_store.h"
-#include "temporary_folder.h"
+#include "support/scratch_folder.h"
 
 namespace fringix::head {
 namespace {
@@ -61,7 +61,7 @@ class DataStoreTest : public testing::TestWithParam<bool> {
     return block != nullptr ? *block : Block{};
   }
 
-  TemporaryFolder folder;
+  test::ScratchFolder folder;
   std::unique_ptr<DataStore> store = makeStore();
 };
 
@@ -138,7 +138,7 @@ class FolderStoreTest : public testing::Test {
         std::count_if(fs::directory_iterator(blocks), {}, [](const fs::path& file) { return file.filename() != ".lock"; }));
   }
 
-  TemporaryFolder folder;
+  test::ScratchFolder folder;
   const fs::path blocks = folder.path() / "deep" / "blocks";
 };
 

@@ -12,7 +12,7 @@
 #include "head/scene/ply_mesh.h"
 #include "head/scene/scenes.h"
 #include "head/scene/stl_mesh.h"
-#include "temporary_folder.h"
+#include "support/scratch_folder.h"
 #include "told_geometry.h"
 
 namespace fringix::head {
@@ -112,7 +112,7 @@ TEST(MeshFileTest, AllKindsGiveTheSameTriangles) {
 }
 
 std::string complaintOf(const std::string& name, const std::string& content) {
-  const TemporaryFolder folder;
+  const test::ScratchFolder folder;
   const std::string file = (folder.path() / name).string();
   std::ofstream(file, std::ios::binary) << content;
   try {
@@ -217,7 +217,7 @@ TEST(MeshTest, ATriangleIsMetWithinItsEdgesOnly) {
 }
 
 TEST(MeshSceneTest, StandsInTheMiddleOfTheMeasuringVolumeAndIsTold) {
-  const TemporaryFolder folder;
+  const test::ScratchFolder folder;
   HeadSettings settings;
   settings.camera = {160, 128};
   settings.projector = {160, 100};

@@ -8,32 +8,22 @@
 #include "abi/binary_image.h"
 #include "abi_user.h"
 #include "fringix/scan.hpp"
+#include "support/export_list.h"
 
 namespace fringix::test {
 namespace {
 
-std::vector<std::string> keptList() {
-  std::ifstream in(SCAN_EXPORT_LIST);
-  std::vector<std::string> names;
-  for (std::string line; std::getline(in, line);) {
-    std::istringstream words(line);
-    std::string name;
-    std::string ordinal;
-    if (words >> name >> ordinal && ordinal.starts_with('@')) names.push_back(name);
-  }
-  std::sort(names.begin(), names.end());
-  return names;
-}
+const std::vector<std::string> keptList = readExportList(SCAN_EXPORT_LIST);
 
 TEST(ScanExportsTest, AreExactlyTheKeptList) {
-  ASSERT_FALSE(keptList().empty());
-  EXPECT_EQ(readBinaryImage(SCAN_LIBRARY_FILE).exports, keptList());
+  ASSERT_FALSE(keptList.empty());
+  EXPECT_EQ(readBinaryImage(SCAN_LIBRARY_FILE).exports, keptList);
 }
 
 TEST(ScanExportsTest, AreAllCalledByTheCProgram) {
   std::ostringstream source;
   source << std::ifstream(SCAN_C_USER).rdbuf();
-  for (const std::string& name : keptList()) EXPECT_NE(source.str().find(name + "("), std::string::npos) << name;
+  for (const std::string& name : keptList) EXPECT_NE(source.str().find(name + "("), std::string::npos) << name;
 }
 
 TEST(ScanHeaderTest, ACProgramReachesEveryFunction) { EXPECT_EQ(abi_user_walk(), 0); }

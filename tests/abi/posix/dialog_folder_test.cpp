@@ -1,14 +1,13 @@
 // Where the library looks for its dialog module: whoever can choose the current folder must not choose what is loaded.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 
 #include "fringix/fringix.h"
+#include "support/scratch_folder.h"
 
 namespace fringix::test {
 
@@ -19,27 +18,11 @@ namespace fs = std::filesystem;
 constexpr const char* shownFrom = "FRINGIX_TEST_DIALOG";
 constexpr const char* moduleName = "libDAXFringix-dialog.so";
 
-class Folder {
- public:
-  Folder() {
-    if (mkdtemp(name_) == nullptr) throw std::runtime_error("no folder");
-  }
-  ~Folder() { fs::remove_all(name_); }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-
-  fs::path path() const { return fs::canonical(name_); }
-  void add(const char* file, const char* as) const { fs::copy_file(file, path() / as); }
-
- private:
-  char name_[32] = "/tmp/fringix-test-XXXXXX";
-};
-
 class DialogFolderTest : public testing::Test {
  protected:
   DialogFolderTest() {
-    own_.add(LIBRARY_FILE, library_.c_str());
-    strangers_.add(DIALOG_STAND_IN, moduleName);
+    fs::copy_file(LIBRARY_FILE, own_ / library_);
+    fs::copy_file(DIALOG_STAND_IN, strangers_ / moduleName);
     unsetenv(shownFrom);
   }
   ~DialogFolderTest() override { fs::current_path(before_); }
@@ -60,18 +43,18 @@ class DialogFolderTest : public testing::Test {
   // One that was loaded stays, and is found again by its name.
   const std::string library_ = std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) + ".so";
   const fs::path before_ = fs::current_path();
-  Folder own_;
-  Folder strangers_;
+  ScratchFolder own_;
+  ScratchFolder strangers_;
 };
 
 TEST_F(DialogFolderTest, TheModuleBesideTheLibraryIsShown) {
-  own_.add(DIALOG_STAND_IN, moduleName);
-  EXPECT_EQ(shownBy(own_.path() / library_), own_.path() / moduleName);
+  fs::copy_file(DIALOG_STAND_IN, own_ / moduleName);
+  EXPECT_EQ(shownBy(own_ / library_), fs::canonical(own_ / moduleName));
 }
 
 TEST_F(DialogFolderTest, ALibraryLoadedByARelativePathFindsItsOwn) {
-  own_.add(DIALOG_STAND_IN, moduleName);
-  EXPECT_EQ(shownBy("./" + library_), own_.path() / moduleName);
+  fs::copy_file(DIALOG_STAND_IN, own_ / moduleName);
+  EXPECT_EQ(shownBy("./" + library_), fs::canonical(own_ / moduleName));
 }
 
 TEST_F(DialogFolderTest, AModuleInTheCurrentFolderIsNotLoaded) { EXPECT_EQ(shownBy("./" + library_), ""); }
