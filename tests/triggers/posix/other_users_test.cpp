@@ -105,7 +105,7 @@ TEST_P(HostileUserTest, SilencesNobodyByTheName) {
   }
 }
 
-TEST_P(HostileProcessTest, HandsOutNoDescriptorThatLingers) {
+TEST_P(HostileUserTest, HandsOutNoDescriptorThatLingers) {
   const auto hostile = stranger("hand-out-lingering");
   ASSERT_NE(hostile->waitForLine("ready"), "");
   const Listener listener = victim();
