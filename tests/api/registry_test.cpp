@@ -1,6 +1,10 @@
 // Handles: what names a session and what does not.
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <thread>
+#include <vector>
+
 #include "api/device_registry.h"
 #include "api/export_call.h"
 #include "device/camera_device.h"
@@ -65,6 +69,36 @@ TEST(RegistryTest, ASessionIsClaimedOnceAndStaysUntilItIsRemoved) {
   registry.remove(0);
   EXPECT_FALSE(registry.claim(0));
   EXPECT_EQ(registry.find(0), nullptr);
+}
+
+// Without order among them the entries would soon be in none.
+TEST(RegistryTest, ManyThreadsFindAndRemoveAtOnce) {
+  DeviceRegistry registry;
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < 4; ++thread) {
+    threads.emplace_back([&, thread] {
+      for (int i = 0; i < 100000; ++i) {
+        EXPECT_EQ(registry.find(4 * (i % 64) + thread), nullptr);
+        registry.remove(4 * ((i + 32) % 64) + thread);
+      }
+      for (int i = 0; i < 64; ++i) registry.remove(4 * i + thread);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(registry.size(), 0U);
+}
+
+TEST(RegistryTest, ACallHoldsAShareOfItsSession) {
+  DeviceRegistry& registry = DeviceRegistry::instance();
+  bool destroyed = false;
+  const std::shared_ptr<CameraDevice> device = CameraDevice::create();
+  const int handle = registry.add(std::shared_ptr<ICameraDevice>(device.get(), [&](ICameraDevice*) { destroyed = true; }));
+  const int result = ExportCall("Removing", "%s").device(handle, [&](ICameraDevice&) -> int {
+    registry.remove(handle);
+    return destroyed ? SLSYSTEM_ERROR : SLALL_OKAY;
+  });
+  EXPECT_EQ(result, SLALL_OKAY) << "the session went while the call was in it";
+  EXPECT_TRUE(destroyed) << "it goes with the call";
 }
 
 TEST(RegistryTest, WhatIsThrownInsideBecomesASystemError) {
