@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "fringix/scan.hpp"
+#include "head/model/calibration_block.h"
 #include "head/serving/head_server.h"
 #include "program.h"
 #include "support/json.h"
@@ -30,6 +32,21 @@ class FringixScan : public testing::Test {
   }
   Json facts(const std::string& folder = "out") const { return Json(readBytes(scratch_ / folder / "scan.json")); }
   std::string file(const std::string& name, const std::string& folder = "out") const { return readBytes(scratch_ / folder / name); }
+
+  // What another head would tell of itself, in other.json.
+  void keepCalibrationOf(head::Size camera, head::Size projector, std::int32_t serial) const {
+    writeBytes(scratch_ / "other.json", writtenCalibrationOf(camera, projector, serial, 2));
+  }
+  static std::string writtenCalibrationOf(head::Size camera, head::Size projector, std::int32_t serial, std::int32_t cameras) {
+    head::HeadSettings other = scannedHead();
+    other.camera = camera;
+    other.projector = projector;
+    other.serial = serial;
+    const head::Block block = head::calibrationBlock(other);
+    SLScanCalibration calibration = scan::readCalibration({reinterpret_cast<const char*>(block.data()), block.size()});
+    calibration.cameraCount = cameras;
+    return scan::write(calibration);
+  }
 
   const ScratchFolder scratch_;
   head::HeadServer server_;
@@ -147,16 +164,55 @@ TEST_F(FringixScan, AMissingPictureIsNamed) {
   EXPECT_NE(outcome.errors.find("raw-07.png\" is missing"), std::string::npos) << outcome.errors;
 }
 
+// Before the head is given any work: the next sequence is its first.
 TEST_F(FringixScan, ACalibrationOfAnotherCameraIsRefused) {
-  head::HeadSettings other = scannedHead();
-  other.address = "127.0.0.2";
-  other.camera = {64, 48};
-  head::HeadServer server(other);
-  server.start();
-  ASSERT_EQ(runProgram(FRINGIX_TOOL, "data load 127.0.0.2 calibration.json -o " + inQuotes(scratch_ / "other.json")).exitCode, 0);
+  keepCalibrationOf({64, 48}, {640, 400}, 4711);
   const Outcome outcome = scan("127.0.0.1 --calibration " + inQuotes(scratch_ / "other.json"));
   EXPECT_EQ(outcome.exitCode, 1);
-  EXPECT_NE(outcome.errors.find("of a camera with 64 x 48 pixels, but"), std::string::npos) << outcome.errors;
+  EXPECT_NE(outcome.errors.find("the calibration is of a camera with 64 x 48 pixels, but this one has 320 x 256"), std::string::npos)
+      << outcome.errors;
+  EXPECT_NE(outcome.errors.find("--calibration FILE"), std::string::npos) << outcome.errors;
+  EXPECT_EQ(runProgram(FRINGIX_TOOL, "pattern alloc 127.0.0.1 1").output, "1\n");
+}
+
+TEST_F(FringixScan, ACalibrationOfAnotherProjectorIsRefused) {
+  keepCalibrationOf({320, 256}, {1024, 768}, 4711);
+  const Outcome outcome = scan("127.0.0.1 --calibration " + inQuotes(scratch_ / "other.json"));
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_NE(outcome.errors.find("of a projector with 1024 x 768 pixels, but this one has 640 x 400"), std::string::npos) << outcome.errors;
+  EXPECT_EQ(runProgram(FRINGIX_TOOL, "pattern alloc 127.0.0.1 1").output, "1\n");
+}
+
+TEST_F(FringixScan, ACameraThatTheHeadDoesNotHaveIsRefused) {
+  const Outcome outcome = scan("127.0.0.1 --channel 3");
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_NE(outcome.errors.find("there is no channel 3: the head at 127.0.0.1 has 2 channels, 0 to 1"), std::string::npos)
+      << outcome.errors;
+  EXPECT_EQ(runProgram(FRINGIX_TOOL, "pattern alloc 127.0.0.1 1").output, "1\n");
+}
+
+TEST_F(FringixScan, ACalibrationWithFewerCamerasServesTheOnesItKnows) {
+  std::string text = writtenCalibrationOf({320, 256}, {640, 400}, 4711, 1);
+  writeBytes(scratch_ / "one.json", text);
+  const std::string option = " --calibration " + inQuotes(scratch_ / "one.json");
+  const Outcome outcome = scan("127.0.0.1 --channel 1" + option);
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_NE(outcome.errors.find("the calibration has no camera 1: it knows 1"), std::string::npos) << outcome.errors;
+  const Outcome known = scan("127.0.0.1" + option);
+  EXPECT_EQ(known.exitCode, 0) << known.errors;
+  EXPECT_EQ(known.errors.find("camera"), std::string::npos) << known.errors;
+}
+
+TEST_F(FringixScan, ACalibrationOfAnotherHeadIsToldAndUsed) {
+  keepCalibrationOf({320, 256}, {640, 400}, 5);
+  const std::string caution = "the calibration is that of head 5, and this is head 4711";
+  const Outcome outcome = scan("127.0.0.1 --calibration " + inQuotes(scratch_ / "other.json"));
+  EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+  EXPECT_EQ(outcome.errors, "fringix: caution: " + caution + "\n");
+  EXPECT_NE(outcome.output.find(caution), std::string::npos) << outcome.output;
+  EXPECT_EQ(facts().at("/cautions/0").text(), caution);
+  EXPECT_EQ(scan("127.0.0.1").errors, "") << "with its own there is nothing to tell";
+  EXPECT_EQ(facts().at("/cautions").size(), 0U);
 }
 
 TEST_F(FringixScan, AHeadWithoutLightGivesNoPoints) {

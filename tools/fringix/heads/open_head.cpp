@@ -49,6 +49,16 @@ Device openHead(Context& context) {
   return openAt(context.address, context.timeout);
 }
 
+// The head has no better answer than that it has no picture.
+void requireChannel(const Device& head, std::uint32_t channel, const std::string& address) {
+  if (channel == 0) return;
+  const std::uint32_t count = head.channelCount();
+  if (channel < count) return;
+  throw Failure({fmt::format("there is no channel {}: the head at {} has {}", channel, address,
+                             count == 1 ? "1 channel, number 0" : fmt::format("{} channels, 0 to {}", count, count - 1)),
+                 "Give one of these with --channel.", "no-channel"});
+}
+
 bool isConnected(const Device& head) {
   std::uint32_t width = 0;
   std::uint32_t height = 0;

@@ -26,6 +26,9 @@ Device openAt(const std::string& address, std::chrono::milliseconds timeout);
 // Both. On a terminal a line says what it waits for.
 Device openHead(Context& context);
 
+// Throws Failure unless the head has that camera. Channel 0 is on every head, and is not asked for.
+void requireChannel(const Device& head, std::uint32_t channel, const std::string& address);
+
 // Whether the library still has a connection to the head. Asks the library only.
 bool isConnected(const Device& head);
 

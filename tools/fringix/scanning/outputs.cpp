@@ -38,7 +38,7 @@ class Outputs {
   }
 
   void writeClouds() const {
-    const std::string comments[] = {"unit " + unit_, fmt::format("serial {}", result_.calibration.serial),
+    const std::string comments[] = {"unit " + unit_, fmt::format("serial {}", result_.task.calibration.serial),
                                     "quality is the expected standard deviation in " + unit_};
     write("cloud.ply", makePly(grid_, comments));
     write("cloud.pcd", makePcd(grid_));
@@ -125,7 +125,7 @@ void Outputs::writeReport(std::span<const StepTime> times) const {
     intensity.push_back(grid_.intensity[i]);
   }
   const std::vector<float> sigma = ofPoints(sigma_);
-  Report report{fmt::format("Scan of head {}", result_.calibration.serial), unit_, places};
+  Report report{fmt::format("Scan of head {}", result_.task.calibration.serial), unit_, places};
   report.channels.push_back({"intensity", "levels", 0, 255, false, std::move(intensity)});
   report.channels.push_back({"sigma", unit_, 0, quantile(sigma, 0.99), false, sigma});
   if (result_.trueError) {

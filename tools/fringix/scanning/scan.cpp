@@ -8,6 +8,7 @@
 
 #include "console/explain.h"
 #include "files/files.h"
+#include "scanning/calibration_check.h"
 #include "scanning/stored_json.h"
 
 namespace fringix::tool {
@@ -32,30 +33,10 @@ SLScanSettings settingsForThisMachine() {
   return settings;
 }
 
-void requireChannel(const SLScanCalibration& calibration, std::uint32_t channel) {
-  if (channel < static_cast<std::uint32_t>(calibration.cameraCount)) return;
-  throw Failure({fmt::format("the calibration has no camera {}: it knows {}", channel, calibration.cameraCount),
-                 "Cameras count from 0: give another --channel."});
-}
-
-void requireProjector(const SLScanCalibration& calibration, const SLScanPlan& plan) {
-  if (calibration.projector.width == plan.projectorWidth) return;
-  throw Failure({fmt::format("the calibration is of a projector with {} columns, but this one has {}", calibration.projector.width,
-                             plan.projectorWidth),
-                 "Give the calibration of this head with --calibration FILE."});
-}
-
-void requireSize(const SLScanOptics& optics, const Image& picture) {
-  if (std::cmp_equal(optics.width, picture.width) && std::cmp_equal(optics.height, picture.height)) return;
-  throw Failure({fmt::format("the calibration is of a camera with {} x {} pixels, but the pictures have {} x {}", optics.width,
-                             optics.height, picture.width, picture.height),
-                 "Give the calibration of this head with --calibration FILE."});
-}
-
 Decoded decode(const ScanResult& result, Steps& steps, const PictureSource& source) {
-  Decoder decoder(result.task.plan, result.calibration, result.task.settings, result.task.channel);
+  Decoder decoder(result.task.plan, result.task.calibration, result.task.settings, result.task.channel);
   source([&](Image picture) {
-    requireSize(result.optics(), picture);
+    requireCameraSize(result.task.calibration, result.task.channel, {picture.width, picture.height});
     decoder.take(std::move(picture));
   });
   steps.begin("compute");
@@ -97,6 +78,11 @@ ScanTask taskOfHead(const Device& head, const std::string& address, const ScanWi
   task.calibrationText = wishes.calibrationFile.empty()
                              ? loadText(head, address, "calibration.json", "Give its calibration with --calibration FILE.")
                              : readText(wishes.calibrationFile);
+  task.calibration = scan::readCalibration(task.calibrationText);
+  requireCamera(task.calibration, task.channel);
+  requireCameraSize(task.calibration, task.channel, head.cameraSize());
+  requireProjectorSize(task.calibration, head.projectorSize());
+  task.cautions = cautionsAbout(task.calibration, head.key().serial);
   if (wishes.wantsTruth)
     task.truthText = loadText(head, address, "truth.json", "Only a simulated head knows what it looks at: leave --truth out.");
   return task;
@@ -109,16 +95,15 @@ ScanTask taskOfFolder(const std::string& folder, const ScanWishes& wishes) {
   task.settings = settingsForThisMachine();
   task.channel = stored.channel;
   task.calibrationText = readText(wishes.calibrationFile.empty() ? files::inFolder(folder, "calibration.json") : wishes.calibrationFile);
+  task.calibration = scan::readCalibration(task.calibrationText);
+  requireCamera(task.calibration, task.channel);
   if (wishes.wantsTruth) task.truthText = readText(files::inFolder(folder, "truth.json"));
   return task;
 }
 
 ScanResult compute(ScanTask task, Steps& steps, const PictureSource& source) {
   ScanResult result;
-  result.calibration = scan::readCalibration(task.calibrationText);
   result.task = std::move(task);
-  requireChannel(result.calibration, result.task.channel);
-  requireProjector(result.calibration, result.task.plan);
   result.decoded = decode(result, steps, source);
   result.lit = static_cast<std::uint64_t>(std::count_if(result.decoded.modulation.begin(), result.decoded.modulation.end(),
                                                         [](float modulation) { return modulation >= litModulation; }));

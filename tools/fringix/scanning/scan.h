@@ -18,6 +18,7 @@ struct ScanWishes {
   std::uint32_t channel = 0;
 };
 
+// Throw Failure when the calibration cannot be that of the head, or of the pictures.
 ScanTask taskOfHead(const Device& head, const std::string& address, const ScanWishes& wishes);
 ScanTask taskOfFolder(const std::string& folder, const ScanWishes& wishes);
 

@@ -20,12 +20,13 @@ struct ScanTask {
   SLScanSettings settings{};
   std::uint32_t channel = 0;
   std::string calibrationText;
-  std::string truthText;  // empty: nobody asked for it
+  SLScanCalibration calibration{};      // what the text says
+  std::vector<std::string> cautions{};  // what is odd and does not hinder
+  std::string truthText;                // empty: nobody asked for it
 };
 
 struct ScanResult {
   ScanTask task;
-  SLScanCalibration calibration{};
   Decoded decoded;
   std::uint64_t lit = 0;      // pixels that the patterns reach
   double medianSigma = 0;     // in mm
@@ -33,7 +34,7 @@ struct ScanResult {
   std::optional<ErrorFigures> trueError;
   Repeatability repeatability;  // of this scan and those before it
 
-  const SLScanOptics& optics() const { return calibration.cameras[task.channel]; }
+  const SLScanOptics& optics() const { return task.calibration.cameras[task.channel]; }
   std::uint32_t width() const { return static_cast<std::uint32_t>(optics().width); }
   std::uint32_t height() const { return static_cast<std::uint32_t>(optics().height); }
   std::uint64_t pixels() const { return std::uint64_t{width()} * height(); }

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "console/explain.h"
+#include "console/output.h"
 
 namespace fringix::tool {
 
@@ -29,6 +30,12 @@ void Steps::advance() {
 void Steps::end() {
   if (running_) times_[current_].time += Clock::now() - started_;
   running_ = false;
+}
+
+void Steps::caution(const std::string& text) {
+  line_.show("");
+  tell("fringix: caution: " + text);
+  draw();
 }
 
 void Steps::draw() { line_.show(progressText(done_, parts_, {}) + "  " + times_[current_].name); }

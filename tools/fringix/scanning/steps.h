@@ -25,6 +25,7 @@ class Steps {
   void begin(const std::string& name);  // ends the step before; one that comes again goes on counting; throws Failure after Ctrl-C
   void advance();                       // a part is done; throws Failure after Ctrl-C
   void end();
+  void caution(const std::string& text);  // told at once, beside the bar
 
   const std::vector<StepTime>& times() const { return times_; }
 

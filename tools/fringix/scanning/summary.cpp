@@ -80,6 +80,8 @@ Json describeErrors(const ScanResult& result) {
   return errors;
 }
 
+Json describeCautions(const ScanTask& task) { return Json::array({task.cautions.begin(), task.cautions.end()}); }
+
 }  // namespace
 
 ReportTable summaryOf(const ScanResult& result) {
@@ -96,6 +98,7 @@ ReportTable summaryOf(const ScanResult& result) {
     row("repeatability",
         fmt::format("{:.4f} mm (deviation of a pixel over {} scans)", result.repeatability.deviation(), result.repeatability.scans()));
   }
+  for (const std::string& caution : result.task.cautions) row("caution", caution);
   if (result.findings().flickers != 0) row("caution", fmt::format("the light flickers, by {:.1f} %", 100 * result.findings().flicker));
   if (result.findings().moves != 0) row("caution", "something moved while the pictures were taken");
   return table;
@@ -128,8 +131,8 @@ Json describe(const ScanResult& result, std::span<const StepTime> times, const s
   return Json::object({{"format", "fringix-scan"},
                        {"version", 1},
                        {"unit", unit},
-                       {"serial", result.calibration.serial},
-                       {"calibrated", result.calibration.date},
+                       {"serial", result.task.calibration.serial},
+                       {"calibrated", result.task.calibration.date},
                        {"channel", result.task.channel},
                        {"width", result.width()},
                        {"height", result.height()},
@@ -141,6 +144,7 @@ Json describe(const ScanResult& result, std::span<const StepTime> times, const s
                        {"pixels", describeReasons(findings)},
                        {"errorsInMm", describeErrors(result)},
                        {"measuredNoise", findings.measuredNoise},
+                       {"cautions", describeCautions(result.task)},
                        {"flicker", findings.flicker},
                        {"flickers", findings.flickers != 0},
                        {"moves", findings.moves != 0},

@@ -25,16 +25,6 @@ struct Outcome {
   Seconds total{};
 };
 
-// A head that does not have a channel has no better answer than that it has no picture.
-void requireChannel(const Device& device, std::uint32_t channel, const std::string& address) {
-  if (channel == 0) return;
-  const std::uint32_t count = device.channelCount();
-  if (channel < count) return;
-  throw Failure({fmt::format("there is no channel {}: the head at {} has {}", channel, address,
-                             count == 1 ? "1 channel, number 0" : fmt::format("{} channels, 0 to {}", count, count - 1)),
-                 "Give one of these with --channel.", "no-channel"});
-}
-
 Outcome fetchAll(const PictureSeries& series, const Device& device) {
   ProgressBar bar(stderr, series.count > 1 && isTerminal(stderr), series.count);
   Outcome outcome;

@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <memory>
 #include <span>
 #include <utility>
@@ -65,7 +66,9 @@ void scanHead(const ScanOptions& options, Context& context) {
   const SLScanPlan plan = scan::defaultPlan(static_cast<std::int32_t>(head.projectorSize().width));
   Steps steps(isTerminal(stderr), options.scans * (partsFromHead(plan) + 1) + 1);
   steps.begin("calibration");
+  requireChannel(head, options.wishes.channel, context.address);
   const ScanTask task = taskOfHead(head, context.address, options.wishes);
+  if (!context.json) std::for_each(task.cautions.begin(), task.cautions.end(), [&](const std::string& text) { steps.caution(text); });
   const PictureSource source = [&](const PictureSink& sink) { acquire(head, task.plan, task.channel, steps, sink); };
   ScanResult result;
   Repeatability repeatability;
