@@ -12,15 +12,6 @@ constexpr std::size_t sampling = 4;    // every fourth pixel tells enough of the
 constexpr double flickerLimit = 0.01;  // a share of the light
 constexpr double movingShare = 0.01;   // of the pixels that are lit
 
-double flickerOf(std::uint64_t black, const std::vector<std::uint64_t>& steps) {
-  const auto [least, most] = std::minmax_element(steps.begin(), steps.end());
-  double mean = 0;
-  for (const std::uint64_t step : steps) mean += static_cast<double>(step) / static_cast<double>(steps.size());
-  const double light = mean - static_cast<double>(black);
-  if (light <= 0) return 0;
-  return std::max(static_cast<double>(*most) - mean, mean - static_cast<double>(*least)) / light;
-}
-
 // The median of a standard deviation from samples with so many degrees of freedom, in proportion to the true one.
 double medianOfDeviation(std::int32_t freedom) { return std::pow(1 - 2.0 / (9.0 * freedom), 1.5); }
 
@@ -64,14 +55,22 @@ void Counts::add(const Counts& other) {
   sumOfVariances += other.sumOfVariances;
 }
 
-Findings findingsOf(const Counts& counts, const Scatter& scatter, std::int32_t freedom, std::uint64_t black,
-                    const std::vector<std::uint64_t>& steps) {
+double flickerOf(std::uint64_t black, const std::vector<std::uint64_t>& steps) {
+  const auto [least, most] = std::minmax_element(steps.begin(), steps.end());
+  double mean = 0;
+  for (const std::uint64_t step : steps) mean += static_cast<double>(step) / static_cast<double>(steps.size());
+  const double light = mean - static_cast<double>(black);
+  if (light <= 0) return 0;
+  return std::max(static_cast<double>(*most) - mean, mean - static_cast<double>(*least)) / light;
+}
+
+Findings findingsOf(const Counts& counts, const Scatter& scatter, std::int32_t freedom, double flicker) {
   const auto with = [&](Reason reason) { return static_cast<double>(counts.pixels[static_cast<std::size_t>(reason)]); };
   Findings findings;
   findings.counts = counts.pixels;
   if (with(Reason::none) > 0) findings.expectedSigma = std::sqrt(counts.sumOfVariances / with(Reason::none));
   if (freedom > 0) findings.measuredNoise = scatter.median() / medianOfDeviation(freedom);
-  findings.flicker = flickerOf(black, steps);
+  findings.flicker = flicker;
   findings.flickers = findings.flicker > flickerLimit;
   const double disturbed = with(Reason::unsteady) + with(Reason::residual);
   findings.moves = disturbed > movingShare * (disturbed + with(Reason::none));

@@ -45,9 +45,10 @@ struct Counts {
   void add(const Counts& other);
 };
 
-// `black` and `steps` are the totals of the levels of the black picture and of the finest frequency's steps, `freedom` tells how many
-// levels of a pixel its cosine did not need.
-Findings findingsOf(const Counts& counts, const Scatter& scatter, std::int32_t freedom, std::uint64_t black,
-                    const std::vector<std::uint64_t>& steps);
+// From the totals of the levels of the black picture and of the finest frequency's steps.
+double flickerOf(std::uint64_t black, const std::vector<std::uint64_t>& steps);
+
+// `freedom` tells how many levels of a pixel its cosine did not need.
+Findings findingsOf(const Counts& counts, const Scatter& scatter, std::int32_t freedom, double flicker);
 
 }  // namespace fringix::scan

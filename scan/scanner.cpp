@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "exposures.h"
 #include "failure.h"
 #include "normals.h"
 #include "parallel.h"
@@ -19,7 +20,7 @@ const Calibration& checked(const Calibration& calibration) {
   return calibration;
 }
 
-std::size_t pixelCount(const Optics& camera) { return static_cast<std::size_t>(camera.width) * static_cast<std::size_t>(camera.height); }
+constexpr std::size_t mostExposures = 16;
 
 // One strip's results on their way to the caller's buffers.
 void write(const DecodedStrip& decoded, const PointStrip& points, const LevelSums& levels, const Cloud& cloud, std::size_t start,
@@ -49,7 +50,8 @@ class Scanner::Run {
       : scanner_(scanner),
         optics_(scanner.calibration_.cameras[camera]),
         triangulator_(scanner.triangulators_[camera]),
-        pixels_(pixelCount(optics_)),
+        window_(scanner.windows_[camera]),
+        pixels_(window_.pixels()),
         cloud_(cloud) {
     if (cloud_.points == nullptr) throw Failure(Status::badParameter, "the buffer of the points is null");
     if (cloud_.sigma == nullptr) cloud_.sigma = sigma_.emplace(pixels_).data();
@@ -58,15 +60,17 @@ class Scanner::Run {
 
   // The recipe.
   Findings from(std::span<const std::uint8_t* const> pictures) {
-    inParallel(threads(), batches(), [&](std::size_t batch) { makePoints(batch, pictures); });
+    std::vector<std::uint64_t> totals(pictures.size());
+    inParallel(threads(), batches(), [&](std::size_t batch) { makePoints(batch, pictures, totals); });
+    noteFlicker(totals);
     return finish();
   }
-  Findings from(Accumulator& accumulator) {
+  Findings from(const Exposures& exposures) {
     inParallel(threads(), batches(), [&](std::size_t batch) {
-      makePoints(batch, accumulator.batch(batch));
-      accumulator.giveUp(batch);
+      makePoints(batch, exposures);
+      for (const auto& exposure : exposures) exposure->giveUp(batch);
     });
-    totals_ = accumulator.totals();
+    for (const auto& exposure : exposures) noteFlicker(exposure->totals());
     return finish();
   }
 
@@ -81,8 +85,8 @@ class Scanner::Run {
     if (decoded.counts[0] == 0) return decoded;
     const double spacing = 1 / optics_.fx;
     const Vector pinhole = transposed(optics_.rotation) * (-1.0 * optics_.translation);
-    const auto width = static_cast<std::size_t>(optics_.width);
-    const auto height = static_cast<std::size_t>(optics_.height);
+    const auto width = static_cast<std::size_t>(window_.width);
+    const auto height = static_cast<std::size_t>(window_.height);
     const CleanLimits& limits = scanner_.settings_.clean;
     clean({cloud_.points, cloud_.sigma, cloud_.reason, width, height, pinhole, spacing}, limits, threads());
     if (cloud_.normals != nullptr) normals(cloud_.points, width, height, pinhole, spacing, cloud_.normals, threads());
@@ -90,35 +94,48 @@ class Scanner::Run {
   }
 
   // Each strip goes the whole way while it is in the processor's caches.
-  void makePoints(std::size_t batch, std::span<const std::uint8_t* const> pictures) {
+  void makePoints(std::size_t batch, std::span<const std::uint8_t* const> pictures, std::vector<std::uint64_t>& totals) {
     SumsOfStrips sums(scanner_.plan_, 1);
     Strip<std::uint8_t> copy;
     Scatter scatter;
-    std::vector<std::uint64_t> totals(pictures.size(), 0);
+    std::vector<std::uint64_t> added(pictures.size(), 0);
+    DecodedStrip decoded;
     for (std::size_t strip = firstOf(batch); strip < endOf(batch); ++strip) {
       sums.clear();
       for (std::size_t i = 0; i < pictures.size(); ++i) {
-        totals[i] += scan::add(scanner_.plan_.pictures()[i], pixelsOfStrip(pictures[i], strip, copy), sums[0]);
+        added[i] += scan::add(scanner_.plan_.pictures()[i], pixelsOfStrip(pictures[i], strip, copy), sums[0]);
       }
-      makePoints(strip, sums[0], scatter);
+      scanner_.decoder_.decode(sums[0], decoded);
+      makePoints(strip, decoded, sums[0].levels, scatter);
     }
-    collect(scatter, totals);
+    const std::lock_guard lock(mutex_);
+    scatter_.add(scatter);
+    for (std::size_t i = 0; i < added.size(); ++i) totals[i] += added[i];
   }
 
-  void makePoints(std::size_t batch, SumsOfStrips& sums) {
+  // The grey levels of the white picture are those of the first exposure, so that they can be compared.
+  void makePoints(std::size_t batch, const Exposures& exposures) {
     Scatter scatter;
-    for (std::size_t strip = firstOf(batch); strip < endOf(batch); ++strip) makePoints(strip, sums[strip - firstOf(batch)], scatter);
-    collect(scatter, {});
+    DecodedStrip decoded;
+    DecodedStrip other;
+    for (std::size_t i = 0; i < endOf(batch) - firstOf(batch); ++i) {
+      scanner_.decoder_.decode(exposures[0]->batch(batch)[i], decoded);
+      for (std::size_t exposure = 1; exposure < exposures.size(); ++exposure) {
+        scanner_.decoder_.decode(exposures[exposure]->batch(batch)[i], other);
+        takeBetter(other, decoded);
+      }
+      makePoints(firstOf(batch) + i, decoded, exposures[0]->batch(batch)[i].levels, scatter);
+    }
+    const std::lock_guard lock(mutex_);
+    scatter_.add(scatter);
   }
 
-  void makePoints(std::size_t strip, const StripSums& sums, Scatter& scatter) {
-    DecodedStrip decoded;
+  void makePoints(std::size_t strip, DecodedStrip& decoded, const LevelSums& levels, Scatter& scatter) {
     PointStrip points;
-    scanner_.decoder_.decode(sums, decoded);
     triangulator_.triangulate(strip, decoded, points);
     const std::size_t start = strip * stripLength;
     const std::size_t count = std::min(stripLength, pixels_ - start);
-    write(decoded, points, sums.levels, cloud_, start, count);
+    write(decoded, points, levels, cloud_, start, count);
     scatter.add(decoded, count);
   }
 
@@ -126,12 +143,10 @@ class Scanner::Run {
     return scan::pixelsOf(picture, pixels_, strip, copy);
   }
 
-  // Whole numbers only, so that the order in which threads come makes no difference.
-  void collect(const Scatter& scatter, const std::vector<std::uint64_t>& totals) {
-    const std::lock_guard lock(mutex_);
-    scatter_.add(scatter);
-    totals_.resize(std::max(totals_.size(), totals.size()), 0);
-    for (std::size_t i = 0; i < totals.size(); ++i) totals_[i] += totals[i];
+  // Of an exposure, from the totals of its pictures' levels.
+  void noteFlicker(const std::vector<std::uint64_t>& totals) {
+    const auto steps = static_cast<std::ptrdiff_t>(scanner_.plan_.settings().steps);
+    flicker_ = std::max(flicker_, flickerOf(totals[1], {totals.end() - steps, totals.end()}));
   }
 
   Findings findings() const {
@@ -142,20 +157,20 @@ class Scanner::Run {
     });
     Counts all;
     for (const Counts& some : counts) all.add(some);
-    const auto steps = static_cast<std::ptrdiff_t>(scanner_.plan_.settings().steps);
-    return findingsOf(all, scatter_, scanner_.decoder_.freedom(), totals_[1], {totals_.end() - steps, totals_.end()});
+    return findingsOf(all, scatter_, scanner_.decoder_.freedom(), flicker_);
   }
 
   const Scanner& scanner_;
   const Optics& optics_;
   const Triangulator& triangulator_;
+  Window window_;
   std::size_t pixels_;
   Cloud cloud_;
   std::optional<std::vector<float>> sigma_;
   std::optional<std::vector<std::uint8_t>> reason_;
   std::mutex mutex_;
-  Scatter scatter_;
-  std::vector<std::uint64_t> totals_;
+  Scatter scatter_;  // counts, so that the order in which threads come makes no difference
+  double flicker_ = 0;
 };
 
 Scanner::Scanner(const PlanSettings& plan, const Calibration& calibration, const ScanSettings& settings)
@@ -167,9 +182,24 @@ Scanner::Scanner(const PlanSettings& plan, const Calibration& calibration, const
                                             " columns, the calibration for one of " + std::to_string(calibration.projector.width));
   }
   for (std::size_t i = 0; i < calibration_.cameras.size(); ++i) {
-    triangulators_.emplace_back(calibration_, i, settings.triangulation, settings.threads);
+    windows_.push_back({0, 0, calibration_.cameras[i].width, calibration_.cameras[i].height});
+    triangulators_.emplace_back(calibration_, i, windows_[i], settings.triangulation, settings.threads);
   }
-  accumulators_.resize(calibration_.cameras.size());
+  exposures_.resize(calibration_.cameras.size());
+}
+
+void Scanner::use(std::size_t camera, const Window& window) {
+  requireCamera(camera);
+  const Optics& optics = calibration_.cameras[camera];
+  if (!window.liesWithin(optics.width, optics.height)) {
+    throw Failure(Status::badParameter, "a window of " + std::to_string(window.width) + " x " + std::to_string(window.height) +
+                                            " pixels at " + std::to_string(window.x) + ", " + std::to_string(window.y) +
+                                            " does not lie within the camera's " + std::to_string(optics.width) + " x " +
+                                            std::to_string(optics.height));
+  }
+  triangulators_[camera] = Triangulator(calibration_, camera, window, settings_.triangulation, settings_.threads);
+  windows_[camera] = window;
+  exposures_[camera].clear();
 }
 
 void Scanner::requireCamera(std::size_t camera) const {
@@ -193,28 +223,36 @@ Findings Scanner::compute(std::size_t camera, std::span<const std::uint8_t* cons
 
 void Scanner::add(std::size_t camera, const std::uint8_t* picture) {
   requireCamera(camera);
-  auto& accumulator = accumulators_[camera];
-  if (accumulator == nullptr) {
-    accumulator = std::make_unique<Accumulator>(plan_, pixelCount(calibration_.cameras[camera]), settings_.threads);
-  }
-  accumulator->add(picture);
+  Exposures& exposures = exposures_[camera];
+  if (exposures.empty()) exposures.push_back(std::make_unique<Accumulator>(plan_, windows_[camera].pixels(), settings_.threads));
+  exposures.back()->add(picture);
+}
+
+void Scanner::nextExposure(std::size_t camera) {
+  requireComplete(camera);
+  Exposures& exposures = exposures_[camera];
+  if (exposures.size() == mostExposures) throw Failure(Status::badPictures, std::to_string(mostExposures) + " exposures are possible");
+  exposures.push_back(std::make_unique<Accumulator>(plan_, windows_[camera].pixels(), settings_.threads));
+}
+
+void Scanner::requireComplete(std::size_t camera) const {
+  requireCamera(camera);
+  const std::size_t taken = exposures_[camera].empty() ? 0 : exposures_[camera].back()->taken();
+  if (taken == plan_.pictures().size()) return;
+  throw Failure(Status::badPictures,
+                "picture " + std::to_string(taken) + " is missing; the plan has " + std::to_string(plan_.pictures().size()));
 }
 
 Findings Scanner::finish(std::size_t camera, const Cloud& cloud) {
-  requireCamera(camera);
-  const std::size_t taken = accumulators_[camera] == nullptr ? 0 : accumulators_[camera]->taken();
-  if (taken < plan_.pictures().size()) {
-    throw Failure(Status::badPictures,
-                  "picture " + std::to_string(taken) + " is missing; the plan has " + std::to_string(plan_.pictures().size()));
-  }
+  requireComplete(camera);
   Run run(*this, camera, cloud);
-  const auto accumulator = std::move(accumulators_[camera]);
-  return run.from(*accumulator);
+  const Exposures exposures = std::exchange(exposures_[camera], {});
+  return run.from(exposures);
 }
 
 void Scanner::forget(std::size_t camera) {
   requireCamera(camera);
-  accumulators_[camera].reset();
+  exposures_[camera].clear();
 }
 
 }  // namespace fringix::scan

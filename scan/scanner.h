@@ -15,6 +15,7 @@
 #include "findings.h"
 #include "plan.h"
 #include "triangulate.h"
+#include "window.h"
 
 namespace fringix::scan {
 
@@ -47,25 +48,33 @@ class Scanner {
   const Plan& plan() const noexcept { return plan_; }
   const Calibration& calibration() const noexcept { return calibration_; }
 
+  // What part of a camera's picture the pictures and the results are; all of it at first. Pictures that were added are forgotten.
+  void use(std::size_t camera, const Window& window);
+  const Window& window(std::size_t camera) const { return windows_[camera]; }
+
   // All pictures of a camera at once, in the plan's order.
   Findings compute(std::size_t camera, std::span<const std::uint8_t* const> pictures, const Cloud& cloud);
 
   // Or one at a time, in that order, and then the points. Both give the same.
   void add(std::size_t camera, const std::uint8_t* picture);
+  void nextExposure(std::size_t camera);  // the pictures to come are all of them again, in another exposure
   Findings finish(std::size_t camera, const Cloud& cloud);
   void forget(std::size_t camera);  // the pictures that were added
 
  private:
   class Run;
+  using Exposures = std::vector<std::unique_ptr<Accumulator>>;
 
   void requireCamera(std::size_t camera) const;
+  void requireComplete(std::size_t camera) const;
 
   Plan plan_;
   Calibration calibration_;
   ScanSettings settings_;
   Decoder decoder_;
-  std::vector<Triangulator> triangulators_;                 // of each camera
-  std::vector<std::unique_ptr<Accumulator>> accumulators_;  // of each camera that pictures were added of
+  std::vector<Window> windows_;  // of each camera, like the next two
+  std::vector<Triangulator> triangulators_;
+  std::vector<Exposures> exposures_;  // none before the first picture was added
 };
 
 }  // namespace fringix::scan

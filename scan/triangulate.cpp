@@ -46,31 +46,34 @@ struct Triangulator::Columns {
   Strip<float> shown;  // the normalised row, with distortion
 };
 
-Triangulator::Triangulator(const Calibration& calibration, std::size_t camera, const TriangulationLimits& limits, std::size_t threads)
-    : projector_(calibration.projector), limits_(limits) {
+Triangulator::Triangulator(const Calibration& calibration, std::size_t camera, const Window& window, const TriangulationLimits& limits,
+                           std::size_t threads)
+    : projector_(calibration.projector), limits_(limits), window_(window) {
   check(limits);
   const Optics& optics = calibration.cameras.at(camera);
   toReference_ = transposed(optics.rotation);
   pinhole_ = toReference_ * (-1.0 * optics.translation);
   toProjector_ = projector_.rotation * toReference_;
   seenFrom_ = projector_.rotation * pinhole_ + projector_.translation;
-  width_ = static_cast<std::size_t>(optics.width);
-  const std::size_t padded = stripsOf(width_ * static_cast<std::size_t>(optics.height)) * stripLength;
+  const std::size_t padded = stripsOf(window.pixels()) * stripLength;
   rayX_.resize(padded);
   rayY_.resize(padded);
-  inParallel(threads, static_cast<std::size_t>(optics.height), [&](std::size_t row) { makeRays(optics, row); });
+  inParallel(threads, static_cast<std::size_t>(window.height), [&](std::size_t row) { makeRays(optics, static_cast<std::int32_t>(row)); });
 }
 
-// Each search starts from the neighbour's result.
-void Triangulator::makeRays(const Optics& camera, std::size_t row) {
-  Place place = camera.normalised(0, static_cast<double>(row));
+// Each search starts from the neighbour's result, and the first one at the picture's border, so that a window has the very rays that the
+// whole picture has there.
+void Triangulator::makeRays(const Optics& camera, std::int32_t row) {
+  Place place = camera.normalised(0, row + window_.y);
   Place before = place;
-  for (std::size_t column = 0; column < width_; ++column) {
-    const Place shown = camera.normalised(static_cast<double>(column), static_cast<double>(row));
+  const std::ptrdiff_t start = static_cast<std::ptrdiff_t>(row) * window_.width - window_.x;
+  for (std::int32_t column = 0; column < window_.x + window_.width; ++column) {
+    const Place shown = camera.normalised(column, row + window_.y);
     place = undistort(camera.distortion, shown, {place.x + shown.x - before.x, place.y});
     before = shown;
-    rayX_[row * width_ + column] = static_cast<float>(place.x);
-    rayY_[row * width_ + column] = static_cast<float>(place.y);
+    if (column < window_.x) continue;
+    rayX_[static_cast<std::size_t>(start + column)] = static_cast<float>(place.x);
+    rayY_[static_cast<std::size_t>(start + column)] = static_cast<float>(place.y);
   }
 }
 

@@ -7,6 +7,7 @@
 #include "calibration.h"
 #include "decode.h"
 #include "strip.h"
+#include "window.h"
 
 namespace fringix::scan {
 
@@ -26,17 +27,18 @@ struct PointStrip {
 
 class Triangulator {
  public:
-  // Makes the table of the camera's rays.
-  Triangulator(const Calibration& calibration, std::size_t camera, const TriangulationLimits& limits, std::size_t threads);
+  // Makes the table of the camera's rays, those of the window only.
+  Triangulator(const Calibration& calibration, std::size_t camera, const Window& window, const TriangulationLimits& limits,
+               std::size_t threads);
 
-  // Makes points of the pixels from strip * stripLength on, and adds reasons for those that have none so far.
+  // Makes points of the window's pixels from strip * stripLength on, and adds reasons for those that have none so far.
   void triangulate(std::size_t strip, DecodedStrip& decoded, PointStrip& points) const;
 
  private:
   struct Rays;
   struct Columns;
 
-  void makeRays(const Optics& camera, std::size_t row);
+  void makeRays(const Optics& camera, std::int32_t row);
   void turnRays(std::size_t strip, Rays& rays) const;
   void straighten(const DecodedStrip& decoded, const Rays& rays, Columns& columns) const;
   void improve(const DecodedStrip& decoded, Columns& columns) const;
@@ -49,7 +51,7 @@ class Triangulator {
   Vector seenFrom_;     // the camera's pinhole in that frame
   Matrix toReference_;  // turns a ray of the camera into the reference frame
   Vector pinhole_;      // the camera's, in that frame
-  std::size_t width_;
+  Window window_;
   std::vector<float> rayX_;
   std::vector<float> rayY_;
 };

@@ -215,6 +215,25 @@ FRINGIX_SCAN_API int32_t SLScanCompute(SLScanner* scanner, int32_t camera, const
 FRINGIX_SCAN_API int32_t SLScanAddPicture(SLScanner* scanner, int32_t camera, const uint8_t* picture, int32_t width, int32_t height);
 FRINGIX_SCAN_API int32_t SLScanFinish(SLScanner* scanner, int32_t camera, const SLScanCloud* cloud, SLScanFindings* findings);
 
+/*
+ * Says that the plan's pictures of a camera are all there, and that they come once more in another exposure: SLScanFinish then takes each
+ * pixel from the exposure that tells most of it, the longest in which it is not too bright. Exposures that contradict each other give
+ * SLSCAN_UNSTEADY. The grey levels in `intensity` are those of the first exposure. The sums of each exposure are kept, up to 16 of them.
+ *
+ * SLSCAN_BAD_PICTURES  a picture of the exposure before is missing, or there are 16
+ */
+FRINGIX_SCAN_API int32_t SLScanNextExposure(SLScanner* scanner, int32_t camera);
+
+/*
+ * From now on the pictures of a camera are a part of what it sees, `width` times `height` pixels from column `x` and row `y` on, and so are
+ * the buffers. Pixels get the points that they get in the whole picture; but the cleaning and the normals look at a pixel's neighbours, so
+ * for the same points there the pictures have to show SLScanSettings.leastPatch pixels more on each side (2 when that is less, or off).
+ * Pictures that were added before are forgotten.
+ *
+ * SLSCAN_BAD_PARAMETER  no such camera, or the part is empty or leaves the picture
+ */
+FRINGIX_SCAN_API int32_t SLScanUseWindow(SLScanner* scanner, int32_t camera, int32_t x, int32_t y, int32_t width, int32_t height);
+
 /* Forgets the pictures of a camera that were added. */
 FRINGIX_SCAN_API int32_t SLScanForget(SLScanner* scanner, int32_t camera);
 

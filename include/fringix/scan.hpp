@@ -8,6 +8,7 @@
 #ifndef FRINGIX_SCAN_HPP
 #define FRINGIX_SCAN_HPP
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -105,11 +106,11 @@ struct Cloud {
 
 class Scanner {
  public:
-  Scanner(const SLScanPlan& plan, const SLScanCalibration& calibration, const SLScanSettings& settings = defaultSettings())
-      : calibration_(calibration) {
+  Scanner(const SLScanPlan& plan, const SLScanCalibration& calibration, const SLScanSettings& settings = defaultSettings()) {
     SLScanner* made = nullptr;
     check(SLScannerAlloc(&plan, &calibration, &settings, &made));
     scanner_.reset(made);
+    for (std::size_t i = 0; i < sizes_.size(); ++i) sizes_[i] = {calibration.cameras[i].width, calibration.cameras[i].height};
   }
 
   SLScanner* handle() const noexcept { return scanner_.get(); }  // for the C functions
@@ -118,9 +119,9 @@ class Scanner {
   Cloud compute(std::int32_t camera, const std::vector<const std::uint8_t*>& pictures, bool withNormals = true) const {
     Cloud cloud(pixelsOf(camera), withNormals);
     const SLScanCloud buffers = cloud.buffers();
-    const SLScanOptics& optics = opticsOf(camera);
-    check(SLScanCompute(handle(), camera, pictures.data(), static_cast<std::int32_t>(pictures.size()), optics.width, optics.height,
-                        &buffers, &cloud.findings));
+    const auto [width, height] = sizeOf(camera);
+    check(SLScanCompute(handle(), camera, pictures.data(), static_cast<std::int32_t>(pictures.size()), width, height, &buffers,
+                        &cloud.findings));
     return cloud;
   }
 
@@ -134,6 +135,11 @@ class Scanner {
     check(SLScanFinish(handle(), camera, &buffers, &cloud.findings));
     return cloud;
   }
+  void nextExposure(std::int32_t camera) const { check(SLScanNextExposure(handle(), camera)); }
+  void useWindow(std::int32_t camera, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) {
+    check(SLScanUseWindow(handle(), camera, x, y, width, height));
+    sizes_[static_cast<std::size_t>(camera)] = {width, height};
+  }
   void forget(std::int32_t camera) const { check(SLScanForget(handle(), camera)); }
 
  private:
@@ -141,15 +147,21 @@ class Scanner {
     void operator()(SLScanner* scanner) const noexcept { SLScannerFree(scanner); }
   };
 
+  struct PictureSize {
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+  };
+
   // Of a camera that does not exist the first stands in: the library refuses the call.
-  const SLScanOptics& opticsOf(std::int32_t camera) const noexcept {
-    return calibration_.cameras[camera >= 0 && camera < calibration_.cameraCount ? camera : 0];
+  PictureSize sizeOf(std::int32_t camera) const noexcept {
+    const auto index = static_cast<std::size_t>(camera);
+    return sizes_[index < sizes_.size() ? index : 0];
   }
   std::size_t pixelsOf(std::int32_t camera) const noexcept {
-    return static_cast<std::size_t>(opticsOf(camera).width) * static_cast<std::size_t>(opticsOf(camera).height);
+    return static_cast<std::size_t>(sizeOf(camera).width) * static_cast<std::size_t>(sizeOf(camera).height);
   }
 
-  SLScanCalibration calibration_;
+  std::array<PictureSize, 4> sizes_{};  // of each camera's pictures
   std::unique_ptr<SLScanner, Free> scanner_;
 };
 

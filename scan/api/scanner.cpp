@@ -55,26 +55,25 @@ SLScanFindings recordOf(const Findings& findings) {
   return record;
 }
 
-const Optics& cameraOf(const SLScanner& scanner, std::int32_t camera) {
+const Window& windowOf(const SLScanner& scanner, std::int32_t camera) {
   const auto& cameras = scanner.scanner.calibration().cameras;
   if (camera < 0 || static_cast<std::size_t>(camera) >= cameras.size()) {
     throw Failure(Status::badParameter,
                   "there is no camera " + std::to_string(camera) + "; the calibration has " + std::to_string(cameras.size()));
   }
-  return cameras[static_cast<std::size_t>(camera)];
+  return scanner.scanner.window(static_cast<std::size_t>(camera));
 }
 
-void requireSize(const Optics& camera, std::int32_t width, std::int32_t height) {
-  if (width == camera.width && height == camera.height) return;
+void requireSize(const Window& window, std::int32_t width, std::int32_t height) {
+  if (width == window.width && height == window.height) return;
   throw Failure(Status::badPictures, "pictures of " + std::to_string(width) + " x " + std::to_string(height) + " pixels; the camera has " +
-                                         std::to_string(camera.width) + " x " + std::to_string(camera.height));
+                                         std::to_string(window.width) + " x " + std::to_string(window.height));
 }
 
-Cloud buffersOf(const SLScanCloud& cloud, const Optics& camera) {
-  const std::uint64_t pixels = static_cast<std::uint64_t>(camera.width) * static_cast<std::uint64_t>(camera.height);
-  if (cloud.pixels < pixels) {
-    throw Failure(Status::badParameter,
-                  "the buffers have room for " + std::to_string(cloud.pixels) + " pixels; the camera has " + std::to_string(pixels));
+Cloud buffersOf(const SLScanCloud& cloud, const Window& window) {
+  if (cloud.pixels < window.pixels()) {
+    throw Failure(Status::badParameter, "the buffers have room for " + std::to_string(cloud.pixels) + " pixels; the camera has " +
+                                            std::to_string(window.pixels()));
   }
   return {cloud.points, cloud.normals, cloud.sigma, cloud.intensity, cloud.reason, cloud.column, cloud.modulation, cloud.offset};
 }
@@ -159,17 +158,17 @@ int32_t SLScanCompute(SLScanner* scanner, int32_t camera, const uint8_t* const* 
                       const SLScanCloud* cloud, SLScanFindings* findings) {
   return guarded([&] {
     requireNotNull({scanner, pictures, cloud});
-    const Optics& optics = cameraOf(*scanner, camera);
-    requireSize(optics, width, height);
+    const Window& window = windowOf(*scanner, camera);
+    requireSize(window, width, height);
     const std::span all(pictures, static_cast<std::size_t>(std::max(count, 0)));
-    tell(scanner->scanner.compute(static_cast<std::size_t>(camera), all, buffersOf(*cloud, optics)), findings);
+    tell(scanner->scanner.compute(static_cast<std::size_t>(camera), all, buffersOf(*cloud, window)), findings);
   });
 }
 
 int32_t SLScanAddPicture(SLScanner* scanner, int32_t camera, const uint8_t* picture, int32_t width, int32_t height) {
   return guarded([&] {
     requireNotNull({scanner, picture});
-    requireSize(cameraOf(*scanner, camera), width, height);
+    requireSize(windowOf(*scanner, camera), width, height);
     scanner->scanner.add(static_cast<std::size_t>(camera), picture);
   });
 }
@@ -177,7 +176,7 @@ int32_t SLScanAddPicture(SLScanner* scanner, int32_t camera, const uint8_t* pict
 int32_t SLScanFinish(SLScanner* scanner, int32_t camera, const SLScanCloud* cloud, SLScanFindings* findings) {
   return guarded([&] {
     requireNotNull({scanner, cloud});
-    const Cloud buffers = buffersOf(*cloud, cameraOf(*scanner, camera));
+    const Cloud buffers = buffersOf(*cloud, windowOf(*scanner, camera));
     tell(scanner->scanner.finish(static_cast<std::size_t>(camera), buffers), findings);
   });
 }
@@ -185,8 +184,24 @@ int32_t SLScanFinish(SLScanner* scanner, int32_t camera, const SLScanCloud* clou
 int32_t SLScanForget(SLScanner* scanner, int32_t camera) {
   return guarded([&] {
     requireNotNull({scanner});
-    cameraOf(*scanner, camera);
+    windowOf(*scanner, camera);
     scanner->scanner.forget(static_cast<std::size_t>(camera));
+  });
+}
+
+int32_t SLScanNextExposure(SLScanner* scanner, int32_t camera) {
+  return guarded([&] {
+    requireNotNull({scanner});
+    windowOf(*scanner, camera);
+    scanner->scanner.nextExposure(static_cast<std::size_t>(camera));
+  });
+}
+
+int32_t SLScanUseWindow(SLScanner* scanner, int32_t camera, int32_t x, int32_t y, int32_t width, int32_t height) {
+  return guarded([&] {
+    requireNotNull({scanner});
+    windowOf(*scanner, camera);
+    scanner->scanner.use(static_cast<std::size_t>(camera), {x, y, width, height});
   });
 }
 

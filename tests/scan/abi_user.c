@@ -77,6 +77,11 @@ int abi_user_walk(void) {
   wrong += unless(SLScanAddPicture(scanner, 0, picture, width, height) == SLSCAN_OKAY);
   wrong +=
       unless(SLScanFinish(scanner, 0, &cloud, NULL) == SLSCAN_BAD_PICTURES && strstr(SLScanErrorText(), "picture 1 is missing") != NULL);
+  wrong += unless(SLScanNextExposure(scanner, 0) == SLSCAN_BAD_PICTURES);
+  wrong += unless(SLScanUseWindow(scanner, 0, 60, 0, 5, 5) == SLSCAN_BAD_PARAMETER);
+  wrong += unless(strcmp(SLScanErrorText(), "a window of 5 x 5 pixels at 60, 0 does not lie within the camera's 64 x 48") == 0);
+  wrong += unless(SLScanUseWindow(scanner, 0, 60, 0, 4, 5) == SLSCAN_OKAY);
+  wrong += unless(SLScanAddPicture(scanner, 0, picture, 4, 5) == SLSCAN_OKAY);
   wrong += unless(SLScanForget(scanner, 0) == SLSCAN_OKAY);
   wrong += unless(SLScanGather(&cloud, 1, &cloud, &count) == SLSCAN_OKAY && count == 0);
   wrong += unless(SLScannerFree(scanner) == SLSCAN_OKAY && SLScannerFree(NULL) == SLSCAN_OKAY);

@@ -45,7 +45,7 @@ Triangulated triangulatedStrip(const Calibration& head, const Rendering& renderi
     const std::size_t pixel = strip * stripLength + i;
     result.decoded.column[i] = pixel < rendering.pixels() ? static_cast<float>(rendering.truth(pixel).column) : 0;
   }
-  Triangulator(head, 0, limits, 1).triangulate(strip, result.decoded, result.points);
+  Triangulator(head, 0, {0, 0, head.cameras[0].width, head.cameras[0].height}, limits, 1).triangulate(strip, result.decoded, result.points);
   return result;
 }
 
