@@ -71,7 +71,7 @@ TEST_F(FringixPicture, ChannelThatTheHeadDoesNotHaveIsToldWithThoseThatItHas) {
 }
 
 TEST_F(FringixPicture, RegionThatIsNoneIsWrongUsage) {
-  for (const char* region : {"1,2,3", "1,2,3,4,5", "a,2,3,4", "1,2,0,4", "1,2,3,0", "1,2,3,4,", "-1,2,3,4"}) {
+  for (const char* region : {"1,2,3", "1,2,3,4,5", "a,2,3,4", "1,2,0,4", "1,2,3,0", "1,2,3,4,", "-1,2,3,4", "1x2,3,4", "1,2x3,4"}) {
     EXPECT_EQ(runProgram(FRINGIX_TOOL, std::string("live 127.0.0.1 --roi=") + region).exitCode, 2) << region;
   }
 }
@@ -86,7 +86,7 @@ TEST_F(FringixPicture, StoredPicture) {
 TEST_F(FringixPicture, StoredRegion) {
   const head::Picture stored = storedPicture(1);
   server_.model().storePicture({0, 7}, stored);
-  const DecodedPng png = fetched("picture 127.0.0.1 7 --roi 5,6,10,2");
+  const DecodedPng png = fetched("picture 127.0.0.1 7 --roi 5,6,10x2");
   ASSERT_EQ(png.samples.size(), 20U);
   for (std::size_t i = 0; i < 20; ++i) EXPECT_EQ(png.samples[i], stored.pixels[(6 + i / 10) * 64 + 5 + i % 10]);
 }

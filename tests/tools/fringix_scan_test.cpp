@@ -2,55 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
-#include "fringix/scan.hpp"
-#include "head/model/calibration_block.h"
-#include "head/serving/head_server.h"
-#include "program.h"
-#include "support/json.h"
+#include "scanned_head.h"
 
 namespace fringix::test {
 namespace {
-
-head::HeadSettings scannedHead() {
-  head::HeadSettings settings;
-  settings.address = "127.0.0.1";
-  settings.serial = 4711;
-  settings.camera = {320, 256};
-  settings.projector = {640, 400};
-  settings.imageTime = std::chrono::milliseconds(0);
-  return settings;
-}
-
-class FringixScan : public testing::Test {
- protected:
-  explicit FringixScan(const head::HeadSettings& settings = scannedHead()) : server_(settings) { server_.start(); }
-
-  Outcome scan(const std::string& arguments, const std::string& folder = "out") const {
-    return runProgram(FRINGIX_TOOL, "scan " + arguments + " -o " + inQuotes(scratch_ / folder));
-  }
-  Json facts(const std::string& folder = "out") const { return Json(readBytes(scratch_ / folder / "scan.json")); }
-  std::string file(const std::string& name, const std::string& folder = "out") const { return readBytes(scratch_ / folder / name); }
-
-  // What another head would tell of itself, in other.json.
-  void keepCalibrationOf(head::Size camera, head::Size projector, std::int32_t serial) const {
-    writeBytes(scratch_ / "other.json", writtenCalibrationOf(camera, projector, serial, 2));
-  }
-  static std::string writtenCalibrationOf(head::Size camera, head::Size projector, std::int32_t serial, std::int32_t cameras) {
-    head::HeadSettings other = scannedHead();
-    other.camera = camera;
-    other.projector = projector;
-    other.serial = serial;
-    const head::Block block = head::calibrationBlock(other);
-    SLScanCalibration calibration = scan::readCalibration({reinterpret_cast<const char*>(block.data()), block.size()});
-    calibration.cameraCount = cameras;
-    return scan::write(calibration);
-  }
-
-  const ScratchFolder scratch_;
-  head::HeadServer server_;
-};
 
 TEST_F(FringixScan, MeasuresTheUsualScene) {
   const Outcome outcome = scan("127.0.0.1 --truth");
@@ -114,7 +72,7 @@ TEST_F(FringixScan, RepeatedScansDifferAsExpected) {
 
 TEST_F(FringixScan, ComputesAgainFromRawPictures) {
   ASSERT_EQ(scan("127.0.0.1 --raw --truth").exitCode, 0);
-  server_.stop();
+  server_->stop();
   const Outcome outcome = scan("--truth --from " + inQuotes(scratch_ / "out"), "again");
   ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
   EXPECT_TRUE(file("cloud.ply") == file("cloud.ply", "again"));
@@ -150,7 +108,7 @@ TEST_F(FringixScan, FreesItsSequence) {
 }
 
 TEST_F(FringixScan, FreesItsSequenceWhenTheMeasurementFails) {
-  server_.model().setMeasurementFault(-2);
+  server_->model().setMeasurementFault(-2);
   EXPECT_EQ(scan("127.0.0.1").exitCode, 1);
   EXPECT_NE(runProgram(FRINGIX_TOOL, "pattern free 127.0.0.1 1").exitCode, 0);
   EXPECT_EQ(runProgram(FRINGIX_TOOL, "pattern alloc 127.0.0.1 1").output, "2\n");
@@ -225,7 +183,7 @@ TEST_F(FringixScan, AHeadWithoutLightGivesNoPoints) {
 }
 
 TEST_F(FringixScan, AHeadWithoutACalibrationIsTold) {
-  server_.model().data().provide("calibration.json", {});
+  server_->model().data().provide("calibration.json", {});
   const Outcome outcome = scan("127.0.0.1");
   EXPECT_EQ(outcome.exitCode, 1);
   EXPECT_EQ(outcome.errors, "fringix: the head at 127.0.0.1 has no calibration.json\n  Give its calibration with --calibration FILE.\n");

@@ -1,29 +1,30 @@
 // The pictures of a scan: from a head that projects the plan, or from files.
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <fringix/fringix.hpp>
-#include <fringix/scan.hpp>
 #include <functional>
 #include <string>
 
+#include "scanning/scan_task.h"
 #include "scanning/steps.h"
 
 namespace fringix::tool {
 
-// Who gets the pictures, one after the other in the plan's order.
-using PictureSink = std::function<void(Image)>;
+// Who gets the pictures: exposure by exposure, in the plan's order, and of each the pictures of all cameras, which are numbered as in the
+// task. They show the region that the task needs.
+using PictureSink = std::function<void(std::size_t camera, Image picture)>;
 
 // Parts that the steps of an acquisition have.
-std::size_t partsFromHead(const SLScanPlan& plan);
-std::size_t partsFromFolder(const SLScanPlan& plan);
+std::size_t partsFromHead(const ScanTask& task);
+std::size_t partsFromFolder(const ScanTask& task);
 
-// Uploads the plan, measures and fetches. The head's sequence is freed in any case.
-void acquire(const Device& head, const SLScanPlan& plan, std::uint32_t channel, Steps& steps, const PictureSink& sink);
+// Has the patterns made, measures and fetches. The head's sequence is freed and its exposure set back in any case.
+void acquire(const Device& head, const ScanTask& task, Steps& steps, const PictureSink& sink);
 
-// Reads raw-00.png and so on of a folder.
-void readRaw(const std::string& folder, const SLScanPlan& plan, Steps& steps, const PictureSink& sink);
+// Reads raw-00.png and so on of a folder, in the order in which they were taken. Pictures may show more than is needed.
+void readRaw(const std::string& folder, const ScanTask& task, Steps& steps, const PictureSink& sink);
 
-std::string rawPath(const std::string& folder, const SLScanPlan& plan, std::size_t index);
+std::string rawPath(const std::string& folder, const ScanTask& task, std::size_t index);
 
 }  // namespace fringix::tool

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "scanning/scan_result.h"
+#include "scanning/steps.h"
 
 namespace fringix::tool {
 
@@ -16,7 +17,7 @@ void requireFolder(const std::string& folder);
 
 void writeOutputs(const std::string& folder, const ScanResult& result, LengthUnit unit, std::span<const StepTime> times);
 
-// What a later scan needs to compute again: the pictures in the plan's order, scan.json aside.
+// What a later scan needs to compute again: the pictures in the order in which they were taken, scan.json aside.
 void writeRaw(const std::string& folder, const ScanTask& task, std::span<const Image> pictures);
 
 }  // namespace fringix::tool

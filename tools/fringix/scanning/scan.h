@@ -1,12 +1,17 @@
 // The recipe of a scan: from patterns, or from pictures of an earlier scan, to points.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <fringix/fringix.hpp>
 #include <functional>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "scanning/acquisition.h"
 #include "scanning/scan_result.h"
+#include "scanning/steps.h"
 
 namespace fringix::tool {
 
@@ -15,7 +20,11 @@ namespace fringix::tool {
 struct ScanWishes {
   std::string calibrationFile;
   bool wantsTruth = false;
-  std::uint32_t channel = 0;
+  std::vector<std::uint32_t> channels{0};  // empty: all that the calibration knows
+  std::vector<std::int32_t> exposures{};   // in microseconds; empty: the one that the head has, or a series about it
+  std::size_t seriesLength = 0;            // of exposures about the head's; 0: none
+  std::optional<Region> roi{};
+  bool generated = false;
 };
 
 // Throw Failure when the calibration cannot be that of the head, or of the pictures.
@@ -28,5 +37,8 @@ using PictureSource = std::function<void(const PictureSink&)>;
 // Decodes what comes and compares it with the truth. Throws Failure when the calibration is not that of the pictures, or no pixel gives
 // a point.
 ScanResult compute(ScanTask task, Steps& steps, const PictureSource& source);
+
+// The points of each pixel, from the pinhole of the camera that saw them.
+std::vector<float> seenFromCameras(const ScanResult& result);
 
 }  // namespace fringix::tool

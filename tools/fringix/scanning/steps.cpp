@@ -8,7 +8,9 @@
 
 namespace fringix::tool {
 
-Steps::Steps(bool visible, std::size_t parts) : line_(stderr, visible), parts_(parts) {}
+Steps::Steps(bool visible) : line_(stderr, visible) {}
+
+void Steps::expect(std::size_t parts) { parts_ = parts; }
 
 void Steps::begin(const std::string& name) {
   end();

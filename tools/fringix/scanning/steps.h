@@ -20,7 +20,9 @@ struct StepTime {
 // the head is left in order.
 class Steps {
  public:
-  Steps(bool visible, std::size_t parts);
+  explicit Steps(bool visible);
+
+  void expect(std::size_t parts);  // so many in all
 
   void begin(const std::string& name);  // ends the step before; one that comes again goes on counting; throws Failure after Ctrl-C
   void advance();                       // a part is done; throws Failure after Ctrl-C
@@ -36,7 +38,7 @@ class Steps {
 
   Interruption interruption_;
   TransientLine line_;
-  std::size_t parts_;
+  std::size_t parts_ = 1;
   std::size_t done_ = 0;
   std::size_t current_ = 0;
   bool running_ = false;

@@ -34,11 +34,21 @@ Truth truthFrom(const Json& json) {
   return truth;
 }
 
+std::optional<Region> regionFrom(const Json& json) {
+  if (json.is_null()) return {};
+  const auto number = [&](const char* name) { return json.at(name).get<std::uint32_t>(); };
+  return Region{number("x"), number("y"), number("width"), number("height")};
+}
+
 StoredScan scanFrom(const Json& json) {
   requireFormat(json, "fringix-scan");
   const Json& plan = json.at("plan");
   StoredScan stored;
-  stored.channel = json.at("channel").get<std::uint32_t>();
+  stored.channels = json.at("channels").get<std::vector<std::uint32_t>>();
+  if (stored.channels.empty()) throw std::runtime_error("it names no channel");
+  stored.exposures = json.at("exposuresInUs").get<std::vector<std::int32_t>>();
+  stored.roi = regionFrom(json.at("roi"));
+  stored.generated = plan.at("generated").get<bool>();
   stored.plan.method = plan.at("method") == "three frequencies" ? SLSCAN_THREE_FREQUENCIES : SLSCAN_GRAY_AND_PHASE;
   stored.plan.projectorWidth = plan.at("projectorWidth").get<std::int32_t>();
   stored.plan.period = plan.at("period").get<std::int32_t>();

@@ -37,12 +37,19 @@ const char* methodOf(const SLScanPlan& plan) {
 // "n of the lit pixels" counts a pixel that gives a point though its light is too weak to be called lit.
 double litPercent(const ScanResult& result) { return percentOf(result.points(), std::max(result.lit, result.points())); }
 
-Json describePlan(const SLScanPlan& plan) {
+Json describePlan(const ScanTask& task) {
+  const SLScanPlan& plan = task.plan;
   return Json::object({{"method", methodOf(plan)},
                        {"projectorWidth", plan.projectorWidth},
                        {"period", plan.period},
                        {"steps", plan.steps},
+                       {"generated", task.generated},
                        {"pictures", scan::pictureCount(plan)}});
+}
+
+Json describeRegion(const std::optional<Region>& region) {
+  if (!region) return nullptr;
+  return Json::object({{"x", region->x}, {"y", region->y}, {"width", region->width}, {"height", region->height}});
 }
 
 Json describeSettings(const SLScanSettings& settings) {
@@ -133,10 +140,12 @@ Json describe(const ScanResult& result, std::span<const StepTime> times, const s
                        {"unit", unit},
                        {"serial", result.task.calibration.serial},
                        {"calibrated", result.task.calibration.date},
-                       {"channel", result.task.channel},
+                       {"channels", Json::array({result.task.channels.begin(), result.task.channels.end()})},
+                       {"exposuresInUs", Json::array({result.task.exposures.begin(), result.task.exposures.end()})},
+                       {"roi", describeRegion(result.task.roi)},
                        {"width", result.width()},
                        {"height", result.height()},
-                       {"plan", describePlan(result.task.plan)},
+                       {"plan", describePlan(result.task)},
                        {"settings", describeSettings(result.task.settings)},
                        {"points", result.points()},
                        {"litPixels", result.lit},

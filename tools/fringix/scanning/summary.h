@@ -6,6 +6,7 @@
 #include "console/json.h"
 #include "report/report.h"
 #include "scanning/scan_result.h"
+#include "scanning/steps.h"
 
 namespace fringix::tool {
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstddef>
 #include <string_view>
 #include <system_error>
 
@@ -18,21 +19,14 @@ bool readNumbers(std::string_view text, std::array<std::uint32_t, 4>& numbers) {
   const char* next = text.data();
   const char* const end = next + text.size();
   for (std::uint32_t& number : numbers) {
-    const bool first = &number == &numbers.front();
-    if (!first && (next == end || *next++ != ',')) return false;
+    const std::ptrdiff_t place = &number - numbers.data();
+    if (place > 0 && (next == end || (*next != ',' && !(*next == 'x' && place == 3)))) return false;
+    if (place > 0) ++next;
     const auto [behind, error] = std::from_chars(next, end, number);
     if (error != std::errc()) return false;
     next = behind;
   }
   return next == end;
-}
-
-// The library takes a region without pixels for a request that is done at once.
-Region parseRegion(const std::string& text) {
-  std::array<std::uint32_t, 4> numbers{};
-  if (!readNumbers(text, numbers) || numbers[2] == 0 || numbers[3] == 0)
-    throw arguments::UsageError(fmt::format("\"{}\" is no region: give X,Y,WIDTH,HEIGHT in pixels, such as 0,0,640,480", text));
-  return {numbers[0], numbers[1], numbers[2], numbers[3]};
 }
 
 bool isPngName(std::string path) {
@@ -51,6 +45,14 @@ std::string complaintAboutOutput(const std::string& output, std::size_t count) {
 
 }  // namespace
 
+// The library takes a region without pixels for a request that is done at once.
+Region parseRegion(const std::string& text) {
+  std::array<std::uint32_t, 4> numbers{};
+  if (!readNumbers(text, numbers) || numbers[2] == 0 || numbers[3] == 0)
+    throw arguments::UsageError(fmt::format("\"{}\" is no region: give X,Y,WIDTHxHEIGHT in pixels, such as 0,0,640x480", text));
+  return {numbers[0], numbers[1], numbers[2], numbers[3]};
+}
+
 void requirePictureOutput(const std::string& output, std::size_t count) {
   if (const std::string complaint = complaintAboutOutput(output, count); !complaint.empty())
     throw arguments::UsageError("--output", complaint);
@@ -64,8 +66,8 @@ void addPictureOptions(arguments::Command& command, PictureOptions& options) {
   command.option("--channel", &options.channel, "Camera channel, 0 unless told otherwise").valueName("N");
   command
       .option(
-          "--roi", [&options](const std::string& text) { options.region = parseRegion(text); }, "Only this part of the picture")
-      .valueName("X,Y,W,H");
+          "--roi", [&options](const std::string& text) { options.region = parseRegion(text); }, "Only this part of the picture, in pixels")
+      .valueName("X,Y,WxH");
 }
 
 }  // namespace fringix::tool

@@ -19,6 +19,9 @@ struct PictureOptions {
 // `options` lives as long as `command` and holds the default output.
 void addPictureOptions(arguments::Command& command, PictureOptions& options);
 
+// From a text such as 0,0,640x480 or 0,0,640,480. Throws UsageError.
+Region parseRegion(const std::string& text);
+
 // Wrong usage unless as many pictures can go there: to PNG files, or one to standard output.
 void requirePictureOutput(const std::string& output, std::size_t count);
 
