@@ -3,8 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+
+#include "scanning/scan.h"
 
 namespace fringix::tool {
 namespace {
@@ -30,6 +33,21 @@ TEST(RepeatabilityTest, OneScanTellsNothing) {
   Repeatability repeatability;
   repeatability.add(std::vector<float>{0, 0, 500});
   EXPECT_EQ(repeatability.deviation(), 0);
+}
+
+// What moves a point of another camera is noise along that camera's rays.
+TEST(RepeatabilityTest, DistancesAreThoseFromTheCameraThatSawThePoint) {
+  ScanResult result;
+  result.task.channels = {0, 1};
+  SLScanOptics& first = result.task.calibration.cameras[0];
+  SLScanOptics& second = result.task.calibration.cameras[1];
+  for (const std::size_t i : {0U, 4U, 8U}) first.rotation[i] = 1;
+  const double quarterTurn[9] = {0, 0, -1, 0, 1, 0, 1, 0, 0};  // it stands at (300, 20, 0) and looks along x
+  std::copy_n(quarterTurn, 9, second.rotation);
+  second.translation[1] = -20;
+  second.translation[2] = -300;
+  result.decoded.cloud.points = {1, 2, 500, 303, 24, 500};
+  EXPECT_EQ(seenFromCameras(result), (std::vector<float>{1, 2, 500, 3, 4, 500}));
 }
 
 }  // namespace
