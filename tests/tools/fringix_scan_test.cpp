@@ -122,8 +122,10 @@ TEST_F(FringixScan, AMissingPictureIsNamed) {
   EXPECT_NE(outcome.errors.find("raw-07.png\" is missing"), std::string::npos) << outcome.errors;
 }
 
+class FringixScanCalibration : public FringixScan {};
+
 // Before the head is given any work: the next sequence is its first.
-TEST_F(FringixScan, ACalibrationOfAnotherCameraIsRefused) {
+TEST_F(FringixScanCalibration, ACalibrationOfAnotherCameraIsRefused) {
   keepCalibrationOf({64, 48}, {640, 400}, 4711);
   const Outcome outcome = scan("127.0.0.1 --calibration " + inQuotes(scratch_ / "other.json"));
   EXPECT_EQ(outcome.exitCode, 1);
@@ -133,7 +135,7 @@ TEST_F(FringixScan, ACalibrationOfAnotherCameraIsRefused) {
   EXPECT_EQ(runProgram(FRINGIX_TOOL, "pattern alloc 127.0.0.1 1").output, "1\n");
 }
 
-TEST_F(FringixScan, ACalibrationOfAnotherProjectorIsRefused) {
+TEST_F(FringixScanCalibration, ACalibrationOfAnotherProjectorIsRefused) {
   keepCalibrationOf({320, 256}, {1024, 768}, 4711);
   const Outcome outcome = scan("127.0.0.1 --calibration " + inQuotes(scratch_ / "other.json"));
   EXPECT_EQ(outcome.exitCode, 1);
@@ -141,7 +143,7 @@ TEST_F(FringixScan, ACalibrationOfAnotherProjectorIsRefused) {
   EXPECT_EQ(runProgram(FRINGIX_TOOL, "pattern alloc 127.0.0.1 1").output, "1\n");
 }
 
-TEST_F(FringixScan, ACameraThatTheHeadDoesNotHaveIsRefused) {
+TEST_F(FringixScanCalibration, ACameraThatTheHeadDoesNotHaveIsRefused) {
   const Outcome outcome = scan("127.0.0.1 --channel 3");
   EXPECT_EQ(outcome.exitCode, 1);
   EXPECT_NE(outcome.errors.find("there is no channel 3: the head at 127.0.0.1 has 2 channels, 0 to 1"), std::string::npos)
@@ -149,9 +151,8 @@ TEST_F(FringixScan, ACameraThatTheHeadDoesNotHaveIsRefused) {
   EXPECT_EQ(runProgram(FRINGIX_TOOL, "pattern alloc 127.0.0.1 1").output, "1\n");
 }
 
-TEST_F(FringixScan, ACalibrationWithFewerCamerasServesTheOnesItKnows) {
-  std::string text = writtenCalibrationOf({320, 256}, {640, 400}, 4711, 1);
-  writeBytes(scratch_ / "one.json", text);
+TEST_F(FringixScanCalibration, ACalibrationWithFewerCamerasServesTheOnesItKnows) {
+  writeBytes(scratch_ / "one.json", writtenCalibrationOf({320, 256}, {640, 400}, 4711, 1));
   const std::string option = " --calibration " + inQuotes(scratch_ / "one.json");
   const Outcome outcome = scan("127.0.0.1 --channel 1" + option);
   EXPECT_EQ(outcome.exitCode, 1);
@@ -161,7 +162,7 @@ TEST_F(FringixScan, ACalibrationWithFewerCamerasServesTheOnesItKnows) {
   EXPECT_EQ(known.errors.find("camera"), std::string::npos) << known.errors;
 }
 
-TEST_F(FringixScan, ACalibrationOfAnotherHeadIsToldAndUsed) {
+TEST_F(FringixScanCalibration, ACalibrationOfAnotherHeadIsToldAndUsed) {
   keepCalibrationOf({320, 256}, {640, 400}, 5);
   const std::string caution = "the calibration is that of head 5, and this is head 4711";
   const Outcome outcome = scan("127.0.0.1 --calibration " + inQuotes(scratch_ / "other.json"));
@@ -182,7 +183,7 @@ TEST_F(FringixScan, AHeadWithoutLightGivesNoPoints) {
   EXPECT_TRUE(std::filesystem::exists(scratch_ / "out" / "raw-00.png")) << "so that one can look at them";
 }
 
-TEST_F(FringixScan, AHeadWithoutACalibrationIsTold) {
+TEST_F(FringixScanCalibration, AHeadWithoutACalibrationIsTold) {
   server_->model().data().provide("calibration.json", {});
   const Outcome outcome = scan("127.0.0.1");
   EXPECT_EQ(outcome.exitCode, 1);
