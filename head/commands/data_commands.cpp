@@ -39,7 +39,7 @@ void save(Call& call) {
   const auto room = takeRoom(call, size);
   if (!answer(call, room ? Acceptance::accepted : Acceptance::noRoomForThatSize)) return;
   const std::string name = readName(call, nameLength);
-  call.reply(call.model.data().save(name, call.wire.readBlock(size)));
+  call.reply(call.model.saveBlock(name, call.wire.readBlock(size)));
 }
 
 void load(Call& call) {

@@ -1,12 +1,14 @@
 #include "head/model/head_model.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "head/model/calibration_block.h"
 #include "head/model/truth_block.h"
 #include "head/optics/digits.h"
+#include "head/scene/mesh_file.h"
 #include "head/scene/scenes.h"
 
 namespace fringix::head {
@@ -15,6 +17,8 @@ namespace {
 
 constexpr std::int32_t hotCamera = 60;  // degrees Celsius
 constexpr std::int32_t hotProjector = 80;
+constexpr const char* sceneBlockName = "scene.txt";
+constexpr std::size_t longestSceneName = 32;  // of those that are no files
 
 // Enough for the largest thing that a client may send or fetch, whatever the settings say.
 std::size_t transferMemory(const HeadSettings& settings) {
@@ -37,7 +41,7 @@ HeadModel::HeadModel(HeadSettings settings)
       sequences_(settings_.projector, settings_.sequenceMemory),
       pictures_(settings_.pictureMemory) {
   data_->provide(calibrationBlockName, calibrationBlock(settings_));
-  data_->provide(truthBlockName, truthBlock(*scene_));
+  tellOfScene(settings_.scene);
 }
 
 void HeadModel::setScene(const std::string& name) {
@@ -46,7 +50,28 @@ void HeadModel::setScene(const std::string& name) {
   const std::lock_guard lock(mutex_);
   scene_ = scene;
   useMaps(maps);
+  tellOfScene(name);
+}
+
+Status HeadModel::saveBlock(const std::string& name, Block block) {
+  return name == sceneBlockName ? obeySceneBlock(block) : data_->save(name, std::move(block));
+}
+
+Status HeadModel::obeySceneBlock(const Block& block) {
+  std::string name(block.begin(), block.end());
+  while (!name.empty() && (name.back() == '\n' || name.back() == '\r')) name.pop_back();
+  if (name != settings_.scene && (name.size() > longestSceneName || isMeshFile(name))) return Status::badParameter;
+  try {
+    setScene(name);
+    return Status::ok;
+  } catch (const std::runtime_error&) {
+    return Status::badParameter;
+  }
+}
+
+void HeadModel::tellOfScene(const std::string& name) {
   data_->provide(truthBlockName, truthBlock(*scene_));
+  data_->provide(sceneBlockName, Block(name.begin(), name.end()));
 }
 
 HeadModel::LightMaps HeadModel::mapsOf(const std::shared_ptr<const Scene>& scene) const {

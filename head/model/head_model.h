@@ -50,6 +50,10 @@ class HeadModel {
   // "truth.json" tells of the new one. Throws std::runtime_error when there is no such scene.
   void setScene(const std::string& name);
 
+  // What a client saves. A block "scene.txt" is the name of a scene, and saving it puts that one before the head; of files only the one
+  // of the settings, for strangers have no say in what is opened here.
+  Status saveBlock(const std::string& name, Block block);
+
   // What shines on the scene; null is white light, as at the start.
   void show(std::shared_ptr<const Pattern> pattern);
   Status showFromSequence(std::uint32_t id, std::uint32_t index);
@@ -82,6 +86,8 @@ class HeadModel {
  private:
   using LightMaps = std::array<std::shared_ptr<const LightMap>, channelCount>;
 
+  Status obeySceneBlock(const Block& block);
+  void tellOfScene(const std::string& name);
   LightMaps mapsOf(const std::shared_ptr<const Scene>& scene) const;
   void useMaps(const LightMaps& maps);
   void takeLocked(std::uint32_t channel, Picture& picture);

@@ -2,10 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <fstream>
 #include <stdexcept>
 
 #include "head/geometry/mount.h"
 #include "head/scene/scenes.h"
+#include "temporary_folder.h"
 #include "told_geometry.h"
 
 namespace fringix::head {
@@ -163,6 +165,44 @@ TEST(SceneChangeTest, ShowsAndTellsTheNewScene) {
   EXPECT_EQ(blockOf(model, "truth.json"), blockOf(fresh, "truth.json"));
   EXPECT_THROW(model.setScene("nothing"), std::runtime_error);
   EXPECT_EQ(blockOf(model, "truth.json"), blockOf(fresh, "truth.json")) << "the old one stays";
+}
+
+Block textBlock(const std::string& text) { return {text.begin(), text.end()}; }
+
+Block sceneBlock(HeadModel& model) {
+  MemoryBudget enough(1000);
+  return *model.data().load("scene.txt", enough).block;
+}
+
+TEST(SceneBlockTest, SavingANameChangesTheScene) {
+  HeadModel model(small("ballbar:3"));
+  HeadModel fresh(small("plane:2"));
+  EXPECT_EQ(sceneBlock(model), textBlock("ballbar:3"));
+  EXPECT_EQ(model.saveBlock("scene.txt", textBlock("plane:2\r\n")), Status::ok);
+  EXPECT_EQ(sceneBlock(model), textBlock("plane:2"));
+  EXPECT_EQ(blockOf(model, "truth.json"), blockOf(fresh, "truth.json"));
+  model.setScene("stairs");
+  EXPECT_EQ(sceneBlock(model), textBlock("stairs"));
+}
+
+TEST(SceneBlockTest, WhatIsNoSceneIsRefused) {
+  HeadModel model(small("stairs"));
+  for (const std::string& name : {std::string("nothing"), std::string(), std::string("plane:") + std::string(30, '0') + "1"})
+    EXPECT_EQ(model.saveBlock("scene.txt", textBlock(name)), Status::badParameter) << name;
+  EXPECT_EQ(sceneBlock(model), textBlock("stairs"));
+}
+
+TEST(SceneBlockTest, FilesAreOpenedForWhoStartedTheHeadOnly) {
+  const TemporaryFolder folder;
+  const std::string triangle =
+      "solid\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 9 0 0\nvertex 0 9 0\nendloop\nendfacet\nendsolid\n";
+  const std::string own = (folder.path() / "own.stl").string();
+  const std::string other = (folder.path() / "other.stl").string();
+  for (const std::string& file : {own, other}) std::ofstream(file) << triangle;
+  HeadModel model(small(own));
+  EXPECT_EQ(model.saveBlock("scene.txt", textBlock("plane:2")), Status::ok);
+  EXPECT_EQ(model.saveBlock("scene.txt", textBlock(other)), Status::badParameter);
+  EXPECT_EQ(model.saveBlock("scene.txt", textBlock(own)), Status::ok);
 }
 
 TEST(SceneNameTest, ABoardHasDarkSquares) {
