@@ -34,6 +34,7 @@ constexpr Subcommand subcommands[] = {
     {"show", "Show an image on the projector", defineShow},
     {"measure", "Run a measurement over a pattern sequence", defineMeasure},
     {"scan", "Measure points in millimetres", defineScan},
+    {"accept", "Test how well a head measures, with artefacts that are certified", defineAccept},
     {"watch", "Print the triggers of heads as they come", defineWatch},
     {"mask", "Darken parts of everything that is projected", defineMask},
     {"data", "Keep files on the head", defineData},

@@ -7,13 +7,6 @@
 namespace fringix::tool {
 namespace {
 
-Place operator-(const Place& a, const Place& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
-Place operator+(const Place& a, const Place& b) { return {a[0] + b[0], a[1] + b[1], a[2] + b[2]}; }
-Place operator*(const Place& a, double scale) { return {a[0] * scale, a[1] * scale, a[2] * scale}; }
-double dot(const Place& a, const Place& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
-double length(const Place& a) { return std::sqrt(dot(a, a)); }
-Place cross(const Place& a, const Place& b) { return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]}; }
-
 const Place& cornerAfter(const TruePlane& plane, std::size_t i) { return plane.corners[(i + 1) % plane.corners.size()]; }
 
 // For convex borders, whichever way around.

@@ -1,15 +1,14 @@
 // What is true of a scene whose surfaces are known, and how far points are from it.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <span>
 #include <string_view>
 #include <vector>
 
-namespace fringix::tool {
+#include "scanning/place.h"
 
-using Place = std::array<double, 3>;
+namespace fringix::tool {
 
 struct TruePlane {
   Place normal{};  // away from the head
