@@ -7,7 +7,7 @@
 
 #include "head/geometry/mount.h"
 #include "head/scene/scenes.h"
-#include "temporary_folder.h"
+#include "support/scratch_folder.h"
 #include "told_geometry.h"
 
 namespace fringix::head {
@@ -193,7 +193,7 @@ TEST(SceneBlockTest, WhatIsNoSceneIsRefused) {
 }
 
 TEST(SceneBlockTest, FilesAreOpenedForWhoStartedTheHeadOnly) {
-  const TemporaryFolder folder;
+  const test::ScratchFolder folder;
   const std::string triangle =
       "solid\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 9 0 0\nvertex 0 9 0\nendloop\nendfacet\nendsolid\n";
   const std::string own = (folder.path() / "own.stl").string();

@@ -156,6 +156,24 @@ TEST_F(FringixAccept, ScansOfEarlierTimesWillDo) {
   EXPECT_EQ(Json(outcome.output).at("/complete").dump(), "false");
 }
 
+TEST_F(FringixAccept, ScansOfSeveralCamerasAreNotJudgedAsOne) {
+  const std::string folder = inQuotes(scratch_ / "scan");
+  ASSERT_EQ(runProgram(FRINGIX_TOOL, "scan 127.0.0.1 --raw --channel all -o " + folder).exitCode, 0);
+  const Outcome outcome = accept("--artefact sphere --diameter 50 --from " + folder);
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_NE(outcome.errors.find("are those of 2 cameras"), std::string::npos) << outcome.errors;
+}
+
+TEST_F(FringixAccept, ACalibrationOfAnotherHeadIsTold) {
+  SLScanCalibration other = scan::readCalibration(block("calibration.json"));
+  other.serial = 4712;
+  const std::filesystem::path file = scratch_ / "other.json";
+  writeBytes(file, scan::write(other));
+  const Outcome outcome = accept("127.0.0.1 --simulated --artefact plane --positions 1 --calibration " + inQuotes(file));
+  EXPECT_EQ(outcome.exitCode, 0);
+  EXPECT_NE(outcome.errors.find("fringix: caution: "), std::string::npos) << outcome.errors;
+}
+
 TEST_F(FringixAccept, TheOtherCameraIsAcceptedToo) {
   const Outcome outcome = accept("127.0.0.1 --simulated --artefact sphere --positions 2 --channel 1");
   EXPECT_EQ(outcome.exitCode, 0) << outcome.errors << outcome.output;

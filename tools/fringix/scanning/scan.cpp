@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <memory>
 #include <numeric>
 #include <thread>
@@ -81,17 +80,6 @@ void requireFit(const ScanTask& task) {
   for (const std::uint32_t channel : task.channels) requireCamera(task.calibration, channel);
   for (const std::uint32_t channel : task.channels) requireCameraSize(task.calibration, channel, cameraSizeOf(task));
   requireRegion(task);
-}
-
-// What the pinhole of a camera is in the reference frame.
-std::array<float, 3> pinholeOf(const SLScanOptics& camera) {
-  std::array<float, 3> place{};
-  for (std::size_t axis = 0; axis < 3; ++axis) {
-    double sum = 0;
-    for (std::size_t row = 0; row < 3; ++row) sum -= camera.rotation[3 * row + axis] * camera.translation[row];
-    place[axis] = static_cast<float>(sum);
-  }
-  return place;
 }
 
 void compareWithTruth(ScanResult& result) {
@@ -173,12 +161,20 @@ ScanResult compute(ScanTask task, Steps& steps, const PictureSource& source) {
   return result;
 }
 
+Place pinholeOf(const SLScanOptics& camera) {
+  Place place{};
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    for (std::size_t row = 0; row < 3; ++row) place[axis] -= camera.rotation[3 * row + axis] * camera.translation[row];
+  }
+  return place;
+}
+
 std::vector<float> seenFromCameras(const ScanResult& result) {
   std::vector<float> points = result.decoded.cloud.points;
   const std::size_t each = points.size() / result.cameras();
   for (std::size_t camera = 0; camera < result.cameras(); ++camera) {
-    const std::array<float, 3> pinhole = pinholeOf(result.task.calibration.cameras[result.task.channels[camera]]);
-    for (std::size_t i = camera * each; i < (camera + 1) * each; ++i) points[i] -= pinhole[i % 3];
+    const Place pinhole = pinholeOf(result.task.calibration.cameras[result.task.channels[camera]]);
+    for (std::size_t i = camera * each; i < (camera + 1) * each; ++i) points[i] -= static_cast<float>(pinhole[i % 3]);
   }
   return points;
 }

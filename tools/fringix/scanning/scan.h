@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "scanning/acquisition.h"
+#include "scanning/place.h"
 #include "scanning/scan_result.h"
 #include "scanning/steps.h"
 
@@ -37,6 +38,9 @@ using PictureSource = std::function<void(const PictureSink&)>;
 // Decodes what comes and compares it with the truth. Throws Failure when the calibration is not that of the pictures, or no pixel gives
 // a point.
 ScanResult compute(ScanTask task, Steps& steps, const PictureSource& source);
+
+// Where a camera's pinhole is in the reference frame.
+Place pinholeOf(const SLScanOptics& camera);
 
 // The points of each pixel, from the pinhole of the camera that saw them.
 std::vector<float> seenFromCameras(const ScanResult& result);

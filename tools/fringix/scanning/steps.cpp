@@ -40,7 +40,9 @@ void Steps::caution(const std::string& text) {
   draw();
 }
 
-void Steps::draw() { line_.show(progressText(done_, parts_, {}) + "  " + times_[current_].name); }
+void Steps::draw() {
+  if (running_) line_.show(progressText(done_, parts_, {}) + "  " + times_[current_].name);
+}
 
 void Steps::requireWanted() const {
   if (interruption_.waitFor(std::chrono::seconds(0))) throw Failure({"the scan was ended before it was done", ""});

@@ -57,14 +57,7 @@ void requireOneWay(const AcceptOptions& options, bool namesHead) {
   if (!options.simulated) requireCertificate(options);
 }
 
-View viewOf(const ScanResult& result) {
-  View view{result.grid()};
-  const SLScanOptics& optics = result.optics();
-  for (std::size_t axis = 0; axis < 3; ++axis) {
-    for (std::size_t row = 0; row < 3; ++row) view.camera[axis] -= optics.rotation[3 * row + axis] * optics.translation[row];
-  }
-  return view;
-}
+View viewOf(const ScanResult& result) { return {result.grid(), pinholeOf(result.task.calibration.cameras[result.task.channels.front()])}; }
 
 std::string textOf(const Position& position) {
   std::string text = fmt::format("{} {}:", kindOf(position.artefact).name, position.number);
@@ -131,8 +124,12 @@ void Acceptance::measureStored() {
   for (std::uint32_t i = 1; i <= options_.folders.size(); ++i) {
     const std::string& folder = options_.folders[i - 1];
     const ScanTask task = taskOfFolder(folder, options_.wishes);
-    Steps steps(isTerminal(stderr), partsFromFolder(task.plan) + 1);
-    const PictureSource source = [&](const PictureSink& sink) { readRaw(folder, task.plan, steps, sink); };
+    if (task.channels.size() > 1)
+      throw Failure({fmt::format("the pictures in \"{}\" are those of {} cameras", folder, task.channels.size()),
+                     "Scan with one camera: an acceptance is that of one."});
+    Steps steps(isTerminal(stderr));
+    steps.expect(partsFromFolder(task) + 1);
+    const PictureSource source = [&](const PictureSink& sink) { readRaw(folder, task, steps, sink); };
     add(artefact, i, compute(task, steps, source), options_.certified);
   }
 }
@@ -145,8 +142,11 @@ void Acceptance::askFor(Artefact artefact, std::uint32_t number) const {
 }
 
 ScanResult Acceptance::scan(const Device& head, const ScanTask& task) const {
-  Steps steps(isTerminal(stderr), partsFromHead(task.plan) + 1);
-  return compute(task, steps, [&](const PictureSink& sink) { acquire(head, task.plan, task.channel, steps, sink); });
+  Steps steps(isTerminal(stderr));
+  steps.expect(partsFromHead(task) + 1);
+  if (positions_.empty() && !context_.json)
+    std::for_each(task.cautions.begin(), task.cautions.end(), [&](const std::string& text) { steps.caution(text); });
+  return compute(task, steps, [&](const PictureSink& sink) { acquire(head, task, steps, sink); });
 }
 
 void Acceptance::add(Artefact artefact, std::uint32_t number, const ScanResult& result, const Certified& certified) {
@@ -255,7 +255,9 @@ void defineAccept(arguments::Command& command, Context& context) {
   addLimits(command, options->limits);
   command.option("--calibration", &options->wishes.calibrationFile, "Calibration to use in place of the one that the head keeps")
       .valueName("FILE");
-  command.option("--channel", &options->wishes.channel, "Camera to measure with, 0 unless told otherwise").valueName("N").range(0, 3);
+  command.option("--channel", &options->wishes.channels.front(), "Camera to measure with, 0 unless told otherwise")
+      .valueName("N")
+      .range(0, 3);
   command.option("-o,--output", &options->output, "Folder for acceptance.json and pictures of the deviations, made when it is missing")
       .valueName("FOLDER");
   command.note("Exit code: 0 when all limits are kept, 1 when one is broken or a scan fails, 2 for wrong usage.");
