@@ -10,7 +10,8 @@ function(fringix_common_headers target)
   endforeach()
 endfunction()
 
-# fringix_share_headers(TARGET OWNER): takes what is precompiled for the owner, which is compiled with the same options.
+# fringix_share_headers(TARGET OWNER): takes what is precompiled for the owner, which has to be compiled with the same options: with others
+# GCC 12 crashes at times. A file with options of its own does without (SKIP_PRECOMPILE_HEADERS).
 function(fringix_share_headers target owner)
   target_precompile_headers(${target} REUSE_FROM ${owner})
 endfunction()
