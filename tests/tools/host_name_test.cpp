@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <future>
+#include <thread>
 
 #include "console/explain.h"
 
@@ -47,25 +47,24 @@ TEST(HostName, NamesAreLookedUp) {
 
 TEST(HostName, UnknownNamesAreToldWithTheReason) {
   try {
-    resolveAddress("head.invalid", 20s);
+    resolveAddress("head.invalid", 20s, [](const std::string& name) { return LookUp{{}, name + " is in no book"}; });
     FAIL();
   } catch (const Failure& failure) {
-    const std::string& what = failure.explanation().what;
-    EXPECT_EQ(what.find("the name \"head.invalid\" has no IPv4 address: "), 0U) << what;
-    EXPECT_GT(what.size(), std::string("the name \"head.invalid\" has no IPv4 address: ").size());
+    EXPECT_EQ(failure.explanation().what, "the name \"head.invalid\" has no IPv4 address: head.invalid is in no book");
     EXPECT_EQ(failure.explanation().kind, "unknown-name");
   }
 }
 
 TEST(HostName, ALookUpThatTakesTooLongIsLeft) {
-  std::promise<LookUp> late;
   try {
-    resolveAddress("head.invalid", 10ms, [answer = late.get_future().share()](const std::string&) { return answer.get(); });
+    resolveAddress("head.invalid", 10ms, [](const std::string&) {
+      std::this_thread::sleep_for(1h);
+      return LookUp{};
+    });
     FAIL();
   } catch (const Failure& failure) {
     EXPECT_NE(failure.explanation().what.find("no answer within 0.01 s"), std::string::npos) << failure.explanation().what;
   }
-  late.set_value({});
 }
 
 }  // namespace

@@ -18,6 +18,7 @@ LookUp lookUp(const std::string& name) {
   addrinfo* found = nullptr;
   const int error = getaddrinfo(name.c_str(), nullptr, &wanted, &found);
   if (error != 0) return {{}, error == EAI_SYSTEM ? std::system_category().message(errno) : gai_strerror(error)};
+  if (found == nullptr) return {{}, "the system tells none"};
   const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> owner(found, &freeaddrinfo);
   char text[INET_ADDRSTRLEN] = "";
   inet_ntop(AF_INET, &reinterpret_cast<const sockaddr_in*>(static_cast<const void*>(found->ai_addr))->sin_addr, text, sizeof text);

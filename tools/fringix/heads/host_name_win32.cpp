@@ -18,6 +18,7 @@ LookUp lookUp(const std::string& name) {
   addrinfo* found = nullptr;
   const int error = getaddrinfo(name.c_str(), nullptr, &wanted, &found);
   if (error != 0) return {{}, std::system_category().message(error)};
+  if (found == nullptr) return {{}, "the system tells none"};
   const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> owner(found, &freeaddrinfo);
   return {inet_ntoa(reinterpret_cast<const sockaddr_in*>(static_cast<const void*>(found->ai_addr))->sin_addr), {}};
 }
