@@ -25,7 +25,7 @@ class Notes {
 
   bool waitFor(Happening happening, const std::string& part) {
     std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, std::chrono::seconds(5), [&] {
+    return changed_.wait_for(lock, std::chrono::seconds(20), [&] {
       for (const auto& [told, text] : told_) {
         if (told == happening && text.find(part) != std::string::npos) return true;
       }

@@ -103,7 +103,7 @@ TEST_F(PatienceTest, AClientThatNeverGreetsIsClosedSooner) {
 TEST_F(PatienceTest, AClientThatReadsNothingIsClosed) {
   HeadSettings settings = impatientHead();
   settings.address = "127.0.0.3";
-  settings.camera = {1280, 1024};
+  settings.camera = {640, 512};
   HeadServer other(settings, notes.observer());
   other.start();
   RawClient client("127.0.0.3");

@@ -9,7 +9,7 @@ namespace fringix::head {
 
 namespace {
 
-constexpr std::chrono::seconds limit{5};
+constexpr std::chrono::seconds limit{20};
 constexpr std::uint16_t port = 44330;
 
 }  // namespace

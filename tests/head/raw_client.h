@@ -1,4 +1,4 @@
-// A client of a few lines, written against the protocol alone. Waits 5 seconds at most for anything.
+// A client of a few lines, written against the protocol alone. Waits 20 seconds at most for anything.
 #pragma once
 
 #include <cstdint>
