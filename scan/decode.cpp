@@ -5,6 +5,7 @@
 #include <numbers>
 #include <string>
 
+#include "conditions.h"
 #include "failure.h"
 #include "turn.h"
 
@@ -44,6 +45,12 @@ void turnsOf(const FrequencySums& sums, Strip<float>& turn) {
 
 float power(const FrequencySums& sums, std::size_t i) { return sums.cosine[i] * sums.cosine[i] + sums.sine[i] * sums.sine[i]; }
 
+float power(const HarmonicSums& sums, std::size_t i) {
+  const auto cosine = static_cast<float>(sums.cosine[i]);
+  const auto sine = static_cast<float>(sums.sine[i]);
+  return (cosine * cosine + sine * sine) / (HarmonicSums::unit * HarmonicSums::unit);
+}
+
 }  // namespace
 
 Decoder::Decoder(const Plan& plan, const DecodeLimits& limits)
@@ -55,7 +62,14 @@ Decoder::Decoder(const Plan& plan, const DecodeLimits& limits)
       limits_(limits) {
   check(limits);
   const auto count = static_cast<std::int32_t>(frequencies_.size());
-  freedom_ = std::max(0, count * steps_ - 1 - 2 * count);
+  freedom_ = std::max(0, count * steps_ - 1 - 2 * count - (plan.tellsHarmonic() ? 2 : 0));
+}
+
+Decoder Decoder::under(const Conditions& conditions) const {
+  Decoder decoder = *this;
+  decoder.limits_.noise = conditions.noise;
+  decoder.middle_ = conditions.middle;
+  return decoder;
 }
 
 void Decoder::decode(const StripSums& sums, DecodedStrip& decoded) const {
@@ -66,6 +80,7 @@ void Decoder::decode(const StripSums& sums, DecodedStrip& decoded) const {
   judge(sums.levels, decoded);
   if (grayBits_ > 0) {
     countByGrayCode(*sums.gray, turn, decoded);
+    if (middle_ > 0) compareWithWhite(sums.levels, *sums.gray, decoded);
   } else {
     countByFrequencies(sums.frequencies, turn, decoded);
   }
@@ -85,6 +100,9 @@ void Decoder::fit(const StripSums& sums, DecodedStrip& decoded) const {
   }
   for (std::size_t f = 0; f < frequencies_.size(); ++f) {
     for (std::size_t i = 0; i < stripLength; ++i) decoded.misfit[i] -= twoByCount * power(sums.frequencies[f], i);
+  }
+  if (sums.harmonic != nullptr) {
+    for (std::size_t i = 0; i < stripLength; ++i) decoded.misfit[i] -= twoByCount * power(*sums.harmonic, i);
   }
   const auto period = static_cast<double>(frequencies_[0].period) / (2 * std::numbers::pi);
   const auto scale = static_cast<float>(period * period * 2.0 / steps);
@@ -167,6 +185,25 @@ void Decoder::countByGrayCode(const GraySums& sums, const Strip<float>& turn, De
     reason[i] = judge(uncertain, halves - number, column, decoded, i);
   }
   for (std::size_t i = 0; i < stripLength; ++i) decoded.reason[i] = static_cast<std::uint8_t>(reason[i]);
+}
+
+// The steps come last and the white picture first: where the one does not follow from the other, something came or went in between.
+void Decoder::compareWithWhite(const LevelSums& levels, const GraySums& gray, DecodedStrip& decoded) const {
+  constexpr float deviations = 5;
+  constexpr float tolerance = 0.02F;  // of the light: the middle is rounded, and light may flicker
+  const auto middle = static_cast<float>(middle_);
+  const float terms = deviations * deviations * (1 / static_cast<float>(steps_) + middle * middle + (1 - middle) * (1 - middle));
+  const auto constant = static_cast<float>(limits_.noise.constant());
+  const auto perLevel = static_cast<float>(limits_.noise.variancePerLevel);
+  constexpr auto unsteady = static_cast<std::uint8_t>(Reason::unsteady);
+  for (std::size_t i = 0; i < stripLength; ++i) {
+    const auto white = static_cast<float>(levels.white[i]);
+    const auto black = static_cast<float>(gray.black[i]);
+    const float light = white - black;
+    const float off = decoded.offset[i] - black - middle * light;
+    const float limit = terms * (constant + perLevel * white) + tolerance * tolerance * light * light;
+    decoded.reason[i] = (decoded.reason[i] == 0) & (off * off > limit) ? unsteady : decoded.reason[i];
+  }
 }
 
 // Each frequency tells which period of the next finer one it is.

@@ -30,25 +30,31 @@ struct DecodedStrip {
   Strip<std::uint8_t> reason;
 };
 
+struct Conditions;
+
 class Decoder {
  public:
   Decoder(const Plan& plan, const DecodeLimits& limits);  // throws Failure
 
+  Decoder under(const Conditions& conditions) const;  // the same, with what the pictures have told
+
   void decode(const StripSums& sums, DecodedStrip& decoded) const;
 
-  std::int32_t freedom() const noexcept { return freedom_; }  // levels beyond what a cosine of each frequency needs
+  std::int32_t freedom() const noexcept { return freedom_; }  // levels beyond what a cosine of each frequency needs, and its harmonic
 
  private:
   void fit(const StripSums& sums, DecodedStrip& decoded) const;
   void countByGrayCode(const GraySums& sums, const Strip<float>& turn, DecodedStrip& decoded) const;
   void countByFrequencies(const FrequencySums* frequencies, const Strip<float>& turn, DecodedStrip& decoded) const;
   void judge(const LevelSums& sums, DecodedStrip& decoded) const;
+  void compareWithWhite(const LevelSums& levels, const GraySums& gray, DecodedStrip& decoded) const;
 
   std::vector<Frequency> frequencies_;
   std::int32_t grayBits_;
   std::int32_t steps_;
   std::int32_t width_;
   std::int32_t freedom_;
+  double middle_ = 0;  // as Conditions have it
   DecodeLimits limits_;
 };
 

@@ -4,16 +4,15 @@
 #include <cmath>
 #include <numeric>
 
+#include "noise.h"
+
 namespace fringix::scan {
 
 namespace {
 
 constexpr std::size_t sampling = 4;    // every fourth pixel tells enough of the noise
 constexpr double flickerLimit = 0.01;  // a share of the light
-constexpr double movingShare = 0.01;   // of the pixels that are lit
-
-// The median of a standard deviation from samples with so many degrees of freedom, in proportion to the true one.
-double medianOfDeviation(std::int32_t freedom) { return std::pow(1 - 2.0 / (9.0 * freedom), 1.5); }
+constexpr double movingShare = 0.002;  // of the pixels that are lit
 
 }  // namespace
 

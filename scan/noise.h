@@ -1,6 +1,9 @@
 // What noise the camera's pixels have: a variance that may grow with the level.
 #pragma once
 
+#include <cmath>
+#include <cstdint>
+
 namespace fringix::scan {
 
 struct NoiseModel {
@@ -12,5 +15,8 @@ struct NoiseModel {
   // The variance at a level is constant() + variancePerLevel * level.
   double constant() const { return floor * floor + rounding; }
 };
+
+// The median of a standard deviation from samples with so many degrees of freedom, in proportion to the true one.
+inline double medianOfDeviation(std::int32_t freedom) { return std::pow(1 - 2.0 / (9.0 * freedom), 1.5); }
 
 }  // namespace fringix::scan

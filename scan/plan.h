@@ -45,6 +45,9 @@ class Plan {
   const std::vector<Frequency>& frequencies() const noexcept { return frequencies_; }  // finest first
   std::int32_t grayBits() const noexcept { return grayBits_; }
 
+  // Whether the steps tell a cosine's second harmonic, which a projector's gamma makes, from noise.
+  bool tellsHarmonic() const noexcept { return grayBits_ > 0 && settings_.steps >= 7; }
+
   // The picture as a line of pixels, one per projector column; every row of the projector shows it.
   std::vector<std::uint8_t> line(std::size_t picture) const;
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "conditions.h"
 #include "exposures.h"
 #include "failure.h"
 #include "normals.h"
@@ -61,11 +62,13 @@ class Scanner::Run {
   // The recipe.
   Findings from(std::span<const std::uint8_t* const> pictures) {
     std::vector<std::uint64_t> totals(pictures.size());
+    decoders_ = {decoderFor(pictures)};
     inParallel(threads(), batches(), [&](std::size_t batch) { makePoints(batch, pictures, totals); });
     noteFlicker(totals);
     return finish();
   }
   Findings from(const Exposures& exposures) {
+    for (const auto& exposure : exposures) decoders_.push_back(decoderFor(*exposure));
     inParallel(threads(), batches(), [&](std::size_t batch) {
       makePoints(batch, exposures);
       for (const auto& exposure : exposures) exposure->giveUp(batch);
@@ -93,6 +96,35 @@ class Scanner::Run {
     return limits.on ? findings() : decoded;
   }
 
+  // Strips all over the picture, about 256 of them, tell enough. An odd step does not stay in one column.
+  template <class SumsOf>
+  Decoder decoderAfter(SumsOf sumsOf) const {
+    const std::size_t strips = stripsOf(pixels_);
+    ConditionSamples samples;
+    DecodedStrip decoded;
+    for (std::size_t strip = 0; strip < strips; strip += strips / 256 | 1U) {
+      const StripSums sums = sumsOf(strip);
+      scanner_.decoder_.decode(sums, decoded);
+      samples.add(decoded, sums, std::min(stripLength, pixels_ - strip * stripLength));
+    }
+    return scanner_.decoder_.under(samples.conditions(scanner_.settings_.decode.noise, scanner_.decoder_.freedom()));
+  }
+  Decoder decoderFor(Accumulator& exposure) const {
+    return decoderAfter(
+        [&](std::size_t strip) { return exposure.batch(strip / Accumulator::batchStrips)[strip % Accumulator::batchStrips]; });
+  }
+  Decoder decoderFor(std::span<const std::uint8_t* const> pictures) const {
+    SumsOfStrips sums(scanner_.plan_, 1);
+    return decoderAfter([&](std::size_t strip) {
+      Strip<std::uint8_t> copy;
+      sums.clear();
+      for (std::size_t i = 0; i < pictures.size(); ++i) {
+        scan::add(scanner_.plan_.pictures()[i], pixelsOfStrip(pictures[i], strip, copy), sums[0]);
+      }
+      return sums[0];
+    });
+  }
+
   // Each strip goes the whole way while it is in the processor's caches.
   void makePoints(std::size_t batch, std::span<const std::uint8_t* const> pictures, std::vector<std::uint64_t>& totals) {
     SumsOfStrips sums(scanner_.plan_, 1);
@@ -105,7 +137,7 @@ class Scanner::Run {
       for (std::size_t i = 0; i < pictures.size(); ++i) {
         added[i] += scan::add(scanner_.plan_.pictures()[i], pixelsOfStrip(pictures[i], strip, copy), sums[0]);
       }
-      scanner_.decoder_.decode(sums[0], decoded);
+      decoders_[0].decode(sums[0], decoded);
       makePoints(strip, decoded, sums[0].levels, scatter);
     }
     const std::lock_guard lock(mutex_);
@@ -119,9 +151,9 @@ class Scanner::Run {
     DecodedStrip decoded;
     DecodedStrip other;
     for (std::size_t i = 0; i < endOf(batch) - firstOf(batch); ++i) {
-      scanner_.decoder_.decode(exposures[0]->batch(batch)[i], decoded);
+      decoders_[0].decode(exposures[0]->batch(batch)[i], decoded);
       for (std::size_t exposure = 1; exposure < exposures.size(); ++exposure) {
-        scanner_.decoder_.decode(exposures[exposure]->batch(batch)[i], other);
+        decoders_[exposure].decode(exposures[exposure]->batch(batch)[i], other);
         takeBetter(other, decoded);
       }
       makePoints(firstOf(batch) + i, decoded, exposures[0]->batch(batch)[i].levels, scatter);
@@ -166,6 +198,7 @@ class Scanner::Run {
   Window window_;
   std::size_t pixels_;
   Cloud cloud_;
+  std::vector<Decoder> decoders_;  // of each exposure
   std::optional<std::vector<float>> sigma_;
   std::optional<std::vector<std::uint8_t>> reason_;
   std::mutex mutex_;

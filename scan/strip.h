@@ -23,7 +23,7 @@ enum class Reason : std::uint8_t {
   grayMargin,  // a bit of the Gray code can be read either way, and it matters
   residual,    // period index and phase contradict each other
   column,      // outside of the projector's picture, or within three columns of its border
-  unsteady,    // the steps fit no cosine: something moved or flickered
+  unsteady,    // the steps fit no cosine, or not the white picture: something moved or flickered
   geometry,    // ray and column meet nowhere, or not where the projector shines or depths are wanted
   edge,        // depth step to a neighbour
   outlier,     // stands out of its neighbours' surface

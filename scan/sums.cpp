@@ -45,6 +45,23 @@ void addStep(Pixels pixels, const PictureRole& role, LevelSums& levels, Frequenc
   for (std::size_t i = 0; i < stripLength; ++i) levels.total[i] = static_cast<std::uint16_t>(levels.total[i] + pixels[i]);
 }
 
+// Rounded by way of numbers above 0, which a cast alone rounds down.
+std::int16_t quarters(float weighted) {
+  constexpr float shift = 2048;
+  return static_cast<std::int16_t>(static_cast<std::int32_t>(HarmonicSums::unit * weighted + shift + 0.5F) -
+                                   static_cast<std::int32_t>(shift));
+}
+
+void addHarmonic(Pixels pixels, const PictureRole& role, HarmonicSums& sums) {
+  const float cosineWeight = role.cosine * role.cosine - role.sine * role.sine;
+  const float sineWeight = 2 * role.cosine * role.sine;
+  for (std::size_t i = 0; i < stripLength; ++i) {
+    const auto level = static_cast<float>(pixels[i]);
+    sums.cosine[i] = static_cast<std::int16_t>(sums.cosine[i] + quarters(cosineWeight * level));
+    sums.sine[i] = static_cast<std::int16_t>(sums.sine[i] + quarters(sineWeight * level));
+  }
+}
+
 GraySums emptyGray() {
   GraySums sums{};
   sums.margin.fill(std::numeric_limits<std::int16_t>::max());
@@ -58,11 +75,13 @@ SumsOfStrips::SumsOfStrips(const Plan& plan, std::size_t strips)
     : frequencyCount_(plan.frequencies().size()),
       levels_(strips),
       gray_(plan.grayBits() > 0 ? strips : 0, emptyGray()),
+      harmonic_(plan.tellsHarmonic() ? strips : 0),
       frequencies_(strips * frequencyCount_) {}
 
 void SumsOfStrips::clear() noexcept {
   std::fill(levels_.begin(), levels_.end(), LevelSums{});
   std::fill(gray_.begin(), gray_.end(), emptyGray());
+  std::fill(harmonic_.begin(), harmonic_.end(), HarmonicSums{});
   std::fill(frequencies_.begin(), frequencies_.end(), FrequencySums{});
 }
 
@@ -79,6 +98,7 @@ std::uint32_t add(const PictureRole& role, const std::uint8_t* pixels, const Str
       break;
     case PictureKind::phase:
       addStep(pixels, role, sums.levels, sums.frequencies[role.frequency]);
+      if (sums.harmonic != nullptr) addHarmonic(pixels, role, *sums.harmonic);
       break;
   }
   return addBrightness(pixels, sums.levels.brightest);

@@ -25,6 +25,14 @@ struct GraySums {
   Strip<std::int16_t> secondMargin;  // and of the second weakest
 };
 
+// Of the finest frequency's second harmonic, in quarters of a level: 4 bytes per pixel.
+struct HarmonicSums {
+  Strip<std::int16_t> cosine;
+  Strip<std::int16_t> sine;
+
+  static constexpr float unit = 4;
+};
+
 // Of all pictures: 8 bytes per pixel.
 struct LevelSums {
   Strip<std::uint8_t> white;
@@ -36,7 +44,8 @@ struct LevelSums {
 // The sums of one strip, wherever they are.
 struct StripSums {
   LevelSums& levels;
-  GraySums* gray;  // null when the plan has no Gray code
+  GraySums* gray;          // null when the plan has no Gray code
+  HarmonicSums* harmonic;  // null when the plan's steps do not tell it from noise
   FrequencySums* frequencies;
 };
 
@@ -46,7 +55,8 @@ class SumsOfStrips {
   SumsOfStrips(const Plan& plan, std::size_t strips);
 
   StripSums operator[](std::size_t strip) noexcept {
-    return {levels_[strip], gray_.empty() ? nullptr : &gray_[strip], &frequencies_[strip * frequencyCount_]};
+    return {levels_[strip], gray_.empty() ? nullptr : &gray_[strip], harmonic_.empty() ? nullptr : &harmonic_[strip],
+            &frequencies_[strip * frequencyCount_]};
   }
   void clear() noexcept;
 
@@ -54,6 +64,7 @@ class SumsOfStrips {
   std::size_t frequencyCount_;
   std::vector<LevelSums> levels_;
   std::vector<GraySums> gray_;
+  std::vector<HarmonicSums> harmonic_;
   std::vector<FrequencySums> frequencies_;
 };
 

@@ -127,8 +127,8 @@ FRINGIX_SCAN_API int32_t SLScanCalibrationWrite(const SLScanCalibration* calibra
 typedef struct SLScanSettings {
   int32_t threads;      /* 1 to 256 */
   int32_t saturation;   /* levels from here on count as too bright; 256: none */
-  double noise;         /* standard deviation of a pixel in the dark, in grey levels */
-  double noisePerLevel; /* what each grey level adds to its variance */
+  double noise;         /* standard deviation of a pixel in the dark, in grey levels; where pictures scatter more, that counts */
+  double noisePerLevel; /* what each grey level adds to its variance; the same holds */
   double periodShare;   /* largest expected standard deviation of the phase, in periods */
   double grayMargin;    /* in standard deviations: a Gray bit closer to the middle of white and black is uncertain */
   double residual;      /* largest disagreement of period number and phase, in periods, below 0.5 to have an effect */
@@ -149,7 +149,7 @@ typedef struct SLScanSettings {
 #define SLSCAN_GRAY_MARGIN 3 /* a Gray bit can be read either way, and it matters */
 #define SLSCAN_RESIDUAL 4    /* period number and phase contradict each other */
 #define SLSCAN_COLUMN 5      /* outside of the projector's picture, or within 3 columns of its border */
-#define SLSCAN_UNSTEADY 6    /* the steps fit no cosine: something moved */
+#define SLSCAN_UNSTEADY 6    /* the steps fit no cosine, or not the white picture: something moved */
 #define SLSCAN_GEOMETRY 7    /* ray and column do not meet where the projector shines and depths are wanted */
 #define SLSCAN_EDGE 8        /* beside a depth step */
 #define SLSCAN_OUTLIER 9     /* stands out of its neighbours */
@@ -162,7 +162,7 @@ typedef struct SLScanFindings {
   double measuredNoise;            /* of the grey levels, rounding included, by the scatter of the steps; 0 with too few steps to tell */
   double flicker;                  /* largest deviation of the light in a step from the mean of all, as a share */
   int32_t flickers;                /* 1: by more than 0.01 */
-  int32_t moves;                   /* 1: more than 1 % of the lit pixels are unsteady or contradict themselves */
+  int32_t moves;                   /* 1: more than 0.2 % of the lit pixels are unsteady or contradict themselves */
 } SLScanFindings;
 
 /* Buffers for what a camera gives, an entry for each of its pixels, rows from top to bottom. All but `points` may be null. */
@@ -209,8 +209,8 @@ FRINGIX_SCAN_API int32_t SLScanCompute(SLScanner* scanner, int32_t camera, const
                                        int32_t height, const SLScanCloud* cloud, SLScanFindings* findings);
 
 /*
- * The same, a picture at a time, so that the next can be fetched meanwhile: only sums are kept, 25 bytes per pixel, 32 for three
- * frequencies. After the plan's last picture SLScanFinish makes the points, and the scanner is ready for new pictures of that camera.
+ * The same, a picture at a time, so that the next can be fetched meanwhile: only sums are kept, up to 29 bytes per pixel, 32 for
+ * three frequencies. After the plan's last picture SLScanFinish makes the points, and the scanner is ready for new pictures of that camera.
  */
 FRINGIX_SCAN_API int32_t SLScanAddPicture(SLScanner* scanner, int32_t camera, const uint8_t* picture, int32_t width, int32_t height);
 FRINGIX_SCAN_API int32_t SLScanFinish(SLScanner* scanner, int32_t camera, const SLScanCloud* cloud, SLScanFindings* findings);
@@ -228,6 +228,7 @@ FRINGIX_SCAN_API int32_t SLScanNextExposure(SLScanner* scanner, int32_t camera);
  * From now on the pictures of a camera are a part of what it sees, `width` times `height` pixels from column `x` and row `y` on, and so are
  * the buffers. Pixels get the points that they get in the whole picture; but the cleaning and the normals look at a pixel's neighbours, so
  * for the same points there the pictures have to show SLScanSettings.leastPatch pixels more on each side (2 when that is less, or off).
+ * Where the pictures scatter more than the settings say, the noise that counts is that of the part.
  * Pictures that were added before are forgotten.
  *
  * SLSCAN_BAD_PARAMETER  no such camera, or the part is empty or leaves the picture

@@ -67,7 +67,12 @@ class WindowTest : public testing::Test {
  protected:
   const Calibration head = smallHead(width, height);
   const Rendering rendering{head, 0, nearestOf(plane({0.2, -0.1, 1}, 400), sphere({0, 0, 350}, 20))};
-  Scanner scanner{defaultSettings(Method::grayAndPhase, 1280), head, {}};
+  const ScanSettings settings = [] {
+    ScanSettings noisy;  // as noisy as the pictures, or the noise that each part shows would count
+    noisy.decode.noise.floor = 4;
+    return noisy;
+  }();
+  Scanner scanner{defaultSettings(Method::grayAndPhase, 1280), head, settings};
   const Pictures pictures = rendering.pictures(scanner.plan(), {.noise = 4});
 
   Result scan(const Window& window) {
@@ -96,9 +101,9 @@ TEST_F(WindowTest, HasThePointsOfTheWholePictureInsideOfAMargin) {
 }
 
 TEST_F(WindowTest, WithoutCleaningAndNormalsNeedsNoMargin) {
-  ScanSettings settings;
-  settings.clean.on = false;
-  Scanner plain(defaultSettings(Method::grayAndPhase, 1280), head, settings);
+  ScanSettings uncleaned = settings;
+  uncleaned.clean.on = false;
+  Scanner plain(defaultSettings(Method::grayAndPhase, 1280), head, uncleaned);
   Result whole(rendering.pixels());
   plain.compute(0, pointersTo(pictures), whole.room());
   const Window window{37, 5, 251, 110};

@@ -48,11 +48,14 @@ TEST(TruthTest, TheNearestSurfaceCounts) {
 TEST(TruthTest, FiguresOfErrors) {
   std::vector<float> errors(100, 0.01F);
   for (std::size_t i = 0; i < 4; ++i) errors[i] = -1;
-  const ErrorFigures figures = figuresOf(errors);
+  std::vector<float> sigmas(100, 0.0021F);
+  sigmas[0] = 0.21F;
+  const ErrorFigures figures = figuresOf(errors, sigmas);
   EXPECT_NEAR(figures.rootMeanSquare, 0.20025, 1e-4);
   EXPECT_NEAR(figures.within95, 0.01, 1e-6);
   EXPECT_NEAR(figures.mean, -0.0304, 1e-6);
   EXPECT_NEAR(figures.largest, 1, 1e-6);
+  EXPECT_DOUBLE_EQ(figures.beyond, 0.03) << "of either sign";
 }
 
 TEST(TruthTest, ReadsWhatAHeadTells) {

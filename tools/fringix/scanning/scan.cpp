@@ -85,12 +85,14 @@ void requireFit(const ScanTask& task) {
 void compareWithTruth(ScanResult& result) {
   const Truth truth = readTruth(result.task.truthText);
   const PointGrid grid = result.grid();
+  std::vector<float> sigmas;
   result.errors.reserve(result.points());
   for (std::size_t i = 0; i < grid.pixels(); ++i) {
     if (!grid.hasPoint(i)) continue;
+    sigmas.push_back(grid.sigma[i]);
     result.errors.push_back(static_cast<float>(errorOf(truth, {grid.points[3 * i], grid.points[3 * i + 1], grid.points[3 * i + 2]})));
   }
-  result.trueError = figuresOf(result.errors);
+  result.trueError = figuresOf(result.errors, sigmas);
 }
 
 double medianSigma(const PointGrid& grid) {

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 namespace fringix::tool {
@@ -83,8 +84,17 @@ Json describeErrors(const ScanResult& result) {
   errors.add("true", Json::object({{"rootMeanSquare", result.trueError->rootMeanSquare},
                                    {"within95", result.trueError->within95},
                                    {"mean", result.trueError->mean},
-                                   {"largest", result.trueError->largest}}));
+                                   {"largest", result.trueError->largest},
+                                   {"beyond5SigmaPercent", 100 * result.trueError->beyond}}));
   return errors;
+}
+
+// Of the levels, as far as it does not grow with them.
+double expectedNoise(const ScanResult& result) { return std::hypot(result.task.settings.noise, std::sqrt(1.0 / 12)); }
+
+bool isNoisy(const ScanResult& result) {
+  constexpr double tolerance = 1.2;
+  return result.findings().measuredNoise > tolerance * expectedNoise(result);
 }
 
 Json describeCautions(const ScanTask& task) { return Json::array({task.cautions.begin(), task.cautions.end()}); }
@@ -98,14 +108,19 @@ ReportTable summaryOf(const ScanResult& result) {
   row("measured", fmt::format("{:.1f} % of {} lit pixels", litPercent(result), result.lit));
   row("expected error", fmt::format("{:.4f} mm (median sigma)", result.medianSigma));
   if (result.trueError) {
-    row("true error", fmt::format("{:.4f} mm RMS, 95 % within {:.4f} mm, mean {:+.4f} mm", result.trueError->rootMeanSquare,
-                                  result.trueError->within95, result.trueError->mean));
+    row("true error",
+        fmt::format("{:.4f} mm RMS, 95 % within {:.4f} mm, mean {:+.4f} mm, {:.3f} % beyond 5 sigma", result.trueError->rootMeanSquare,
+                    result.trueError->within95, result.trueError->mean, 100 * result.trueError->beyond));
   }
   if (result.repeatability.scans() > 1) {
     row("repeatability",
         fmt::format("{:.4f} mm (deviation of a pixel over {} scans)", result.repeatability.deviation(), result.repeatability.scans()));
   }
   for (const std::string& caution : result.task.cautions) row("caution", caution);
+  if (isNoisy(result)) {
+    row("caution", fmt::format("the pictures' noise is {:.1f} grey levels, not {:.1f}; the expected errors count with it",
+                               result.findings().measuredNoise, expectedNoise(result)));
+  }
   if (result.findings().flickers != 0) row("caution", fmt::format("the light flickers, by {:.1f} %", 100 * result.findings().flicker));
   if (result.findings().moves != 0) row("caution", "something moved while the pictures were taken");
   return table;
@@ -154,6 +169,7 @@ Json describe(const ScanResult& result, std::span<const StepTime> times, const s
                        {"errorsInMm", describeErrors(result)},
                        {"measuredNoise", findings.measuredNoise},
                        {"cautions", describeCautions(result.task)},
+                       {"noisy", isNoisy(result)},
                        {"flicker", findings.flicker},
                        {"flickers", findings.flickers != 0},
                        {"moves", findings.moves != 0},

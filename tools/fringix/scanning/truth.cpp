@@ -56,20 +56,23 @@ double errorOf(const Truth& truth, const Place& point) {
   return nearest;
 }
 
-ErrorFigures figuresOf(std::span<const float> errors) {
+ErrorFigures figuresOf(std::span<const float> errors, std::span<const float> sigmas) {
+  constexpr float deviations = 5;
   if (errors.empty()) return {};
   double sum = 0;
   double squares = 0;
+  std::size_t beyond = 0;
   std::vector<float> sizes;
   sizes.reserve(errors.size());
-  for (const float error : errors) {
-    sum += error;
-    squares += double{error} * error;
-    sizes.push_back(std::abs(error));
+  for (std::size_t i = 0; i < errors.size(); ++i) {
+    sum += errors[i];
+    squares += double{errors[i]} * errors[i];
+    sizes.push_back(std::abs(errors[i]));
+    beyond += sizes[i] > deviations * sigmas[i] ? 1U : 0U;
   }
   const auto count = static_cast<double>(errors.size());
   const double largest = *std::max_element(sizes.begin(), sizes.end());
-  return {std::sqrt(squares / count), quantile(std::move(sizes), 0.95), sum / count, largest};
+  return {std::sqrt(squares / count), quantile(std::move(sizes), 0.95), sum / count, largest, static_cast<double>(beyond) / count};
 }
 
 double quantile(std::vector<float> numbers, double share) {

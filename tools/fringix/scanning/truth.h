@@ -32,15 +32,16 @@ Truth readTruth(std::string_view text);
 // The distance to the nearest surface in mm, above 0 when the point lies behind it, as the head sees it.
 double errorOf(const Truth& truth, const Place& point);
 
-// Of errors, in mm.
+// Of errors, in mm, and of the standard deviations that were expected of them.
 struct ErrorFigures {
   double rootMeanSquare = 0;
   double within95 = 0;  // 95 % of the errors are no larger than this
   double mean = 0;
   double largest = 0;
+  double beyond = 0;  // share of the errors that are larger than 5 standard deviations
 };
 
-ErrorFigures figuresOf(std::span<const float> errors);
+ErrorFigures figuresOf(std::span<const float> errors, std::span<const float> sigmas);
 
 // The value that `share` of the numbers do not exceed; 0 of none.
 double quantile(std::vector<float> numbers, double share);
