@@ -18,6 +18,7 @@ packages_for() { # PURPOSE
     isolation) echo iproute2 ;;
     display) echo xvfb ;;
     browser) echo chromium chromium-driver python3-selenium ;;
+    readers) echo python3-numpy python3-open3d ;;
     wine) echo wine64 ;;
     format) echo clang-format ;;
     lint) echo clang-tidy shellcheck ;;
