@@ -19,6 +19,7 @@ packages_for() { # PURPOSE
     display) echo xvfb ;;
     browser) echo chromium chromium-driver python3-selenium ;;
     readers) echo python3-numpy python3-open3d ;;
+    decoders) echo python3-numpy python3-opencv ;;
     wine) echo wine64 ;;
     format) echo clang-format ;;
     lint) echo clang-tidy shellcheck ;;

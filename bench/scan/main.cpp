@@ -1,14 +1,16 @@
-// fringix-scan-bench: how long 20 pictures of 1280 x 1024 pixels take to become points, on one core and on two.
+// fringix-scan-bench [FOLDER]: how long 20 pictures of 1280 x 1024 pixels take to become points, on one core and on two. The folder gets
+// pictures and points, for others to do the same.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
 #include <exception>
 #include <functional>
-#include <thread>
+#include <string>
 #include <vector>
 
 #include "fringix/scan.hpp"
+#include "handover.h"
 #include "naive.h"
 #include "pictures.h"
 
@@ -43,9 +45,10 @@ Times measure(const std::function<void()>& work, int times) {
   return {seconds.front(), seconds[seconds.size() / 2], wall};
 }
 
-void print(const char* name, const Times& times) {
+Times print(const char* name, const Times& times) {
   std::printf("%-58s %7.1f ms %7.1f ms %7.1f ms\n", name, 1000 * times.least, 1000 * times.median, 1000 * times.wall);
   std::fflush(stdout);
+  return times;
 }
 
 SLScanSettings settingsWith(std::int32_t threads, bool clean) {
@@ -62,7 +65,7 @@ class Bench {
   }
 
   void run() {
-    time("decode and triangulate, with masks and sigma", settingsWith(1, false), false);
+    toPoints_ = time("decode and triangulate, with masks and sigma", settingsWith(1, false), false);
     time("all: with normals and cleaning", settingsWith(1, true), true);
     time("all, two threads", settingsWith(2, true), true);
     timeStreamed();
@@ -77,12 +80,17 @@ class Bench {
     print("tables of a calibration", measure([&] { scan::Scanner(plan_, head_); }, 3));
   }
 
+  void leaveIn(const std::string& folder) const {
+    const scan::Cloud cloud = scan::Scanner(plan_, head_, settingsWith(1, false)).compute(0, pointers_, false);
+    bench::handOver(folder, {plan_, head_, pictures_, cloud.points, toPoints_.least});
+  }
+
  private:
-  void time(const char* name, const SLScanSettings& settings, bool normals) {
+  Times time(const char* name, const SLScanSettings& settings, bool normals) {
     const scan::Scanner scanner(plan_, head_, settings);
     scan::Cloud cloud(pixels, normals);
     const SLScanCloud buffers = cloud.buffers();
-    print(name, measure([&] { compute(scanner, buffers); }, rounds));
+    return print(name, measure([&] { compute(scanner, buffers); }, rounds));
   }
 
   void compute(const scan::Scanner& scanner, const SLScanCloud& buffers) {
@@ -115,23 +123,25 @@ class Bench {
   SLScanPlan plan_;
   std::vector<std::vector<std::uint8_t>> pictures_;
   std::vector<const std::uint8_t*> pointers_;
+  Times toPoints_ = {};
 };
 
-void run() {
+void run(const std::string& folder) {
   std::printf("20 pictures of 1280 x 1024 pixels%37s%11s%11s\n", "cpu least", "median", "wall");
   Bench gray(SLSCAN_GRAY_AND_PHASE);
   gray.run();
   gray.runNaive();
   gray.timeTables();
+  if (!folder.empty()) gray.leaveIn(folder);
   std::puts("three frequencies");
   Bench(SLSCAN_THREE_FREQUENCIES).run();
 }
 
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
   try {
-    run();
+    run(argc > 1 ? argv[1] : "");
     return 0;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "fringix-scan-bench: %s\n", error.what());
