@@ -45,8 +45,10 @@ class Plan {
   const std::vector<Frequency>& frequencies() const noexcept { return frequencies_; }  // finest first
   std::int32_t grayBits() const noexcept { return grayBits_; }
 
-  // Whether the steps tell a cosine's second harmonic, which a projector's gamma makes, from noise.
-  bool tellsHarmonic() const noexcept { return grayBits_ > 0 && settings_.steps >= 7; }
+  // Whether the steps tell a cosine's second harmonic, which a projector's gamma makes, from noise, by weights that are whole numbers.
+  bool tellsHarmonic() const noexcept {
+    return grayBits_ > 0 && (settings_.steps == 10 || (settings_.steps % 4 == 0 && settings_.steps >= 8 && settings_.steps <= 24));
+  }
 
   // The picture as a line of pixels, one per projector column; every row of the projector shows it.
   std::vector<std::uint8_t> line(std::size_t picture) const;

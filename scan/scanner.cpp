@@ -96,13 +96,13 @@ class Scanner::Run {
     return limits.on ? findings() : decoded;
   }
 
-  // Strips all over the picture, about 256 of them, tell enough. An odd step does not stay in one column.
+  // Strips all over the picture, about 64 of them, tell enough. An odd step does not stay in one column.
   template <class SumsOf>
   Decoder decoderAfter(SumsOf sumsOf) const {
     const std::size_t strips = stripsOf(pixels_);
     ConditionSamples samples;
     DecodedStrip decoded;
-    for (std::size_t strip = 0; strip < strips; strip += strips / 256 | 1U) {
+    for (std::size_t strip = 0; strip < strips; strip += strips / 64 | 1U) {
       const StripSums sums = sumsOf(strip);
       scanner_.decoder_.decode(sums, decoded);
       samples.add(decoded, sums, std::min(stripLength, pixels_ - strip * stripLength));

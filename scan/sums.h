@@ -25,12 +25,14 @@ struct GraySums {
   Strip<std::int16_t> secondMargin;  // and of the second weakest
 };
 
-// Of the finest frequency's second harmonic, in quarters of a level: 4 bytes per pixel.
+// Of the finest frequency's second harmonic: 4 bytes per pixel.
 struct HarmonicSums {
   Strip<std::int16_t> cosine;
   Strip<std::int16_t> sine;
 
-  static constexpr float unit = 4;
+  static constexpr int weight = 126;  // of a cosine of 1; an even number, so that the weights of five steps add up to 0
+  static constexpr int shift = 3;     // what is added is shifted to the right, so that 24 steps fit
+  static constexpr float unit = static_cast<float>(weight) / (1 << shift);  // of a level
 };
 
 // Of all pictures: 8 bytes per pixel.
