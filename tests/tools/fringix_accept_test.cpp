@@ -7,18 +7,14 @@
 
 #include "head/serving/head_server.h"
 #include "program.h"
+#include "scanned_head.h"
 #include "support/json.h"
 
 namespace fringix::test {
 namespace {
 
 head::HeadSettings acceptedHead() {
-  head::HeadSettings settings;
-  settings.address = "127.0.0.1";
-  settings.serial = 4711;
-  settings.camera = {320, 256};
-  settings.projector = {640, 400};
-  settings.imageTime = std::chrono::milliseconds(0);
+  head::HeadSettings settings = scannedHead();
   settings.scene = "stairs";
   return settings;
 }

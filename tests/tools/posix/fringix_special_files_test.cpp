@@ -4,18 +4,10 @@
 
 #include "../program.h"
 #include "../small_head.h"
-#include "files/files.h"
 #include "head/serving/head_server.h"
-#include "png/png_decoder.h"
-#include "png/png_writer.h"
-#include "support/child_process.h"
-#include "support/eventually.h"
-#include "support/posix/small_disk.h"
 
 namespace fringix::test {
 namespace {
-
-using Names = std::vector<std::string>;
 
 TEST(FringixSpecialFiles, OutputThatCannotBeWrittenIsAFailure) {
   head::HeadServer server(smallHead());
