@@ -3,9 +3,9 @@
 #include <array>
 #include <condition_variable>
 #include <mutex>
-#include <thread>
 #include <utility>
 
+#include "aside/run_aside.h"
 #include "platform/standard_input.h"
 
 namespace fringix::head {
@@ -52,9 +52,9 @@ struct InputLines::Slot {
   }
 };
 
-// Detached, because nothing ends a read that waits for a person.
+// Aside, because nothing ends a read that waits for a person.
 InputLines::InputLines() : slot_(std::make_shared<Slot>()) {
-  std::thread([slot = slot_] { slot->readToTheEnd(); }).detach();
+  runAside([slot = slot_] { slot->readToTheEnd(); });
 }
 
 std::optional<std::string> InputLines::next(std::chrono::milliseconds limit) { return slot_->take(limit); }

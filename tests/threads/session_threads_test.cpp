@@ -3,8 +3,8 @@
 
 #include <functional>
 #include <stdexcept>
-#include <thread>
 
+#include "aside/run_aside.h"
 #include "device/camera_device.h"
 #include "device/open_session.h"
 #include "diagnosis/trace.h"
@@ -42,10 +42,10 @@ void raiseTrigger() { platform::sendDatagram(headAddress, {headAddress, triggerP
 template <class Call>
 bool returns(Call call) {
   const auto returned = std::make_shared<std::atomic<bool>>(false);
-  std::thread([call, returned] {
+  runAside([call, returned] {
     call();
     *returned = true;
-  }).detach();
+  });
   return eventually([&] { return returned->load(); }, stopLimit);
 }
 

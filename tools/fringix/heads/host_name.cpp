@@ -5,10 +5,11 @@
 #include <algorithm>
 #include <charconv>
 #include <future>
+#include <memory>
 #include <string_view>
-#include <thread>
 #include <utility>
 
+#include "aside/run_aside.h"
 #include "console/explain.h"
 
 namespace fringix::tool {
@@ -57,9 +58,9 @@ bool isName(std::string_view text) {
 
 // The system's look-up cannot be ended, so it goes on by itself when it takes too long.
 LookUp within(std::chrono::milliseconds limit, std::function<LookUp(const std::string&)> ask, const std::string& name) {
-  std::promise<LookUp> answer;
-  std::future<LookUp> answered = answer.get_future();
-  std::thread([name, ask = std::move(ask), promise = std::move(answer)]() mutable { promise.set_value(ask(name)); }).detach();
+  const auto answer = std::make_shared<std::promise<LookUp>>();
+  std::future<LookUp> answered = answer->get_future();
+  runAside([name, ask = std::move(ask), answer] { answer->set_value(ask(name)); });
   if (answered.wait_for(limit) == std::future_status::ready) return answered.get();
   return {{}, fmt::format("no answer within {:g} s", std::chrono::duration<double>(limit).count())};
 }

@@ -7,9 +7,9 @@
 #include <condition_variable>
 #include <future>
 #include <mutex>
-#include <thread>
 #include <utility>
 
+#include "aside/run_aside.h"
 #include "console/explain.h"
 #include "heads/open_head.h"
 #include "heads/probe.h"
@@ -54,13 +54,13 @@ std::string describe(const Finding& finding, bool connected) {
 
 // A question that may take long: whoever asks can leave it behind, and the session goes when it is answered.
 std::future<bool> ask(std::shared_ptr<HeadSession> session) {
-  std::promise<bool> answer;
-  std::future<bool> answered = answer.get_future();
-  std::thread([session = std::move(session), promise = std::move(answer)]() mutable {
+  const auto answer = std::make_shared<std::promise<bool>>();
+  std::future<bool> answered = answer->get_future();
+  runAside([session = std::move(session), answer]() mutable {
     const bool answers = session->answers();
     session.reset();  // first: who hears the answer may end the session, and waits for that
-    promise.set_value(answers);
-  }).detach();
+    answer->set_value(answers);
+  });
   return answered;
 }
 
@@ -185,7 +185,7 @@ void WatchedHead::Work::reconnect() {
 WatchedHead::WatchedHead(std::string address, std::shared_ptr<HeadSession> session, const WatchSettings& settings,
                          std::shared_ptr<WatchQueue> queue)
     : work_(std::make_shared<Work>(std::move(address), std::move(session), settings, std::move(queue))) {
-  std::thread([work = work_] { work->run(); }).detach();
+  runAside([work = work_] { work->run(); });
 }
 
 const std::string& WatchedHead::address() const { return work_->address; }
