@@ -58,15 +58,6 @@ quietly() { # LOG COMMAND...
   }
 }
 
-build() { # PRESET TARGET...
-  preset=$1
-  shift
-  step "building $preset"
-  quietly "$preset-configure.log" cmake --preset "$preset"
-  # The name goes by the path, because ccache would split a folder at its spaces.
-  PATH="$PWD/scripts:$PATH" CCACHE_PREFIX=compile-time quietly "$preset-build.log" cmake --build --preset "$preset" --target "$@" -- --quiet
-}
-
 install_tree() { # PLATFORM
   step "installing into dist/$1"
   rm -rf "dist/$1"
