@@ -26,15 +26,21 @@ void finish(std::ofstream& file) {
   if (!file) throw std::runtime_error("cannot write all files: is the disk full?");
 }
 
+template <class Value>
+void save(const std::string& folder, const char* name, const std::vector<Value>& values) {
+  std::ofstream file = create(folder, name);
+  append(file, values);
+  finish(file);
+}
+
 }  // namespace
 
 void handOver(const std::string& folder, const Handover& handover) {
   std::ofstream pictures = create(folder, "pictures.bin");
   for (const auto& picture : handover.pictures) append(pictures, picture);
   finish(pictures);
-  std::ofstream points = create(folder, "points.bin");
-  append(points, handover.points);
-  finish(points);
+  save(folder, "points.bin", handover.points);
+  save(folder, "sigma.bin", handover.sigma);
   std::ofstream calibration = create(folder, "calibration.json");
   calibration << scan::write(handover.head);
   finish(calibration);

@@ -14,10 +14,12 @@ struct Handover {
   const SLScanCalibration& head;
   const std::vector<std::vector<std::uint8_t>>& pictures;
   const std::vector<float>& points;
+  const std::vector<float>& sigma;
   double seconds;  // of one core, for the points
 };
 
-// Leaves pictures.bin, points.bin (32-bit floats of this machine), calibration.json and scan.json, which tells what is in them.
+// Leaves pictures.bin, points.bin and sigma.bin (32-bit floats of this machine), calibration.json and scan.json, which tells what is in
+// them.
 void handOver(const std::string& folder, const Handover& handover);
 
 }  // namespace fringix::bench

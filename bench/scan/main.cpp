@@ -82,7 +82,7 @@ class Bench {
 
   void leaveIn(const std::string& folder) const {
     const scan::Cloud cloud = scan::Scanner(plan_, head_, settingsWith(1, false)).compute(0, pointers_, false);
-    bench::handOver(folder, {plan_, head_, pictures_, cloud.points, toPoints_.least});
+    bench::handOver(folder, {plan_, head_, pictures_, cloud.points, cloud.sigma, toPoints_.least});
   }
 
  private:

@@ -4,6 +4,8 @@
 #include <limits>
 #include <numbers>
 
+#include "lens.h"
+
 namespace fringix::bench {
 
 namespace {
@@ -31,23 +33,35 @@ double columnOf(const SLScanPlan& plan, const std::vector<const std::uint8_t*>& 
   return plan.period * (std::round((code + 0.5) / 2 - phase) + phase) - 0.5;
 }
 
+// Behind a lens a column is no plane: where the light leaves the projector follows from the row, and that from the depth.
+double depthOf(const SLScanOptics& projector, const Place& ray, double shown) {
+  const double* const r = projector.rotation;
+  const double* const t = projector.translation;
+  const double x = r[0] * ray.x + r[1] * ray.y + r[2];
+  const double y = r[3] * ray.x + r[4] * ray.y + r[5];
+  const double z = r[6] * ray.x + r[7] * ray.y + r[8];
+  double place = shown;
+  double depth = 0;
+  for (int round = 0; round < 5; ++round) {
+    depth = (place * t[2] - t[0]) / (x - place * z);
+    const double row = (depth * y + t[1]) / (depth * z + t[2]);
+    place += shown - distorted(projector.distortion, {place, row}).x;
+  }
+  return depth;
+}
+
 }  // namespace
 
 void naivePoints(const SLScanPlan& plan, const SLScanCalibration& head, const std::vector<const std::uint8_t*>& pictures, float* points) {
   const SLScanOptics& camera = head.cameras[0];
   const SLScanOptics& projector = head.projector;
-  const double* const r = projector.rotation;
   for (std::int32_t row = 0; row < camera.height; ++row) {
     for (std::int32_t column = 0; column < camera.width; ++column) {
       const auto pixel = static_cast<std::size_t>(row) * static_cast<std::size_t>(camera.width) + static_cast<std::size_t>(column);
-      const double x = (column - camera.cx) / camera.fx;
-      const double y = (row - camera.cy) / camera.fy;
-      const double place = (columnOf(plan, pictures, pixel) - projector.cx) / projector.fx;
-      const double rayX = r[0] * x + r[1] * y + r[2];
-      const double rayZ = r[6] * x + r[7] * y + r[8];
-      const double depth = (place * projector.translation[2] - projector.translation[0]) / (rayX - place * rayZ);
-      points[3 * pixel] = static_cast<float>(depth * x);
-      points[3 * pixel + 1] = static_cast<float>(depth * y);
+      const Place ray = undistorted(camera.distortion, {(column - camera.cx) / camera.fx, (row - camera.cy) / camera.fy});
+      const double depth = depthOf(projector, ray, (columnOf(plan, pictures, pixel) - projector.cx) / projector.fx);
+      points[3 * pixel] = static_cast<float>(depth * ray.x);
+      points[3 * pixel + 1] = static_cast<float>(depth * ray.y);
       points[3 * pixel + 2] = static_cast<float>(depth);
     }
   }

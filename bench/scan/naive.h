@@ -9,7 +9,7 @@
 
 namespace fringix::bench {
 
-// Default plans of Gray code and phase only; pinholes without distortion.
+// Default plans of Gray code and phase only.
 void naivePoints(const SLScanPlan& plan, const SLScanCalibration& head, const std::vector<const std::uint8_t*>& pictures, float* points);
 
 }  // namespace fringix::bench
