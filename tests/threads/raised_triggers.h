@@ -69,12 +69,16 @@ class TriggerTest : public testing::Test {
  protected:
   void SetUp() override { callbacks.take(); }
 
-  // Raises triggers until one has got through: the listener may still be on its way to the port.
-  static void awaitListener(Journal& journal, std::uint32_t head = thisHost) {
-    ASSERT_TRUE(eventually([&] {
+  // Raises triggers until one has got through: a listener may still be on its way to the port, or to its turn.
+  static bool raisedUntilHeard(Journal& journal, std::uint32_t head) {
+    return eventually([&] {
       sendFrom(head, trigger);
       return eventually([&] { return journal.size() > 0; }, aMoment);
-    }));
+    });
+  }
+
+  static void awaitListener(Journal& journal, std::uint32_t head = thisHost) {
+    ASSERT_TRUE(raisedUntilHeard(journal, head));
     platform::sleepFor(aMoment);
     journal.take();
   }
