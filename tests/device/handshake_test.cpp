@@ -160,7 +160,7 @@ void expectFailureAfterThirtySeconds(const std::function<int()>& action) {
   EXPECT_LT(took, std::chrono::seconds(40));
 }
 
-TEST(SilentHeadTest, ACommandFailsAfterThirtySeconds) {
+TEST(SilenceInRealTimeTest, ACommandFailsAfterThirtySeconds) {
   OpenSession session({expect(text("21MSG_SLGetSerial")), stall()});
   expectFailureAfterThirtySeconds([&] { return session.device().GetSerial(nullptr); });
   EXPECT_EQ(session.free(), SLALL_OKAY);
@@ -175,17 +175,17 @@ Bytes sentToSilentHead(const Script& script) {
   return head.received();
 }
 
-TEST(SilenceInTheGreetingTest, FailsTheOpeningAfterThirtySeconds) {
+TEST(SilenceInTheGreetingInRealTimeTest, FailsTheOpeningAfterThirtySeconds) {
   EXPECT_EQ(readable(sentToSilentHead({reply(integer(1).substr(0, 3))})), readable(farewell));
 }
 
 const Script untilCameraSize{reply(integer(1)), expect(integer(3300)), expect(text("40MSG_SLGetMaxImageSize"))};
 
-TEST(SilenceAtTheCameraSizeTest, FailsTheOpeningAfterThirtySeconds) {
+TEST(SilenceAtTheCameraSizeInRealTimeTest, FailsTheOpeningAfterThirtySeconds) {
   EXPECT_EQ(readable(sentToSilentHead(untilCameraSize)), readable(integer(3300) + text("40MSG_SLGetMaxImageSize")));
 }
 
-TEST(SilenceAtTheProjectorSizeTest, FailsTheOpeningAfterThirtySeconds) {
+TEST(SilenceAtTheProjectorSizeInRealTimeTest, FailsTheOpeningAfterThirtySeconds) {
   const Script untilProjectorSize = untilCameraSize + Script{reply(integers(8, 4, 0)), expect(text("45MSG_SLGetProjDimension"))};
   EXPECT_EQ(readable(sentToSilentHead(untilProjectorSize)), readable(handshakeBytes()));
 }
