@@ -23,8 +23,9 @@ class Error(Exception):
     def __init__(self, operation: str, head: str | None = None, reason: str = "") -> None:
         self.operation, self.head, self.reason = operation, head, reason
         place = f" of head {head}" if head else ""
-        said = f": {reason}" if reason else ""
-        super().__init__(f"{operation}{place}: {self.name} ({self.code}){said}. {self.next_step}")
+        status = f"{self.name} ({self.code})" if self.name else ""
+        what = ": ".join(part for part in (status, reason) if part)
+        super().__init__(f"{operation}{place}: {what}. {self.next_step}".rstrip())
 
 
 class UnknownDeviceError(Error):
@@ -104,11 +105,28 @@ class BadPicturesError(Error, ValueError):
     next_step = "Check that the pictures are those of the plan, and that the head sees its own light."
 
 
+class HeadRefusedError(Error):
+    """The head answered with a number of its own, which is ``code``; the library hands it on."""
+
+    next_step = "The head's documentation tells what the number means."
+
+    def __init__(self, operation: str, code: int, head: str | None = None) -> None:
+        self.code = code
+        super().__init__(operation, head, f"the head refused with the number {code}")
+
+
+class ForkedProcessError(Error, RuntimeError):
+    """The process was forked from one that had used the library, whose connections it holds: it must not use the library itself."""
+
+    next_step = "Start processes before the first use of fringix, or with multiprocessing.set_start_method('spawn')."
+
+    def __init__(self, operation: str) -> None:
+        super().__init__(operation, None, "this process was forked from one that had used the library")
+
+
 def fail(operation: str, code: int, head: str | None = None, reason: str = "") -> NoReturn:
-    """Raises the exception of a status code; of one that has no name, Error itself."""
+    """Raises the exception of a status code; of a code that is no status, HeadRefusedError."""
     for kind in Error.__subclasses__():
         if kind.code == code:
             raise kind(operation, head, reason)
-    error = Error(operation, head, reason or f"status {code}")
-    error.code = code
-    raise error
+    raise HeadRefusedError(operation, code, head)

@@ -1,0 +1,62 @@
+"""Simulated heads for tests: started, ready, told what to do, ended."""
+
+from __future__ import annotations
+
+import pathlib
+import socket
+import sys
+
+import pytest
+from fringix import simulation
+from fringix.testing import SimulatedHead, SimulatedHeads
+
+
+def answers(address: str) -> bool:
+    with socket.socket() as client:
+        return client.connect_ex((address, simulation.COMMAND_PORT)) == 0
+
+
+def test_a_simulated_head_answers_until_it_is_closed(simulated_heads: SimulatedHeads) -> None:
+    head = simulated_heads()
+    assert answers(head.address)
+    head.close()
+    assert not answers(head.address)
+
+
+def test_heads_have_addresses_of_their_own(simulated_heads: SimulatedHeads) -> None:
+    several = simulated_heads(heads=3, serial=2001)
+    other = simulated_heads()
+    assert len({*several.addresses, other.address}) == 4
+    assert several.serials == [2001, 2002, 2003]
+    assert all(answers(address) for address in [*several.addresses, other.address])
+
+
+@pytest.mark.simulated_head(camera=(64, 48), serial=77)
+def test_the_marker_has_options(simulated_head: SimulatedHead) -> None:
+    assert simulated_head.serial == 77
+    assert "camera 64x48" in simulated_head.output
+
+
+def test_options_that_it_refuses_are_told_with_its_words() -> None:
+    with pytest.raises(ValueError, match="no such option|--sceene"):
+        SimulatedHead(sceene="plane:1")
+
+
+def test_an_address_that_is_taken_is_told(simulated_head: SimulatedHead) -> None:
+    with pytest.raises(ValueError, match="exit code 1"):
+        SimulatedHead(address=simulated_head.address)
+
+
+def test_a_missing_program_is_told_with_what_to_do(monkeypatch: pytest.MonkeyPatch, tmp_path: pathlib.Path) -> None:
+    monkeypatch.setenv(simulation.PROGRAM_VARIABLE, str(tmp_path / "nothing"))
+    with pytest.raises(FileNotFoundError, match=r"FRINGIX_HEAD names .*nothing, which is no file. Install"):
+        simulation.find_program()
+
+
+def test_the_program_is_found_on_the_path(monkeypatch: pytest.MonkeyPatch, tmp_path: pathlib.Path) -> None:
+    program = tmp_path / ("fringix-head.exe" if sys.platform == "win32" else "fringix-head")
+    program.write_text("")
+    program.chmod(0o755)
+    monkeypatch.delenv(simulation.PROGRAM_VARIABLE, raising=False)
+    monkeypatch.setenv("PATH", str(tmp_path))
+    assert pathlib.Path(simulation.find_program()) == program
