@@ -51,9 +51,11 @@ class _Worker:
         self.work, self.arguments, self.finished = work, arguments, False
         self.begin.release()
 
-    def wait(self) -> None:
+    def wait(self, limit: float | None) -> None:
+        until = None if limit is None else time.monotonic() + limit
         while not self.done.acquire(timeout=_SLICE):
-            pass
+            if until is not None and time.monotonic() > until:
+                raise TimeoutError
 
     def take(self) -> Any:
         outcome, failure = self.outcome, self.failure
@@ -92,20 +94,34 @@ def on_main_thread() -> bool:
     return threading.get_ident() == threading.main_thread().ident
 
 
-def run(work: Callable[..., Any], arguments: Sequence[Any] = (), make_cleanup: Callable[[], Cleanup] | None = None) -> Any:
+def _idle_worker() -> _Worker:
+    try:
+        return _idle.pop()
+    except IndexError:
+        return _Worker()
+
+
+def run(
+    work: Callable[..., Any],
+    arguments: Sequence[Any] = (),
+    make_cleanup: Callable[[], Cleanup] | None = None,
+    limit: float | None = None,
+) -> Any:
     """Gives what ``work(*arguments)`` gives, or raises what it raises.
 
     An exception of a signal handler, such as KeyboardInterrupt, ends the wait: after at most ``PATIENCE`` seconds the work is left to
-    itself. ``make_cleanup`` is called then, and what it gives runs on the worker's thread when the work has ended.
+    itself. ``make_cleanup`` is called then, and what it gives runs on the worker's thread when the work has ended. The same happens
+    after ``limit`` seconds, with TimeoutError.
     """
-    if not on_main_thread():
+    if limit is None and not on_main_thread():
         return work(*arguments)
-    worker = _idle.pop() if _idle else _Worker()
+    worker = _idle_worker()
     worker.start(work, arguments)
     try:
-        worker.wait()
-    except BaseException:
-        worker.wait_patiently()
+        worker.wait(limit)
+    except BaseException as reason:
+        if not isinstance(reason, TimeoutError):
+            worker.wait_patiently()
         worker.leave(make_cleanup or _no_cleanup)
         raise
     _idle.append(worker)

@@ -136,9 +136,10 @@ class SimulatedHead:
         return self._wait_until_ready(ready_within)
 
     def _read(self, output: IO[str]) -> None:
-        for line in output:
-            self._said.append(line.rstrip("\n"))
-            self._lines.put(self._said[-1])
+        with output:
+            for line in output:
+                self._said.append(line.rstrip("\n"))
+                self._lines.put(self._said[-1])
         self._lines.put(None)
 
     def _wait_until_ready(self, ready_within: float) -> bool:
