@@ -274,8 +274,9 @@ def _close(handle: int, *_: Any) -> None:
     _functions["SLDevFree"].pointer(handle)
 
 
-def is_abandoned(handle: int) -> bool:
-    return handle in _abandoned
+def is_usable(handle: int) -> bool:
+    """Whether this process may still use the session."""
+    return not _forked and handle not in _abandoned
 
 
 def leave(handle: int, *kept: Any) -> Callable[[], None]:

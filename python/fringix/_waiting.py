@@ -7,6 +7,7 @@ ever runs on them. The hand-over takes some 15 us.
 
 from __future__ import annotations
 
+import os
 import threading
 import time
 from typing import Any, Callable, Sequence
@@ -84,6 +85,8 @@ class _Worker:
 
 
 _idle: list[_Worker] = []
+if hasattr(os, "register_at_fork"):
+    os.register_at_fork(after_in_child=_idle.clear)
 
 
 def _no_cleanup() -> Cleanup:

@@ -41,6 +41,7 @@ def _entry(operation: str, record: Any, index: int) -> Any:
 
 
 def _search() -> list[FoundHead]:
+    _native.function("SLGetDeviceKeyListSize")  # a forked process would wait for a lock that nobody gives back
     with _searching:
         count = _native.get("SLGetDeviceKeyListSize", ctypes.c_int32)
         return [_found(_entry("SLGetDeviceKeyListEntryEx", _native.DeviceKeyEntryEx(), index)) for index in range(min(count, _MOST_GIVEN))]

@@ -137,7 +137,7 @@ class Head:
 
     @property
     def is_open(self) -> bool:
-        return self._handle != _CLOSED and not _native.is_abandoned(self._handle)
+        return self._handle != _CLOSED and _native.is_usable(self._handle)
 
     @property
     def is_connected(self) -> bool:
@@ -147,7 +147,7 @@ class Head:
     def _take_handle(self) -> int:
         with self._closing:
             handle, self._handle = self._handle, _CLOSED
-        return _CLOSED if _native.is_abandoned(handle) else handle
+        return handle if _native.is_usable(handle) else _CLOSED
 
     def _free(self, handle: int) -> None:
         _native.call("SLDevFree", handle, head=self.address)
@@ -177,7 +177,7 @@ class Head:
             self.close()
 
     def __del__(self) -> None:
-        if getattr(self, "_handle", _CLOSED) == _CLOSED or _native.is_abandoned(self._handle):
+        if not hasattr(self, "_closing") or not self.is_open:
             return
         warnings.warn(f"the session with head {self.address} was never closed", ResourceWarning, source=self)
         handle = self._take_handle()

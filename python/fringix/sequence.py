@@ -40,8 +40,15 @@ class Sequence:
 
     def __init__(self, head: Head, length: int) -> None:
         self._head, self._length = head, length
-        self.id: int = head._get("SLSeqAlloc", ctypes.c_uint32, length)
         self._is_open = True
+        given = ctypes.c_uint32()
+        try:
+            head._call("SLSeqAlloc", length, ctypes.byref(given))
+        except KeyboardInterrupt:
+            if given.value and head.is_open:
+                head._call("SLSeqFree", given.value)
+            raise
+        self.id = given.value
 
     def __len__(self) -> int:
         return self._length
