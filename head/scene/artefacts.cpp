@@ -47,6 +47,31 @@ struct PlatePlace {
 constexpr std::array<PlatePlace, platePlaces> platePlacesOfVolume{
     {{{0, 0, 0}, 0, 0}, {{0, 0, -40}, 0, 0}, {{0, 0, 60}, 0, 0}, {{0, 0, 0}, 0, 20}, {{0, 0, 0}, 0, -20}, {{0, 0, 0}, 20, 0}}};
 
+struct BoardPlace {
+  Vector middle;
+  double aboutX;
+  double aboutY;
+  double aboutZ;  // first of the turns
+};
+
+// The first are those of the plate. The others are what a calibration needs: steeper, turned in their own plane, and all over the volume.
+constexpr std::array<BoardPlace, boardPlaces> boardPlacesOfVolume{{{{0, 0, 0}, 0, 0, 0},
+                                                                   {{0, 0, -40}, 0, 0, 0},
+                                                                   {{0, 0, 60}, 0, 0, 0},
+                                                                   {{0, 0, 0}, 0, 20, 0},
+                                                                   {{0, 0, 0}, 0, -20, 0},
+                                                                   {{0, 0, 0}, 20, 0, 0},
+                                                                   {{0, 0, 30}, 35, 0, 8},
+                                                                   {{0, 0, 30}, -35, 0, -8},
+                                                                   {{0, 0, 20}, 0, 38, 6},
+                                                                   {{0, 0, 20}, 0, -38, -6},
+                                                                   {{-20, -15, 50}, 25, 25, -20},
+                                                                   {{20, 15, 50}, -25, -25, -20},
+                                                                   {{20, -5, 40}, 25, -25, 20},
+                                                                   {{-20, 15, 40}, -25, 25, 20},
+                                                                   {{0, 0, 10}, 10, -15, 90},
+                                                                   {{0, 0, -20}, -15, 10, 12}}};
+
 // A rectangle around the origin of `pose`, in the pose's x-y plane.
 Patch rectangle(const std::string& name, const Pose& pose, double width, double height) {
   const Vector along = pose.rotation * Vector{width, 0, 0};
@@ -54,9 +79,8 @@ Patch rectangle(const std::string& name, const Pose& pose, double width, double 
   return {name, pose.translation - along * 0.5 - across * 0.5, along, across, paint};
 }
 
-Patch plateAt(const std::string& name, int place) {
-  const PlatePlace& at = platePlacesOfVolume.at(static_cast<std::size_t>(place - 1));
-  return rectangle(name, measuringVolume() * Pose{turnAboutY(at.aboutY) * turnAboutX(at.aboutX), at.middle}, 240, 180);
+Patch plateAt(const std::string& name, const Rotation& turn, const Vector& middle) {
+  return rectangle(name, measuringVolume() * Pose{turn, middle}, 240, 180);
 }
 
 // The rectangle of three corners of the measuring volume.
@@ -95,13 +119,15 @@ Scene singleSphere(int place) {
 
 Scene plate(int place) {
   Scene scene;
-  scene.patches = {plateAt("plate", place)};
+  const auto& [middle, aboutX, aboutY] = platePlacesOfVolume.at(static_cast<std::size_t>(place - 1));
+  scene.patches = {plateAt("plate", turnAboutY(aboutY) * turnAboutX(aboutX), middle)};
   return scene;
 }
 
 Scene checkerboard(int place) {
-  Scene scene = {};
-  scene.patches = {plateAt("board", place)};
+  Scene scene;
+  const auto& [middle, aboutX, aboutY, aboutZ] = boardPlacesOfVolume.at(static_cast<std::size_t>(place - 1));
+  scene.patches = {plateAt("board", turnAboutY(aboutY) * turnAboutX(aboutX) * turnAboutZ(aboutZ), middle)};
   scene.patches.front().squaresAlong = 12;
   scene.patches.front().squaresAcross = 9;
   return scene;

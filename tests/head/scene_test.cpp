@@ -18,7 +18,7 @@ std::vector<std::string> allScenes() {
   for (int i = 1; i <= 10; ++i) names.push_back("sphere:" + std::to_string(i));
   for (int i = 1; i <= 7; ++i) names.push_back("ballbar:" + std::to_string(i));
   for (int i = 1; i <= 6; ++i) names.push_back("plane:" + std::to_string(i));
-  for (int i = 1; i <= 6; ++i) names.push_back("board:" + std::to_string(i));
+  for (int i = 1; i <= 16; ++i) names.push_back("board:" + std::to_string(i));
   return names;
 }
 
