@@ -1,5 +1,6 @@
 #include "head/scene/scene.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace fringix::head {
@@ -9,15 +10,25 @@ namespace {
 using Hit = std::optional<SurfacePoint>;
 
 constexpr double darkSquare = 0.2;  // of the albedo of a bright one
+constexpr double softEdge = 0.3;    // mm on either side of an edge between squares: print and lens make none sharper
 
 // The share of an edge at which a point lies: 0 at the corner, 1 at the edge's end.
 double shareOf(const Vector& edge, const Vector& offset) { return dot(edge, offset) / dot(edge, edge); }
 
-bool isDark(const Patch& patch, double along, double across) {
-  if (patch.squaresAlong == 0) return false;
-  const double column = std::floor(along * patch.squaresAlong);
-  const double row = std::floor(across * patch.squaresAcross);
-  return std::fmod(std::abs(column + row), 2) == 1;
+// 1 in every second strip of `squares` along an edge of the patch, -1 in the others, and what is between at their borders.
+double stripeAt(double share, int squares, double side) {
+  const double place = share * squares;
+  const double toBorder = (place - std::round(place)) * side / squares;
+  const double sign = std::fmod(std::abs(std::round(place)), 2) == 0 ? 1 : -1;
+  const bool outermost = std::round(place) == 0 || std::round(place) == squares;
+  return sign * (outermost ? std::copysign(1.0, toBorder) : std::clamp(toBorder / softEdge, -1.0, 1.0));
+}
+
+double albedoAt(const Patch& patch, double along, double across) {
+  if (patch.squaresAlong == 0) return patch.albedo;
+  const double bright =
+      stripeAt(along, patch.squaresAlong, length(patch.along)) * stripeAt(across, patch.squaresAcross, length(patch.across));
+  return patch.albedo * (darkSquare + (1 - darkSquare) * (1 + bright) / 2);
 }
 
 Hit meet(const Patch& patch, const Vector& origin, const Vector& direction) {
@@ -30,7 +41,7 @@ Hit meet(const Patch& patch, const Vector& origin, const Vector& direction) {
   const double along = shareOf(patch.along, offset);
   const double across = shareOf(patch.across, offset);
   if (patch.bounded && !(along >= 0 && along <= 1 && across >= 0 && across <= 1)) return std::nullopt;
-  return surfaceAt(distance, origin, direction, unit(normal), patch.albedo * (isDark(patch, along, across) ? darkSquare : 1));
+  return surfaceAt(distance, origin, direction, unit(normal), albedoAt(patch, along, across));
 }
 
 }  // namespace

@@ -212,7 +212,7 @@ def _task_of_head(
     known = calibration or Calibration.parse(_stored_calibration(head))
     cameras = range(len(known.cameras)) if channels is None else [channels] if isinstance(channels, int) else channels
     cautions = [] if known.serial == head.serial else [f"the calibration is that of head {known.serial}, and this is head {head.serial}"]
-    task = _Task(plan or Plan.defaults(head.projector_size[0]), known, tuple(cameras), roi, settings, cautions=tuple(cautions))
+    task = _Task(plan or Plan.defaults(head.projector.size[0]), known, tuple(cameras), roi, settings, cautions=tuple(cautions))
     _require_fit(task, head)
     return task
 
@@ -235,7 +235,7 @@ def _require_fit(task: _Task, head: Optional[Head]) -> None:
         raise ValueError(f"channels are different cameras, one or more, and not {task.channels}")
     if head is not None:
         _require_size("camera", task.camera, head.camera_size, address)
-        _require_size("projector", task.calibration.projector, head.projector_size, address)
+        _require_size("projector", task.calibration.projector, head.projector.size, address)
     x, y, width, height = _wanted(task)
     if min(x, y) < 0 or min(width, height) < 1 or x + width > task.camera.width or y + height > task.camera.height:
         raise ValueError(f"a region of {width} x {height} pixels at {x}, {y} is not within {task.camera.width} x {task.camera.height}")
