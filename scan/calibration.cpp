@@ -119,7 +119,7 @@ void checkReference(const Optics& camera) {
 void checkBaseline(const Optics& camera, const Optics& projector, std::size_t number) {
   const Vector place = transposed(camera.rotation) * (-1.0 * camera.translation);
   const Vector seen = projector.rotation * place + projector.translation;
-  if (std::hypot(seen[0], seen[2]) < 1)
+  if (seen[0] * seen[0] + seen[2] * seen[2] < 1)
     refuse("camera ", number, " and the projector are less than 1 mm apart across the columns. Is the unit mm?");
 }
 

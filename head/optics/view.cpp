@@ -76,7 +76,8 @@ double View::gloss(const SurfacePoint& seen, const Vector& toLamp) const {
 double View::blurAt(const Vector& point) const {
   const double off = std::abs(1 / projector_.depth(point) - 1 / focusDistance);
   const double reference = 1 / focusDistance - 1 / (focusDistance + defocusReference);
-  return std::hypot(blurOf(0), defocus_ * off / reference);
+  const double ofDistance = defocus_ * off / reference;
+  return std::sqrt(blurOf(0) * blurOf(0) + ofDistance * ofDistance);
 }
 
 // Where the scene mirrors the projector into camera 0 best, on a coarse raster of that camera's picture.

@@ -25,7 +25,8 @@ struct InputLines::Slot {
 
   void put(std::string text) {
     std::unique_lock lock(mutex);
-    changed.wait(lock, [&] { return !line; });
+    // With a limit: the wait without one is in the C++ runtime of the newest systems only.
+    while (line) changed.wait_for(lock, std::chrono::hours(1));
     line = std::move(text);
     changed.notify_all();
   }
