@@ -1,4 +1,4 @@
-"""Reads the PNG pictures of a scan: gray, 8 bits."""
+"""PNG files of gray pictures with 8 bits, as scans have them."""
 
 from __future__ import annotations
 
@@ -105,3 +105,18 @@ def decode(content: bytes) -> Picture:
 def read(path: PathLike) -> Picture:
     """The same from a file. Raises OSError, too."""
     return decode(pathlib.Path(path).read_bytes())
+
+
+def _chunk(kind: bytes, data: bytes) -> bytes:
+    return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+
+
+def encode(picture: Picture) -> bytes:
+    """A PNG file with the pixels of ``uint8[h, w]``, each row as differences to the one above it."""
+    height, width = picture.shape
+    rows = numpy.full((height, width + 1), 2, numpy.uint8)
+    rows[:, 1:] = picture
+    rows[1:, 1:] -= picture[:-1]
+    header = struct.pack(">IIBBBBB", width, height, 8, 0, 0, 0, 0)
+    content = [(b"IHDR", header), (b"IDAT", zlib.compress(rows.tobytes(), 1)), (b"IEND", b"")]
+    return _SIGNATURE + b"".join(_chunk(kind, data) for kind, data in content)
