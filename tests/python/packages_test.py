@@ -18,6 +18,7 @@ import zipfile
 from collections.abc import Iterator
 
 import pytest
+from documented import INSTALL, START_HEAD, TEN_LINES, TESTS
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PACKAGES = pathlib.Path(os.environ.get("FRINGIX_PACKAGES", ""))
@@ -135,7 +136,7 @@ def test_the_metadata_is_that_of_the_project(wheel: zipfile.ZipFile) -> None:
     assert headers(distribution_info(wheel, "WHEEL"))["Root-Is-Purelib"] == "false"
 
 
-def test_pytest_finds_the_plugin(wheel: zipfile.ZipFile) -> None:
+def test_the_plugin_is_told_to_pytest(wheel: zipfile.ZipFile) -> None:
     entry_points = configparser.ConfigParser()
     entry_points.read_string(distribution_info(wheel, "entry_points.txt"))
     assert entry_points["pytest11"]["fringix"] == "fringix.testing"
@@ -165,10 +166,32 @@ def run(*command: object, folder: pathlib.Path, **more: str) -> subprocess.Compl
 
 @pytest.fixture(scope="module")
 def commands(tmp_path_factory: pytest.TempPathFactory) -> pathlib.Path:
-    """The programs of a virtual environment, which has the numpy of the system."""
-    folder = tmp_path_factory.mktemp("station") / "venv"
-    subprocess.run([sys.executable, "-m", "venv", "--system-site-packages", folder], check=True)
-    return folder / "bin"
+    """The programs of an environment that has the wheel, installed as the document says."""
+    folder = tmp_path_factory.mktemp("home")
+    shutil.copy(wheel_of("linux"), folder)
+    path = os.pathsep.join([os.path.dirname(sys.executable), os.environ["PATH"]])  # this Python, whichever comes first otherwise
+    installed = run("sh", "-e", "-c", INSTALL, folder=folder, PATH=path, PIP_NO_INDEX="1")
+    assert installed.returncode == 0, installed.stdout
+    return folder / "station/bin"
+
+
+def test_an_installed_wheel_is_all_that_a_cloud_needs(commands: pathlib.Path, tmp_path: pathlib.Path) -> None:
+    (tmp_path / "cloud.py").write_text(TEN_LINES)
+    program = [str(commands / "python"), *START_HEAD.split()[1:], "--camera", "320x256", "--projector", "640x400"]
+    with subprocess.Popen(program, env=plain_environment(), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True) as head:
+        try:
+            assert head.stdout and any(line.startswith("ready") for line in head.stdout)
+            scanned = run(commands / "python", "cloud.py", folder=tmp_path)
+        finally:
+            head.terminate()
+    assert scanned.returncode == 0 and "points, expected deviation" in scanned.stdout, scanned.stdout
+    assert (tmp_path / "cloud.ply").read_bytes().startswith(b"ply")
+
+
+def test_pytest_finds_the_plugin_of_an_installed_wheel(commands: pathlib.Path, tmp_path: pathlib.Path) -> None:
+    (tmp_path / "station_test.py").write_text(TESTS[0])
+    told = run(commands / "python", "-m", "pytest", "-q", "-p", "no:cacheprovider", "station_test.py", folder=tmp_path)
+    assert told.returncode == 0, told.stdout
 
 
 @pytest.fixture

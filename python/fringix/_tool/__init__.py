@@ -7,9 +7,9 @@ import sys
 from typing import Callable, Sequence
 
 from ..errors import Error
-from .arguments import UsageError, make_parser
+from .arguments import make_parser
 from .commands import run_head
-from .failures import Failure, tell
+from .failures import Failure, UsageError, tell
 
 SUCCESS, FAILURE, WRONG_USAGE, INTERRUPTED = 0, 1, 2, 130
 
