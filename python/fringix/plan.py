@@ -5,6 +5,7 @@ from __future__ import annotations
 import ctypes
 import dataclasses
 import enum
+from typing import Iterator
 
 import numpy
 import numpy.typing
@@ -89,6 +90,9 @@ class Plan:
         picture = native.SLScanPicture()
         native.call("SLScanPlanPicture", self.record(), index % len(self), picture)
         return Picture(Kind(picture.kind), picture.frequency, picture.number)
+
+    def __iter__(self) -> Iterator[Picture]:
+        return (self[index] for index in range(len(self)))
 
     def line(self, index: int) -> numpy.typing.NDArray[numpy.uint8]:
         """A picture as ``uint8[projector_width]``, for ``sequence[index]`` or, along the rows, ``sequence.column(index, line)``."""

@@ -9,9 +9,9 @@ import pytest
 from fringix.calibration import Calibration, Optics
 from fringix.errors import BadCalibrationError
 
-CAMERA = Optics(640, 512, 900, 901, 320, 255, [-0.1, 0.05, 1e-3, -1e-3, 0.01])
+CAMERA = Optics(640, 512, 900, 901, 320, 255, numpy.array([-0.1, 0.05, 1e-3, -1e-3, 0.01]))
 TURN = numpy.array([[0.8, 0, 0.6], [0, 1, 0], [-0.6, 0, 0.8]])
-PROJECTOR = Optics(640, 400, 700, 700, 320, 200, numpy.zeros(5), TURN, [-140, 0, 50])
+PROJECTOR = Optics(640, 400, 700, 700, 320, 200, numpy.zeros(5), TURN, numpy.array([-140.0, 0, 50]))
 CALIBRATION = Calibration(1001, "2024-02-29", (CAMERA,), PROJECTOR)
 
 
@@ -26,7 +26,7 @@ def test_text_keeps_everything():
 
 def test_text_is_that_of_the_documentation():
     text = (pathlib.Path(__file__).parents[2] / "docs/calibration.md").read_text(encoding="utf-8")
-    example = json.loads(re.search(r"```json\n(.*?)```", text, flags=re.DOTALL).group(1))
+    example = json.loads(re.findall(r"```json\n(.*?)```", text, flags=re.DOTALL)[0])
     example["projector"]["rotation"] = TURN.tolist()  # the page's is rounded
     assert json.loads(Calibration.parse(json.dumps(example)).text()) == example
 

@@ -26,7 +26,7 @@ def test_three_frequencies_begin_with_the_coarsest():
 def test_lines_show_the_patterns():
     plan = Plan(64, period=16, steps=4)
     lines = plan.lines
-    assert (lines.shape, lines.dtype) == ((9, 64), numpy.uint8)
+    assert lines.shape == (9, 64) and lines.dtype == numpy.uint8
     assert (lines[0] == 255).all() and (lines[1] == 0).all()
     numbers = (2 * numpy.arange(64) + 1) // 16
     numpy.testing.assert_array_equal(lines[4], 255 * ((numbers ^ numbers >> 1) & 1))
@@ -42,7 +42,7 @@ def test_values_out_of_range_are_refused(values, reason):
 
 def test_unknown_method_is_refused():
     with pytest.raises(ValueError, match="7 is not a valid Method"):
-        Plan(640, 10, 10, 7)
+        Plan(640, 10, 10, 7)  # type: ignore[arg-type]
 
 
 def test_there_is_no_picture_behind_the_last():

@@ -21,7 +21,7 @@ def neighbours(row, column):
 
 def paeth(left, up, corner):
     guess = left + up - corner
-    return min((left, up, corner), key=lambda value: abs(guess - value))
+    return min((left, up, corner), key=lambda value: abs(int(guess - value)))
 
 
 GUESSES = [

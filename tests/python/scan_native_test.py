@@ -1,5 +1,6 @@
 """The table of fringix-scan's exports is that of the library and of its header."""
 
+import ctypes
 import pathlib
 import re
 
@@ -30,8 +31,8 @@ def test_each_export_has_the_parameters_of_the_header():
 @pytest.mark.parametrize("record", ["Plan", "Picture", "Optics", "Calibration", "Settings", "Findings", "Cloud"])
 def test_each_record_has_the_members_of_the_header(record):
     text = (ROOT / "include/fringix/scan.h").read_text(encoding="utf-8")
-    body = re.search(rf"typedef struct SLScan{record} {{(.*?)}} SLScan{record};", text, flags=re.DOTALL)
-    members = re.sub(r"/\*.*?\*/", "", body.group(1), flags=re.DOTALL)
+    (body,) = re.findall(rf"typedef struct SLScan{record} {{(.*?)}} SLScan{record};", text, flags=re.DOTALL)
+    members = re.sub(r"/\*.*?\*/", "", body, flags=re.DOTALL)
     names = re.findall(r"(\w+)(?:\[\w+\])?;", members)
     assert [name for name, *_ in getattr(native, f"SLScan{record}")._fields_] == names
 
@@ -42,5 +43,5 @@ def test_library_tells_its_version():
 
 def test_failure_tells_status_and_reason():
     with pytest.raises(errors.BadParameterError, match="7 columns; 16 to 16384 are possible") as failure:
-        native.call("SLScanPlanPictureCount", native.SLScanPlan(0, 7, 10, 10), native.c_int32())
+        native.call("SLScanPlanPictureCount", native.SLScanPlan(0, 7, 10, 10), ctypes.c_int32())
     assert (failure.value.operation, failure.value.code) == ("SLScanPlanPictureCount", -3)

@@ -14,7 +14,7 @@ from fringix.scanner import Reason, Scanner, Settings, gather
 
 WIDTH, HEIGHT, DEPTH = 96, 64, 500.0
 CAMERA = Optics(WIDTH, HEIGHT, 150, 150, 47.5, 31.5, numpy.zeros(5))
-PROJECTOR = Optics(640, 400, 700, 700, 319.5, 199.5, numpy.zeros(5), numpy.eye(3), [-60, 0, 0])
+PROJECTOR = Optics(640, 400, 700, 700, 319.5, 199.5, numpy.zeros(5), numpy.eye(3), numpy.array([-60.0, 0, 0]))
 CALIBRATION = Calibration(7, "2024-02-29", (CAMERA,), PROJECTOR)
 PLAN = Plan.defaults(640)
 

@@ -3,10 +3,11 @@
 import os
 import pathlib
 import subprocess
+from typing import Any, Dict
 
 from fringix.simulation import SimulatedHead, find_program
 
-SMALL = {"camera": (320, 256), "projector": (640, 400), "image_time": 0}
+SMALL: Dict[str, Any] = {"camera": (320, 256), "projector": (640, 400), "image_time": 0}
 
 
 def tool():
