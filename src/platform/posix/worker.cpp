@@ -1,5 +1,6 @@
 #include "platform/worker.h"
 
+#include <array>
 #include <atomic>
 #include <condition_variable>
 #include <csignal>
@@ -35,14 +36,18 @@ class Progress {
 
 thread_local const Progress* thisWorker = nullptr;
 
-// Signals are the host's: its handlers run on its own threads. Only faults come to the thread that makes them: blocked, they would end
-// the process past the handler.
+// Signals are the host's: its handlers run on its own threads. Only these come to a worker: faults, which blocked would end the process
+// past the handler; and what runtimes with garbage collection stop their threads with, for a worker that has called such a host back is
+// one of them, and a collection waits until all have stopped.
+constexpr std::array passing = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT, SIGPWR, SIGXCPU};
+
 class SentSignalsBlocked {
  public:
   SentSignalsBlocked() noexcept {
     sigset_t sent;
     sigfillset(&sent);
-    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT}) sigdelset(&sent, fault);
+    for (const int signal : passing) sigdelset(&sent, signal);
+    for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal) sigdelset(&sent, signal);  // of which each runtime takes those that are free
     pthread_sigmask(SIG_BLOCK, &sent, &before_);
   }
   ~SentSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }

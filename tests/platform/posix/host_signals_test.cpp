@@ -24,13 +24,14 @@ std::int32_t readMask(void* mask) {
   return 0;
 }
 
-TEST(HostSignalsTest, AWorkerGetsItsOwnFaultsAndNothingThatIsSent) {
+TEST(HostSignalsTest, AWorkerGetsItsOwnFaultsAndWhatRuntimesStopThreadsWithAndNothingElse) {
   sigset_t mask;
   platform::Worker worker;
   ASSERT_EQ(worker.start(readMask, &mask, nullptr), 0U);
   ASSERT_TRUE(worker.end(std::chrono::seconds(20)));
   for (const int sent : {SIGINT, SIGTERM, SIGPIPE, SIGCHLD, SIGUSR1}) EXPECT_EQ(sigismember(&mask, sent), 1) << sent;
   for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS}) EXPECT_EQ(sigismember(&mask, fault), 0) << fault;
+  for (const int stop : {SIGPWR, SIGXCPU, SIGRTMIN, SIGRTMAX}) EXPECT_EQ(sigismember(&mask, stop), 0) << stop;
 }
 
 // Standard error as a pipe, for as long as it lives.
