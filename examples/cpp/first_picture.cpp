@@ -1,4 +1,5 @@
 // Opens the head at an address and saves the camera's current picture as live.pgm.
+//   first_picture 192.168.0.10
 #include <fringix/fringix.hpp>
 #include <fstream>
 #include <iostream>
