@@ -86,6 +86,25 @@ public static class EventTests {
     }
   }
 
+  public static void TheEndOfASubscriptionWaitsForACallUnderWay() {
+    using (Head head = Head.Open(SimulatedHead.CommonAddress))
+    using (Sequence sequence = head.NewSequence(1))
+    using (var entered = new ManualResetEvent(false)) {
+      bool left = false;
+      Subscription subscription = head.OnEvent(what => {
+        entered.Set();
+        Thread.Sleep(200);
+        left = true;
+      });
+      var measuring = new Thread(sequence.Measure);
+      measuring.Start();
+      Expect.True(entered.WaitOne(Patience), "the handler is called");
+      subscription.Dispose();
+      Expect.True(left, "the handler has left");
+      measuring.Join();
+    }
+  }
+
   public static void ASubscriptionThatOutlivesItsHeadIsHarmless() {
     Head head = Head.Open(SimulatedHead.CommonAddress);
     Subscription subscription = head.OnEvent(what => {});
