@@ -243,14 +243,14 @@ def test_on_windows_the_libraries_load_and_reach_the_head_that_comes_with_them(t
     with zipfile.ZipFile(wheel_of("windows")) as wheel:
         wheel.extractall(tmp_path)
     libraries, launcher = tmp_path / "fringix/lib", ROOT / "scripts/wine"
-    for program in ("live_picture_c.exe", "fringix-scan-abi-tests.exe"):
+    for program in ("first_picture_c.exe", "fringix-scan-abi-tests.exe"):
         shutil.copy(pathlib.Path(os.environ["FRINGIX_WINDOWS_BUILD"], "bin", program), libraries)
     command = [str(launcher), str(tmp_path / "fringix/bin/fringix-head.exe"), "--address", "127.0.0.2"]
     environment = {**plain_environment(), **wine}
     with subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True) as head:
         try:
             assert head.stdout and any(line.startswith("ready") for line in head.stdout)
-            picture = run(launcher, libraries / "live_picture_c.exe", folder=tmp_path, **wine)
+            picture = run(launcher, libraries / "first_picture_c.exe", folder=tmp_path, **wine)
             assert picture.returncode == 0 and "SLALL_OKAY" in picture.stdout, picture.stdout
         finally:
             head.terminate()
