@@ -6,6 +6,25 @@
 
 namespace scan = fringix::scan;
 
+// Images in the head's memory, which are freed whatever happens.
+class Sequence {
+ public:
+  Sequence(const fringix::Device& head, int count) : head_(head), id_(head.allocateSequence(static_cast<std::uint32_t>(count))) {}
+  ~Sequence() {
+    try {
+      head_.freeSequence(id_);
+    } catch (const fringix::Error&) {  // the connection is lost
+    }
+  }
+  Sequence(const Sequence&) = delete;
+  Sequence& operator=(const Sequence&) = delete;
+  std::uint32_t id() const { return id_; }
+
+ private:
+  const fringix::Device& head_;
+  std::uint32_t id_;
+};
+
 // The exposure is a value of the head's configuration, in microseconds. It comes back when this ends.
 class KeptExposure {
  public:
@@ -44,15 +63,14 @@ int main(int argc, char** argv) {
     const SLScanPlan plan = scan::defaultPlan(static_cast<std::int32_t>(head.projectorSize().width));
     const scan::Scanner scanner(plan, calibrationOf(head));
     const int count = scan::pictureCount(plan);
-    const std::uint32_t sequence = head.allocateSequence(static_cast<std::uint32_t>(count));
-    for (int i = 0; i < count; ++i) head.makeFromLine8(sequence, static_cast<std::uint8_t>(i), scan::line(plan, i));
+    const Sequence sequence(head, count);
+    for (int i = 0; i < count; ++i) head.makeFromLine8(sequence.id(), static_cast<std::uint8_t>(i), scan::line(plan, i));
     const KeptExposure exposure(head);
     for (const double factor : {1.0, 0.25, 4.0}) {  // the patterns stay on the head
       if (factor != 1) scanner.nextExposure(0);
       exposure.setTimes(factor);
-      measure(head, sequence, count, scanner);
+      measure(head, sequence.id(), count, scanner);
     }
-    head.freeSequence(sequence);
     const scan::Cloud cloud = scanner.finish(0);
     std::cout << cloud.findings.counts[SLSCAN_POINT] << " points of 3 exposures, " << cloud.findings.counts[SLSCAN_SATURATION]
               << " pixels too bright\n";

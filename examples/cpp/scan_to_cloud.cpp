@@ -8,6 +8,25 @@
 
 namespace scan = fringix::scan;
 
+// Images in the head's memory, which are freed whatever happens.
+class Sequence {
+ public:
+  Sequence(const fringix::Device& head, int count) : head_(head), id_(head.allocateSequence(static_cast<std::uint32_t>(count))) {}
+  ~Sequence() {
+    try {
+      head_.freeSequence(id_);
+    } catch (const fringix::Error&) {  // the connection is lost
+    }
+  }
+  Sequence(const Sequence&) = delete;
+  Sequence& operator=(const Sequence&) = delete;
+  std::uint32_t id() const { return id_; }
+
+ private:
+  const fringix::Device& head_;
+  std::uint32_t id_;
+};
+
 static SLScanCalibration calibrationOf(const fringix::Device& head) {
   const std::vector<std::uint8_t> text = head.loadData("calibration.json");
   return scan::readCalibration(std::string(text.begin(), text.end()));
@@ -15,14 +34,13 @@ static SLScanCalibration calibrationOf(const fringix::Device& head) {
 
 static void measure(const fringix::Device& head, const SLScanPlan& plan, const scan::Scanner& scanner) {
   const int count = scan::pictureCount(plan);
-  const std::uint32_t sequence = head.allocateSequence(static_cast<std::uint32_t>(count));
-  for (int i = 0; i < count; ++i) head.makeFromLine8(sequence, static_cast<std::uint8_t>(i), scan::line(plan, i));
-  head.measure(sequence);
+  const Sequence sequence(head, count);
+  for (int i = 0; i < count; ++i) head.makeFromLine8(sequence.id(), static_cast<std::uint8_t>(i), scan::line(plan, i));
+  head.measure(sequence.id());
   for (int i = 0; i < count; ++i) {
     const fringix::Image picture = head.storedImage(static_cast<std::uint8_t>(i));
     scanner.add(0, picture.pixels.data(), static_cast<std::int32_t>(picture.width), static_cast<std::int32_t>(picture.height));
   }
-  head.freeSequence(sequence);  // the head does it, too, when it starts anew
 }
 
 static void writePly(const char* path, const scan::Cloud& cloud) {

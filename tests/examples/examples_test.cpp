@@ -78,6 +78,20 @@ TEST_P(Examples, HdrScan) {
   EXPECT_EQ(server_.model().configuration().exposure(), 20000) << "as it was";
 }
 
+TEST_P(Examples, AScanThatFailsLeavesItsHeadInOrder) {
+  server_.model().setMeasurementFault(-2);
+  for (const std::uint32_t sequence : {1U, 2U}) {
+    const Outcome outcome = run(sequence == 1 ? "scan_to_cloud" : "hdr_scan");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "SLStartMeasurement: SLMEASUREMENT_FAILED (-30)\n");
+    EXPECT_EQ(server_.model().imageCount(sequence), 0U) << "freed";
+  }
+  EXPECT_EQ(server_.model().configuration().exposure(), 20000) << "as it was";
+  std::uint32_t next = 0;
+  EXPECT_EQ(server_.model().allocateSequence(1, next), head::Status::ok);
+  EXPECT_EQ(next, 3U) << "each had one";
+}
+
 TEST_P(Examples, SeveralHeadsOfWhichOneIsOff) {
   head::HeadServer other(settingsAt("127.0.0.3"));
   other.start();
