@@ -163,7 +163,7 @@ namespace Fringix {
   // ---- Small values ------------------------------------------------------------------------------------------------------------
 
   /// <summary>A width and a height in pixels.</summary>
-  public readonly struct PixelSize {
+  public struct PixelSize {
     /// <summary>Pixels from left to right.</summary>
     public readonly int Width;
 
@@ -183,7 +183,7 @@ namespace Fringix {
   }
 
   /// <summary>A part of a picture, in pixels from its top left corner.</summary>
-  public readonly struct PixelRegion {
+  public struct PixelRegion {
     /// <summary>The left edge.</summary>
     public readonly int X;
 
@@ -203,7 +203,7 @@ namespace Fringix {
   }
 
   /// <summary>The values that a setting takes, both ends included.</summary>
-  public readonly struct SettingRange {
+  public struct SettingRange {
     /// <summary>The smallest.</summary>
     public readonly int Min;
 
@@ -826,7 +826,7 @@ namespace Fringix {
   }
 
   /// <summary>An event of a head.</summary>
-  public readonly struct HeadEvent {
+  public struct HeadEvent {
     /// <summary>What happened.</summary>
     public readonly HeadEventKind Kind;
 
