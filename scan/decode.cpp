@@ -72,7 +72,7 @@ Decoder Decoder::under(const Conditions& conditions) const {
   return decoder;
 }
 
-void Decoder::decode(const StripSums& sums, DecodedStrip& decoded) const {
+FRINGIX_STRIP_LOOPS void Decoder::decode(const StripSums& sums, DecodedStrip& decoded) const {
   Strip<float> turn;
   decoded.reason.fill(0);
   turnsOf(sums.frequencies[0], turn);

@@ -83,7 +83,7 @@ void SumsOfStrips::clear() noexcept {
   std::fill(frequencies_.begin(), frequencies_.end(), FrequencySums{});
 }
 
-std::uint32_t add(const PictureRole& role, const std::uint8_t* pixels, const StripSums& sums) {
+FRINGIX_STRIP_LOOPS std::uint32_t add(const PictureRole& role, const std::uint8_t* pixels, const StripSums& sums) {
   switch (role.kind) {
     case PictureKind::white:
       std::copy_n(pixels, stripLength, sums.levels.white.data());

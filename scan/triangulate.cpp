@@ -77,7 +77,7 @@ void Triangulator::makeRays(const Optics& camera, std::int32_t row) {
   }
 }
 
-void Triangulator::triangulate(std::size_t strip, DecodedStrip& decoded, PointStrip& points) const {
+FRINGIX_STRIP_LOOPS void Triangulator::triangulate(std::size_t strip, DecodedStrip& decoded, PointStrip& points) const {
   Rays rays;
   Columns columns;
   turnRays(strip, rays);

@@ -6,7 +6,9 @@ TOO_BRIGHT = 255
 READ_NOISE = 1.04  # standard deviation of a pixel in grey levels, rounding included
 LARGEST_SHARE = 0.1  # of a period: where its deviation is expected to be larger, there is no pattern to be seen
 LARGEST_DISAGREEMENT = 0.4  # of period number and phase, in periods
-LARGEST_MISFIT = 0.1  # of the steps and a cosine, in proportion to the modulation: something moved
+LARGEST_WHERE_UNCERTAIN = 0.3  # the same where a Gray bit can be read either way
+GRAY_MARGIN = 3  # in standard deviations: closer to the middle of white and black a bit is uncertain
+LARGEST_MISFIT = 0.1  # of the steps and a cosine, or the white picture, in proportion to the modulation: something moved
 BORDER = 3  # columns
 NEAREST, FARTHEST = 50, 5000  # mm
 
@@ -49,7 +51,8 @@ class Decoder:
         """The projector's column for each pixel, and its expected standard deviation."""
         levels = pictures.astype(float)
         white, black, gray, phases = levels[0], levels[1], levels[2 : -self.steps], levels[-self.steps :]
-        bits = numpy.logical_xor.accumulate(gray > (white + black) / 2)
+        middle = (white + black) / 2
+        bits = numpy.logical_xor.accumulate(gray > middle)
         code = (bits * 2 ** numpy.arange(len(bits))[::-1, None, None]).sum(axis=0)
         angles = 2 * numpy.pi * numpy.arange(self.steps)[:, None, None] / self.steps
         sine = (phases * numpy.sin(angles)).sum(axis=0)
@@ -57,18 +60,22 @@ class Decoder:
         phase = numpy.arctan2(sine, cosine) / (2 * numpy.pi)
         distance = (code + 0.5) / 2 - phase
         number = numpy.round(distance)
+        disagreement = numpy.abs(distance - number)
+        uncertain = numpy.abs(gray - middle).min(axis=0) < GRAY_MARGIN * READ_NOISE
         column = self.period * (number + phase) - 0.5
         modulation = numpy.hypot(sine, cosine) * 2 / self.steps
-        fitted = phases.mean(axis=0) + (sine * numpy.sin(angles) + cosine * numpy.cos(angles)) * 2 / self.steps
+        offset = phases.mean(axis=0)
+        fitted = offset + (sine * numpy.sin(angles) + cosine * numpy.cos(angles)) * 2 / self.steps
         misfit = ((phases - fitted) ** 2).sum(axis=0) / (self.steps - 3)
         share = numpy.sqrt(2 / self.steps) * READ_NOISE / (2 * numpy.pi * modulation)
         right = (
             (levels.max(axis=0) < TOO_BRIGHT)
             & (share < LARGEST_SHARE)
-            & (numpy.abs(distance - number) < LARGEST_DISAGREEMENT)
+            & (disagreement < numpy.where(uncertain, LARGEST_WHERE_UNCERTAIN, LARGEST_DISAGREEMENT))
             & (column > BORDER)
             & (column < self.projector["width"] - BORDER)
             & (misfit < 4 * READ_NOISE**2 + (LARGEST_MISFIT * modulation) ** 2)
+            & (numpy.abs(white - offset - modulation) < 4 * READ_NOISE + LARGEST_MISFIT * modulation)
         )
         return numpy.where(right, column, numpy.nan), self.period * share
 
