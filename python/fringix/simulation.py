@@ -41,7 +41,7 @@ def find_program() -> str:
     )
 
 
-def _is_free(address: str) -> bool:
+def is_free(address: str) -> bool:
     with socket.socket() as listener:
         if sys.platform != "win32":
             listener.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
@@ -56,7 +56,7 @@ def free_address(heads: int = 1) -> str:
     """A loopback address, drawn at random, where a head can listen, and others at the addresses that follow."""
     for _ in range(1000):
         network, first = f"127.{random.randint(1, 254)}.{random.randint(0, 254)}", random.randint(1, 254 - heads)
-        if all(_is_free(f"{network}.{first + number}") for number in range(heads)):
+        if all(is_free(f"{network}.{first + number}") for number in range(heads)):
             return f"{network}.{first}"
     raise OSError(f"no loopback address has port {COMMAND_PORT} free: does something listen there at 0.0.0.0?")
 
