@@ -17,13 +17,11 @@ import fringix
 import numpy as np
 import pytest
 from fringix.head import Head
-from fringix.simulation import SimulatedHead
+from watched_head import FAREWELL, WatchedHead
 
 pytestmark = pytest.mark.skipif(sys.platform == "win32", reason="a program cannot be stopped there, nor be sent Ctrl-C alone")
 
 SOON = 10  # seconds: well below the 30 that a call waits, and more than a busy machine takes for what should last half a second
-FAREWELL = "ByeBye="
-small: dict[str, Any] = {"camera": (64, 48), "projector": (40, 30), "image_time": 0, "verbose": True}
 
 
 @contextlib.contextmanager
@@ -38,32 +36,11 @@ def interrupted(after: float = 0.3) -> Iterator[None]:
     assert after <= time.monotonic() - begin < SOON
 
 
-class FrozenHead:
-    """A simulated head whose program stops on request: its system goes on taking connections and bytes."""
-
-    def __init__(self) -> None:
-        self.simulated = SimulatedHead(**small)
-        self.address = self.simulated.address
-
-    def freeze(self) -> None:
-        os.kill(self.simulated.pid, signal.SIGSTOP)
-
-    def thaw(self) -> None:
-        os.kill(self.simulated.pid, signal.SIGCONT)
-
-    def says(self, what: str) -> bool:
-        until = time.monotonic() + 30
-        while what not in self.simulated.output and time.monotonic() < until:
-            time.sleep(0.02)
-        return what in self.simulated.output
-
-
 @pytest.fixture
-def frozen() -> Iterator[FrozenHead]:
-    head = FrozenHead()
+def frozen() -> Iterator[WatchedHead]:
+    head = WatchedHead()
     yield head
-    head.thaw()
-    head.simulated.close()
+    head.close()
 
 
 def wait_for_event(head: Head) -> None:
@@ -96,7 +73,7 @@ commands: dict[str, Callable[[Head], object]] = {
 
 
 @pytest.mark.parametrize("command", commands.values(), ids=[name.replace(" ", "-") for name in commands])
-def test_a_frozen_head_does_not_keep_ctrl_c_waiting(frozen: FrozenHead, command: Callable[[Head], object]) -> None:
+def test_a_frozen_head_does_not_keep_ctrl_c_waiting(frozen: WatchedHead, command: Callable[[Head], object]) -> None:
     with fringix.open(frozen.address) as head:
         frozen.freeze()
         with interrupted():
@@ -117,7 +94,7 @@ def test_a_measurement_that_takes_long(simulated_heads: Any) -> None:
         assert not head.is_open
 
 
-def test_waiting_for_events_leaves_the_session_as_it_is(frozen: FrozenHead) -> None:
+def test_waiting_for_events_leaves_the_session_as_it_is(frozen: WatchedHead) -> None:
     with fringix.open(frozen.address) as head:
         for wait in (wait_for_event, wait_for_async_event):
             with interrupted():
@@ -125,7 +102,7 @@ def test_waiting_for_events_leaves_the_session_as_it_is(frozen: FrozenHead) -> N
         assert head.live().shape == (48, 64)
 
 
-def test_closing_while_another_thread_waits(frozen: FrozenHead) -> None:
+def test_closing_while_another_thread_waits(frozen: WatchedHead) -> None:
     head = fringix.open(frozen.address)
     busy = threading.Thread(target=head.live)
     frozen.freeze()
@@ -147,7 +124,7 @@ def test_a_call_that_ends_in_time_leaves_the_session_open(simulated_heads: Any) 
         assert head.is_open and head.live().shape == (48, 64)
 
 
-def test_a_loop_of_pictures(frozen: FrozenHead) -> None:
+def test_a_loop_of_pictures(frozen: WatchedHead) -> None:
     with fringix.open(frozen.address) as head:
         with interrupted():
             while True:
@@ -161,7 +138,7 @@ def test_connecting_to_what_does_not_greet() -> None:
             fringix.open("127.77.0.1", timeout=60)
 
 
-def test_connecting_past_the_probe(monkeypatch: pytest.MonkeyPatch, frozen: FrozenHead) -> None:
+def test_connecting_past_the_probe(monkeypatch: pytest.MonkeyPatch, frozen: WatchedHead) -> None:
     frozen.freeze()
     monkeypatch.setattr("fringix._probe.probe", lambda address, timeout: None)
     with interrupted(0.05):
@@ -170,7 +147,7 @@ def test_connecting_past_the_probe(monkeypatch: pytest.MonkeyPatch, frozen: Froz
     assert frozen.says(FAREWELL)
 
 
-def test_another_handlers_exception_ends_the_wait_as_well(frozen: FrozenHead) -> None:
+def test_another_handlers_exception_ends_the_wait_as_well(frozen: WatchedHead) -> None:
     def give_up(*_: object) -> None:
         raise InterruptedError("time is up")
 
@@ -185,7 +162,7 @@ def test_another_handlers_exception_ends_the_wait_as_well(frozen: FrozenHead) ->
         signal.signal(signal.SIGALRM, before)
 
 
-def test_a_handler_that_raises_nothing_leaves_the_call_alone(frozen: FrozenHead) -> None:
+def test_a_handler_that_raises_nothing_leaves_the_call_alone(frozen: WatchedHead) -> None:
     heard: list[object] = []
     before = signal.signal(signal.SIGALRM, lambda *_: heard.append(None))
     try:
@@ -209,7 +186,7 @@ with fringix.open(sys.argv[1]) as head:
 """
 
 
-def test_a_program_ends_at_once(frozen: FrozenHead) -> None:
+def test_a_program_ends_at_once(frozen: WatchedHead) -> None:
     with subprocess.Popen(
         [sys.executable, "-c", program, frozen.address], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True
     ) as running:

@@ -3,10 +3,10 @@
 from __future__ import annotations
 
 import concurrent.futures
+import contextlib
 import gc
 import multiprocessing
 import os
-import signal
 import subprocess
 import sys
 import threading
@@ -19,6 +19,7 @@ import numpy as np
 import pytest
 from fringix.head import Head
 from fringix.simulation import SimulatedHead
+from watched_head import FAREWELL, WatchedHead
 
 small: dict[str, Any] = {"camera": (160, 120), "projector": (40, 30), "noise": 0, "image_time": 0}
 can_fork = pytest.mark.skipif(not hasattr(os, "fork"), reason="there is no fork")
@@ -78,10 +79,10 @@ def test_one_head_serves_many_threads(head: Head) -> None:
 
 
 @pytest.mark.skipif(sys.platform == "win32", reason="a program cannot be stopped there")
-def test_other_threads_run_while_a_call_waits(simulated_heads: Any) -> None:
-    frozen = simulated_heads(**small)
-    with fringix.open(frozen.address) as head:
-        os.kill(frozen.pid, signal.SIGSTOP)
+def test_other_threads_run_while_a_call_waits() -> None:
+    frozen = WatchedHead()
+    with contextlib.closing(frozen), fringix.open(frozen.address) as head:
+        frozen.freeze()
         waiting = threading.Thread(target=head.live)
         waiting.start()
         counted = 0
@@ -89,7 +90,7 @@ def test_other_threads_run_while_a_call_waits(simulated_heads: Any) -> None:
         while time.monotonic() < until:
             counted += 1
         assert waiting.is_alive() and counted > 1000
-        os.kill(frozen.pid, signal.SIGCONT)
+        frozen.thaw()
         waiting.join()
 
 
@@ -113,25 +114,19 @@ def test_a_head_is_closed_while_other_threads_use_it(simulated: SimulatedHead) -
     assert not any(thread.is_alive() for thread in threads) and not head.is_open
 
 
-def test_a_head_that_is_forgotten_is_closed_with_a_warning(simulated_heads: Any) -> None:
-    simulated = simulated_heads(**small, verbose=True)
-    with pytest.warns(ResourceWarning, match="was never closed"):
-        fringix.open(simulated.address)
-        gc.collect()
-    until = time.monotonic() + 30
-    while "ByeBye=" not in simulated.output and time.monotonic() < until:
-        time.sleep(0.02)
-    assert "ByeBye=" in simulated.output
+def test_a_head_that_is_forgotten_is_closed_with_a_warning() -> None:
+    with contextlib.closing(WatchedHead()) as simulated:
+        with pytest.warns(ResourceWarning, match="was never closed"):
+            fringix.open(simulated.address)
+            gc.collect()
+        assert simulated.says(FAREWELL)
 
 
-def test_heads_that_are_left_open_are_closed_at_the_end_of_the_program(simulated_heads: Any) -> None:
-    simulated = simulated_heads(**small, verbose=True)
+def test_heads_that_are_left_open_are_closed_at_the_end_of_the_program() -> None:
     program = "import fringix, sys; head = fringix.open(sys.argv[1]); head.on_event(print); print(head.serial)"
-    subprocess.run([sys.executable, "-c", program, simulated.address], check=True, timeout=60)
-    until = time.monotonic() + 30
-    while "ByeBye=" not in simulated.output and time.monotonic() < until:
-        time.sleep(0.02)
-    assert "ByeBye=" in simulated.output
+    with contextlib.closing(WatchedHead()) as simulated:
+        subprocess.run([sys.executable, "-c", program, simulated.address], check=True, timeout=60)
+        assert simulated.says(FAREWELL)
 
 
 # Processes.

@@ -1,0 +1,89 @@
+"""What Python adds to a live picture: `Head.live` against the same call in a loop in C, in turns, in one session of one process.
+
+    PYTHONPATH=python FRINGIX_LIBRARY_PATH=... FRINGIX_HEAD=... /usr/bin/python3 bench/python/overhead.py [--limit]
+
+With --limit it exits with 1 where a picture on the main thread costs more than 1.05 times the C call and 30 us.
+"""
+
+from __future__ import annotations
+
+import concurrent.futures
+import ctypes
+import pathlib
+import subprocess
+import sys
+import tempfile
+import time
+from typing import Any, Callable
+
+import fringix
+import numpy as np
+from fringix import _native
+from fringix.head import Head
+from fringix.simulation import SimulatedHead
+
+ROUNDS, CALLS = 30, 40
+QUANTILE = 0.25  # below the median: what else runs on the machine makes times longer, never shorter
+here = pathlib.Path(__file__).resolve().parent
+
+
+def compiled(folder: str) -> Any:
+    library = pathlib.Path(folder) / "bare_calls.so"
+    include = here.parents[1] / "include"
+    subprocess.run(["cc", "-O2", "-shared", "-fPIC", f"-I{include}", "-o", str(library), str(here / "bare_calls.c")], check=True)
+    return ctypes.CDLL(str(library)).bareCalls
+
+
+def in_c(bare_calls: Any, head: Head) -> list[float]:
+    width, height = head.camera_size
+    buffer = np.empty((height, width), np.uint8)
+    times = np.zeros(CALLS, np.int64)
+    get = ctypes.cast(_native.function("SLGetLiveImage").pointer, ctypes.c_void_p)
+    pixels, nanoseconds = buffer.ctypes.data_as(ctypes.c_void_p), times.ctypes.data_as(ctypes.c_void_p)
+    assert bare_calls(get, head.handle, pixels, width, height, nanoseconds, CALLS) == 0
+    return [float(time) / 1000 for time in times]
+
+
+def in_python(head: Head) -> list[float]:
+    times = []
+    for _ in range(CALLS):
+        begin = time.perf_counter_ns()
+        picture = head.live()
+        times.append((time.perf_counter_ns() - begin) / 1000)
+    assert picture.size
+    return times
+
+
+def compare(bare_calls: Any, head: Head) -> bool:
+    ways: dict[str, Callable[[], list[float]]] = {
+        "C": lambda: in_c(bare_calls, head),
+        "main": lambda: in_python(head),
+        "other": lambda: threads.submit(in_python, head).result(),
+    }
+    times: dict[str, list[float]] = {name: [] for name in ways}
+    with concurrent.futures.ThreadPoolExecutor(1) as threads:
+        for _ in range(ROUNDS):
+            for name, way in ways.items():
+                times[name] += way()
+    bare, main, other = (float(np.quantile(times[name], QUANTILE)) for name in ways)
+    width, height = head.camera_size
+    limit = 1.05 * bare + 30
+    print(f"{width:5} x {height:<5} {bare:9.1f} {main:12.1f} {main / bare:6.3f} {other:14.1f} {other / bare:6.3f} {limit:9.1f}", flush=True)
+    return main <= limit
+
+
+def measure(camera: tuple[int, int], bare_calls: Any) -> bool:
+    with SimulatedHead(noise=0, camera=camera) as simulated, fringix.open(simulated.address) as head:
+        return compare(bare_calls, head)
+
+
+def main() -> int:
+    print("  picture         C, us  main thread  ratio  other thread  ratio  limit, us")
+    with tempfile.TemporaryDirectory() as folder:
+        bare_calls = compiled(folder)
+        kept = [measure(camera, bare_calls) for camera in ((1280, 1024), (320, 240), (64, 48))]
+    return 0 if all(kept) or "--limit" not in sys.argv else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
