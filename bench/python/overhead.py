@@ -22,7 +22,7 @@ from fringix import _native
 from fringix.head import Head
 from fringix.simulation import SimulatedHead
 
-ROUNDS, CALLS = 30, 40
+ROUNDS, CALLS = 100, 12
 QUANTILE = 0.25  # below the median: what else runs on the machine makes times longer, never shorter
 here = pathlib.Path(__file__).resolve().parent
 

@@ -5,12 +5,11 @@ from __future__ import annotations
 import atexit
 import contextlib
 import ctypes
-import importlib
 import threading
 import warnings
 import weakref
 from types import TracebackType
-from typing import Any, Callable, Iterable, Iterator
+from typing import TYPE_CHECKING, Any, Callable, Iterable, Iterator
 from typing import Sequence as Numbers
 
 from . import _fetching, _native, _pixels, _probe, discovery, errors
@@ -20,6 +19,11 @@ from .events import AsyncEventStream, EventStream, Function, Subscription, forge
 from .lines import GPIO, Projector, SerialPort
 from .sequence import Sequence
 from .settings import Range, Setting
+
+if TYPE_CHECKING:
+    from .calibration import Calibration
+    from .plan import Plan
+    from .scan import Scan
 
 _CLOSED = -1
 _CONNECT = "SLDevAlloc"
@@ -298,9 +302,32 @@ class Head:
         height, width = pixels.shape[:2]
         self._call("SLShowImage", pixels, width, height, width * 3)
 
-    def scan(self, **options: Any) -> Any:
-        """Points of what the head sees now: ``fringix.scan.scan(head, ...)`` tells the options and the result."""
-        return importlib.import_module("fringix.scan").scan(self, **options)
+    def scan(
+        self,
+        *,
+        plan: Plan | None = None,
+        calibration: Calibration | None = None,
+        channels: int | Numbers[int] | None = 0,
+        exposures: Numbers[int] = (),
+        roi: tuple[int, int, int, int] | None = None,
+        **settings: float,
+    ) -> Scan:
+        """Points of what stands before the head; ``fringix.scan.scan`` describes all parameters.
+
+        plan        -- the patterns to show; the usual ones unless given
+        calibration -- the one that the head keeps, unless given
+        channels    -- a camera, several, or None for all that the calibration knows
+        exposures   -- in us; several are merged, for scenes both dark and shiny
+        roi         -- (x, y, width, height): points of this part of the pictures only
+        settings    -- as ``fringix.scanner.Settings`` has them
+
+        >>> scan = head.scan()
+        >>> scan.points.shape, scan.points.dtype
+        ((1024, 1280, 3), dtype('float32'))
+        """
+        from .scan import scan  # which loads the second library: heads are used without it, too
+
+        return scan(self, plan=plan, calibration=calibration, channels=channels, exposures=exposures, roi=roi, **settings)
 
     def check(self) -> int:
         """What the head finds when it checks itself; 0 when all is well."""
