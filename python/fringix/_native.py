@@ -270,7 +270,8 @@ def _keep(*_: Any) -> None:
     pass
 
 
-def _close(handle: int, *_: Any) -> None:
+def close(handle: int, *_: Any) -> None:
+    """Ends a session whose end nobody waits for."""
     _functions["SLDevFree"].pointer(handle)
 
 
@@ -282,31 +283,30 @@ def is_usable(handle: int) -> bool:
 def leave(handle: int, *kept: Any) -> Callable[[], None]:
     """Gives up a session: it takes no calls from now on. What this gives closes it, and keeps alive what a call still uses."""
     _abandoned.add(handle)
-    return lambda: _close(handle, kept)
+    return lambda: close(handle, kept)
 
 
 def _leave_call(export: Function, arguments: tuple[Any, ...]) -> Callable[[], None]:
     if "handle" in export.parameters:
         return leave(arguments[0], arguments)
     if "new_handle" in export.parameters:
-        return lambda: _close(arguments[-1]._obj.value, arguments)
+        return lambda: close(arguments[-1]._obj.value, arguments)
     return lambda: _keep(arguments)
 
 
-def call(operation: str, *arguments: Any, head: str | None = None, limit: float | None = None) -> None:
+def call(operation: str, *arguments: Any, head: str | None = None) -> None:
     """Calls an export that gives a status, without the interpreter lock, and raises the exception of a status that is not success.
 
     On the main thread Ctrl-C ends the wait: a call that has not ended half a second later is left behind, and its session is closed.
 
     operation -- its name; the arguments follow as its row has them
     head      -- the head's address, for the exception
-    limit     -- seconds after which the call is left behind in the same way, with TimeoutError
     """
     export = function(operation)
     values = export.accepted(operation, arguments, head)
     if _abandoned and "handle" in export.parameters and values[0] in _abandoned:
         raise errors.UnknownDeviceError(operation, head, "Ctrl-C ended a call of this session before the head had answered")
-    status = _waiting.run(export.pointer, values, lambda: _leave_call(export, arguments), limit)
+    status = _waiting.run(export.pointer, values, lambda: _leave_call(export, arguments))
     if status != 0:
         errors.fail(operation, status, head)
 

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import contextlib
 import ctypes
 import threading
 from typing import Any, NamedTuple
@@ -62,27 +63,40 @@ def discover() -> list[FoundHead]:
     return found
 
 
+def _found_addresses() -> dict[int, str]:
+    _native.function("SLGetDeviceKeyListEntry")
+    addresses: dict[int, str] = {}
+    with _searching, contextlib.suppress(errors.BadParameterError):  # behind the last entry
+        for index in range(_MOST_GIVEN):
+            entry = _entry("SLGetDeviceKeyListEntry", _native.DeviceKeyEntry(), index)
+            addresses.setdefault(entry.serial, _text(entry.ip_address))
+    return addresses
+
+
 def found_addresses() -> dict[int, str]:
     """Addresses by serial number, as the last search of this process found them, without a new one."""
-    with _searching:
-        addresses: dict[int, str] = {}
-        for index in range(_MOST_GIVEN):
-            try:
-                entry = _entry("SLGetDeviceKeyListEntry", _native.DeviceKeyEntry(), index)
-            except errors.BadParameterError:
-                break
-            addresses.setdefault(entry.serial, _text(entry.ip_address))
-        return addresses
+    found: dict[int, str] = _waiting.run(_found_addresses)
+    return found
 
 
 def open_by_serial(serial: int, timeout: float) -> tuple[int, str]:
-    """A new session and its head's address."""
-    with _searching:
-        handle = ctypes.c_int32(-1)
-        _native.call("SLDevAllocBySerial", serial, ctypes.byref(handle), limit=timeout)
-        key = _native.DeviceKeyEntry()
-        _native.call("SLGetDevKey", handle.value, ctypes.byref(key))
-        return handle.value, _text(key.ip_address)
+    """A new session and its head's address. Raises TimeoutError, and closes the session should it come later."""
+    _native.function("SLDevAllocBySerial")
+    handle = ctypes.c_int32(-1)
+
+    def search_and_open() -> str:
+        with _searching:
+            _native.call("SLDevAllocBySerial", serial, ctypes.byref(handle))
+            key = _native.DeviceKeyEntry()
+            _native.call("SLGetDevKey", handle.value, ctypes.byref(key))
+            return _text(key.ip_address)
+
+    def close() -> None:
+        if handle.value != -1:
+            _native.close(handle.value)
+
+    address: str = _waiting.run(search_and_open, (), lambda: close, timeout)
+    return handle.value, address
 
 
 def select_head(parent: int | None = None) -> SelectedHead | None:

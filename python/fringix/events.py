@@ -119,10 +119,10 @@ class EventStream:
 
     Raises HeadConnectionError when the connection is lost.
 
-    >>> with head.events() as events:
-    ...     simulated.trigger()
+    >>> with head.events() as events, head.sequence(1) as seq:
+    ...     head.measure(seq)
     ...     next(events).kind
-    <Kind.TRIGGER: 1>
+    <Kind.MEASUREMENT: 0>
     """
 
     def __init__(self, head: Head) -> None:

@@ -102,7 +102,7 @@ class Head:
             key = _native.DeviceKeyEntry()
             self._call("SLGetDevKey", ctypes.byref(key))
         except BaseException:
-            self._free(handle)
+            _free_silently(handle)
             raise
         self.serial, self.protocol_version = int(key.serial), int(key.info1)
         _open_heads.add(self)

@@ -162,7 +162,11 @@ class SimulatedHead:
         self._process.stdin.flush()
 
     def trigger(self, number: int = 1) -> None:
-        """Raises a GPIO trigger of a head, counted from 1."""
+        """Raises a GPIO trigger of a head, counted from 1.
+
+        A session that has just been opened may still be on its way to the port of triggers: the option ``trigger_every`` raises them again
+        and again.
+        """
         self._tell(f"trigger {number}")
 
     def show_scene(self, scene: str) -> None:

@@ -93,3 +93,15 @@ def test_a_host_name_is_looked_up(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(socket, "gethostbyname", {"left-station": address}.__getitem__)
     with pytest.raises(fringix.HeadConnectionError, match=f"{address}:{PORT} refuses"):
         fringix.open("left-station")
+
+
+def test_a_serial_number_is_searched_no_longer_than_it_may() -> None:
+    with simulation.SimulatedHead(camera=(64, 48), projector=(40, 30), serial=77001, verbose=True) as simulated:
+        with pytest.raises(fringix.HeadConnectionError, match="no head 77001 was open within 0.05 s"):
+            fringix.open(serial=77001, timeout=0.05)
+        with fringix.open(serial=77001, timeout=30) as head:
+            assert head.address == simulated.address
+        until = time.monotonic() + 30
+        while simulated.output.count("ByeBye=") < 2 and time.monotonic() < until:
+            time.sleep(0.02)
+        assert simulated.output.count("ByeBye=") == 2

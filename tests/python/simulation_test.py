@@ -2,8 +2,11 @@
 
 from __future__ import annotations
 
+import os
 import pathlib
+import re
 import socket
+import subprocess
 import sys
 
 import pytest
@@ -60,3 +63,19 @@ def test_the_program_is_found_on_the_path(monkeypatch: pytest.MonkeyPatch, tmp_p
     monkeypatch.delenv(simulation.PROGRAM_VARIABLE, raising=False)
     monkeypatch.setenv("PATH", str(tmp_path))
     assert pathlib.Path(simulation.find_program()) == program
+
+
+@pytest.mark.parametrize("options", [[], ["-p", "fringix.testing"]], ids=["installed", "named"])
+def test_pytest_knows_the_plugin_of_an_installed_package(tmp_path: pathlib.Path, options: list[str]) -> None:
+    project = (pathlib.Path(__file__).resolve().parents[2] / "python/pyproject.toml").read_text()
+    entry = re.search(r"\[project.entry-points.pytest11\]\n\"?([\w.]+)\"? = \"([\w.]+)\"", project)
+    assert entry is not None
+    information = tmp_path / "fringix-1.dist-info"
+    information.mkdir()
+    (information / "METADATA").write_text("Metadata-Version: 2.1\nName: fringix\nVersion: 1\n")
+    (information / "entry_points.txt").write_text("[pytest11]\n{} = {}\n".format(*entry.groups()))
+    (tmp_path / "one_test.py").write_text("def test_it(simulated_head): assert simulated_head.address")
+    environment = {**os.environ, "PYTHONPATH": os.pathsep.join([os.environ.get("PYTHONPATH", ""), str(tmp_path)])}
+    command = [sys.executable, "-m", "pytest", "-q", "-p", "no:cacheprovider", *options, str(tmp_path / "one_test.py")]
+    done = subprocess.run(command, env=environment, cwd=tmp_path, capture_output=True, text=True, timeout=120)
+    assert done.returncode == 0 and "1 passed" in done.stdout, done.stdout + done.stderr
