@@ -15,6 +15,8 @@ from . import _library, _waiting, errors
 LONGEST_TEXT = 999999
 UNKNOWN_SIZE = 0xFFFFFFFF
 
+_uint8 = np.dtype(np.uint8)
+
 
 class DeviceKeyEntry(ctypes.Structure):
     _fields_ = [("serial", ctypes.c_int32), ("info1", ctypes.c_int32), ("ip_address", ctypes.c_char_p)]
@@ -68,19 +70,22 @@ def _accept_text(value: str) -> bytes:
     return text
 
 
+def _is_uint8(array: Any) -> bool:
+    return isinstance(array, np.ndarray) and (array.dtype is _uint8 or array.dtype == _uint8)
+
+
 def _accept_bytes(value: Any) -> Any:
     if isinstance(value, bytes):
         return value
-    if not isinstance(value, np.ndarray) or value.dtype != np.uint8 or not value.flags.c_contiguous:
+    if not _is_uint8(value) or not value.flags.c_contiguous:
         raise TypeError(f"a contiguous array of uint8 is needed, not {describe(value)}")
     return value.__array_interface__["data"][0]
 
 
 def _accept_buffer(value: Any) -> Any:
-    address = _accept_bytes(value)
-    if isinstance(value, bytes) or not value.flags.writeable:
-        raise TypeError("the array cannot be written to")
-    return address
+    if not _is_uint8(value) or not value.flags.carray:
+        raise TypeError(f"a contiguous array of uint8 that can be written to is needed, not {describe(value)}")
+    return value.__array_interface__["data"][0]
 
 
 def _as_it_is(value: Any) -> Any:

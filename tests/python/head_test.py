@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import pathlib
+import pickle
 from typing import Any, Callable, Iterator
 
 import fringix
@@ -112,6 +113,11 @@ def test_a_picture_goes_into_the_array_that_is_given(head: Head) -> None:
     out = np.zeros((120, 160), np.uint8)
     assert head.live(out=out) is out
     assert (scene(out) == scene(head.live())).all()
+
+
+def test_an_array_of_another_process_is_as_good(head: Head) -> None:
+    out = pickle.loads(pickle.dumps(np.zeros((120, 160), np.uint8)))
+    assert head.live(out=out) is out and out.any()
 
 
 @pytest.mark.parametrize(
@@ -249,6 +255,22 @@ def test_a_sequence_knows_its_length_and_is_freed(head: Head) -> None:
     seq.close()
     with pytest.raises(fringix.HeadSystemError):
         head.measure(seq)
+
+
+def test_a_sequence_whose_making_is_interrupted_is_freed(head: Head, monkeypatch: pytest.MonkeyPatch) -> None:
+    called: list[str] = []
+    call = _native.call
+
+    def interrupt(operation: str, *arguments: Any, **options: Any) -> None:
+        call(operation, *arguments, **options)
+        called.append(operation)
+        if operation == "SLSeqAlloc":
+            raise KeyboardInterrupt
+
+    monkeypatch.setattr(_native, "call", interrupt)
+    with pytest.raises(KeyboardInterrupt):
+        head.sequence(2)
+    assert called == ["SLSeqAlloc", "SLSeqFree"]
 
 
 @pytest.mark.parametrize("shape", [(39,), (40, 2), (30, 40, 4), (29, 40, 3), (40, 30), (1, 30, 40, 3)])
