@@ -97,11 +97,15 @@ def on_main_thread() -> bool:
     return threading.get_ident() == threading.main_thread().ident
 
 
-def _idle_worker() -> _Worker:
+def _idle_worker() -> _Worker | None:
     try:
         return _idle.pop()
     except IndexError:
+        pass
+    try:
         return _Worker()
+    except RuntimeError:  # at the end of the process there are no new threads
+        return None
 
 
 def run(
@@ -119,6 +123,8 @@ def run(
     if limit is None and not on_main_thread():
         return work(*arguments)
     worker = _idle_worker()
+    if worker is None:
+        return work(*arguments)
     worker.start(work, arguments)
     try:
         worker.wait(limit)

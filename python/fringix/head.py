@@ -185,7 +185,10 @@ class Head:
             return
         warnings.warn(f"the session with head {self.address} was never closed", ResourceWarning, source=self)
         handle = self._take_handle()
-        threading.Thread(target=_free_silently, args=(handle,), daemon=True).start()
+        try:  # not on this thread, which may be one of the session's
+            threading.Thread(target=_free_silently, args=(handle,), daemon=True).start()
+        except RuntimeError:  # at the end of the process there are no new threads
+            _free_silently(handle)
 
     # What belongs to the head. Made anew each time: a head that is forgotten is not kept by its parts.
 

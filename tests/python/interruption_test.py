@@ -16,6 +16,7 @@ from typing import Any, Callable, Iterator
 import fringix
 import numpy as np
 import pytest
+from fringix import _waiting
 from fringix.head import Head
 from watched_head import FAREWELL, WatchedHead
 
@@ -122,6 +123,16 @@ def test_a_call_that_ends_in_time_leaves_the_session_open(simulated_heads: Any) 
         with interrupted(0.05):
             head.measure(seq)
         assert head.is_open and head.live().shape == (48, 64)
+
+
+def test_a_second_ctrl_c_ends_the_patience(frozen: WatchedHead, monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.setattr(_waiting, "PATIENCE", 60)
+    with fringix.open(frozen.address) as head:
+        frozen.freeze()
+        with interrupted():
+            threading.Timer(0.6, os.kill, (os.getpid(), signal.SIGINT)).start()
+            head.live()
+        assert not head.is_open
 
 
 def test_a_loop_of_pictures(frozen: WatchedHead) -> None:

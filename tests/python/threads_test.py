@@ -17,6 +17,7 @@ from typing import Any, Callable, Iterator
 import fringix
 import numpy as np
 import pytest
+from fringix import _waiting
 from fringix.head import Head
 from fringix.simulation import SimulatedHead
 from watched_head import FAREWELL, WatchedHead
@@ -127,6 +128,18 @@ def test_heads_that_are_left_open_are_closed_at_the_end_of_the_program() -> None
     with contextlib.closing(WatchedHead()) as simulated:
         subprocess.run([sys.executable, "-c", program, simulated.address], check=True, timeout=60)
         assert simulated.says(FAREWELL)
+
+
+def test_calls_work_where_no_thread_can_be_started(head: Head, monkeypatch: pytest.MonkeyPatch) -> None:
+    """As in functions that run at the end of a program, from Python 3.12 on."""
+
+    def refuse(thread: threading.Thread) -> None:
+        raise RuntimeError("can't create new thread at interpreter shutdown")
+
+    monkeypatch.setattr(_waiting, "_idle", [])
+    monkeypatch.setattr(threading.Thread, "start", refuse)
+    assert head.live().shape == (120, 160)
+    head.close()
 
 
 # Processes.
