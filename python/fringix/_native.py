@@ -6,7 +6,7 @@ import ctypes
 import operator
 import os
 import threading
-from typing import Any, Callable, NamedTuple
+from typing import Any, Callable, NamedTuple, Sequence
 
 import numpy as np
 
@@ -308,7 +308,17 @@ def call(operation: str, *arguments: Any, head: str | None = None) -> None:
     head      -- the head's address, for the exception
     """
     export = function(operation)
-    values = export.accepted(operation, arguments, head)
+    _perform(operation, export, export.accepted(operation, arguments, head), arguments, head)
+
+
+def fill(operation: str, handle: int, picture: Any, head: str) -> None:
+    """As ``call``, of an export that fetches a whole picture into an array that is known to fit, in less time."""
+    height, width = picture.shape
+    values = (handle, picture.__array_interface__["data"][0], width, height)
+    _perform(operation, function(operation), values, (handle, picture), head)
+
+
+def _perform(operation: str, export: Function, values: Sequence[Any], arguments: tuple[Any, ...], head: str | None) -> None:
     if _abandoned and "handle" in export.parameters and values[0] in _abandoned:
         raise errors.UnknownDeviceError(operation, head, "Ctrl-C ended a call of this session before the head had answered")
     status = _waiting.run(export.pointer, values, lambda: _leave_call(export, arguments))

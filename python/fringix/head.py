@@ -236,7 +236,10 @@ class Head:
             return self._live_reduced(roi, channel, reduce, out)
         if roi is None:
             picture = _pixels.picture_for("SLGetLiveImage", self.address, self.camera_size, out)
-            self._fetch("SLGetLiveImage", channel, picture, *self.camera_size)
+            if channel == 0:
+                _native.fill("SLGetLiveImage", self._handle, picture, self.address)
+            else:
+                self._fetch("SLGetLiveImage", channel, picture, *self.camera_size)
             return picture
         region = _pixels.region_of("SLGetLiveImageROI", self.address, roi, self.camera_size)
         picture = _pixels.picture_for("SLGetLiveImageROI", self.address, Size(*region[2:]), out)
