@@ -12,6 +12,13 @@ from fringix.simulation import SimulatedHead
 FAREWELL = "ByeBye="  # what a session says when it is closed
 
 
+def is_stopped(task: pathlib.Path) -> bool:
+    try:
+        return "\nState:\tT" in (task / "status").read_text()
+    except OSError:  # it has ended
+        return True
+
+
 class WatchedHead:
     def __init__(self) -> None:
         self.simulated = SimulatedHead(camera=(64, 48), projector=(40, 30), image_time=0, verbose=True)
@@ -20,8 +27,7 @@ class WatchedHead:
     def freeze(self) -> None:
         """Returns when none of its threads runs any more."""
         os.kill(self.simulated.pid, signal.SIGSTOP)
-        tasks = pathlib.Path(f"/proc/{self.simulated.pid}/task")
-        while any("\nState:\tT" not in (task / "status").read_text() for task in tasks.iterdir()):
+        while any(not is_stopped(task) for task in pathlib.Path(f"/proc/{self.simulated.pid}/task").iterdir()):
             time.sleep(0.001)
 
     def thaw(self) -> None:
