@@ -109,7 +109,7 @@ void addOptics(arguments::Command& program, HeadSettings& first) {
   program
       .option("--scene", &first.scene,
               "What stands before the head: default, plane:1 to 6, sphere:1 to 10, ballbar:1 to 7, stairs, "
-              "board:1 to 16, or a mesh, a .ply or .stl file in millimetres")
+              "board:1 to 20, or a mesh, a .ply or .stl file in millimetres")
       .valueName("SCENE")
       .showDefault();
 }

@@ -55,22 +55,12 @@ struct BoardPlace {
 };
 
 // The first are those of the plate. The others are what a calibration needs: steeper, turned in their own plane, and all over the volume.
-constexpr std::array<BoardPlace, boardPlaces> boardPlacesOfVolume{{{{0, 0, 0}, 0, 0, 0},
-                                                                   {{0, 0, -40}, 0, 0, 0},
-                                                                   {{0, 0, 60}, 0, 0, 0},
-                                                                   {{0, 0, 0}, 0, 20, 0},
-                                                                   {{0, 0, 0}, 0, -20, 0},
-                                                                   {{0, 0, 0}, 20, 0, 0},
-                                                                   {{0, 0, 30}, 35, 0, 8},
-                                                                   {{0, 0, 30}, -35, 0, -8},
-                                                                   {{0, 0, 20}, 0, 38, 6},
-                                                                   {{0, 0, 20}, 0, -38, -6},
-                                                                   {{-20, -15, 50}, 25, 25, -20},
-                                                                   {{20, 15, 50}, -25, -25, -20},
-                                                                   {{20, -5, 40}, 25, -25, 20},
-                                                                   {{-20, 15, 40}, -25, 25, 20},
-                                                                   {{0, 0, 10}, 10, -15, 90},
-                                                                   {{0, 0, -20}, -15, 10, 12}}};
+constexpr std::array<BoardPlace, boardPlaces> boardPlacesOfVolume{
+    {{{0, 0, 0}, 0, 0, 0},        {{0, 0, -40}, 0, 0, 0},       {{0, 0, 60}, 0, 0, 0},         {{0, 0, 0}, 0, 20, 0},
+     {{0, 0, 0}, 0, -20, 0},      {{0, 0, 0}, 20, 0, 0},        {{0, 0, 30}, 35, 0, 8},        {{0, 0, 30}, -35, 0, -8},
+     {{0, 0, 20}, 0, 38, 6},      {{0, 0, 20}, 0, -38, -6},     {{-20, -15, 50}, 25, 25, -20}, {{20, 15, 50}, -25, -25, -20},
+     {{20, -5, 40}, 25, -25, 20}, {{-20, 15, 40}, -25, 25, 20}, {{0, 0, 10}, 10, -15, 90},     {{0, 0, -20}, -15, 10, 12},
+     {{50, 42, 30}, 12, -12, 0},  {{-50, 42, 30}, 12, 12, 0},   {{-50, -42, 30}, -12, 12, 0},  {{50, -42, 30}, -12, -12, 0}}};
 
 // A rectangle around the origin of `pose`, in the pose's x-y plane.
 Patch rectangle(const std::string& name, const Pose& pose, double width, double height) {

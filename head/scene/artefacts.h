@@ -8,7 +8,7 @@ namespace fringix::head {
 inline constexpr int ballBarPlaces = 7;
 inline constexpr int spherePlaces = 10;
 inline constexpr int platePlaces = 6;
-inline constexpr int boardPlaces = 16;
+inline constexpr int boardPlaces = 20;
 
 // All take a number from 1 to the number of places.
 Scene ballBar(int place);

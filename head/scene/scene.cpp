@@ -1,7 +1,7 @@
 #include "head/scene/scene.h"
 
-#include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace fringix::head {
 
@@ -10,7 +10,7 @@ namespace {
 using Hit = std::optional<SurfacePoint>;
 
 constexpr double darkSquare = 0.2;  // of the albedo of a bright one
-constexpr double softEdge = 0.3;    // mm on either side of an edge between squares: print and lens make none sharper
+constexpr double edgeBlur = 0.3;    // mm, standard deviation, of the edges between squares: print and lens make none sharper
 
 // The share of an edge at which a point lies: 0 at the corner, 1 at the edge's end.
 double shareOf(const Vector& edge, const Vector& offset) { return dot(edge, offset) / dot(edge, edge); }
@@ -21,7 +21,7 @@ double stripeAt(double share, int squares, double side) {
   const double toBorder = (place - std::round(place)) * side / squares;
   const double sign = std::fmod(std::abs(std::round(place)), 2) == 0 ? 1 : -1;
   const bool outermost = std::round(place) == 0 || std::round(place) == squares;
-  return sign * (outermost ? std::copysign(1.0, toBorder) : std::clamp(toBorder / softEdge, -1.0, 1.0));
+  return sign * (outermost ? std::copysign(1.0, toBorder) : std::erf(toBorder / (edgeBlur * std::numbers::sqrt2)));
 }
 
 double albedoAt(const Patch& patch, double along, double across) {

@@ -32,7 +32,7 @@ constexpr NamedScene namedScenes[] = {
 };
 
 constexpr const char* scenesThatThereAre =
-    "default, plane:1 to plane:6, sphere:1 to sphere:10, ballbar:1 to ballbar:7, stairs, board:1 to board:16, or a .ply or .stl file";
+    "default, plane:1 to plane:6, sphere:1 to sphere:10, ballbar:1 to ballbar:7, stairs, board:1 to board:20, or a .ply or .stl file";
 
 // Into the measuring volume: the middle of the mesh in the middle of the volume, x to the right, y up, z towards the head.
 Pose placeFor(const MeshData& mesh) {
