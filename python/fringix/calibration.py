@@ -142,7 +142,7 @@ class Calibration:
         return record
 
     def text(self) -> str:
-        """The text of its ``calibration.json``, for ``head.data["calibration.json"]``. Raises BadCalibrationError when no head can be so."""
+        """The text of its ``calibration.json``, for ``head.data["calibration.json"]``. Raises BadCalibrationError for what is no head."""
         record, length = self.record(), ctypes.c_uint32()
         status = native.library.SLScanCalibrationWrite(record, None, 0, length)
         if status != 0 and length.value == 0:

@@ -22,7 +22,9 @@ _PLY_TYPES = {"<f4": "float", "u1": "uchar"}
 
 
 def save(scan: Scan, path: PathLike, unit: str = "mm") -> None:
-    """Writes the points of a scan; the file's ending says how. Raises ValueError for another ending or unit, OSError when it cannot be written.
+    """Writes the points of a scan; the file's ending says how.
+
+    Raises ValueError for another ending or unit, OSError when the file cannot be written.
 
     ``.ply`` -- the points alone, with normals (0, 0, 0 where there is none), gray levels as colours, intensity and quality, the expected
                 standard deviation

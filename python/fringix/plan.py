@@ -31,7 +31,11 @@ class Kind(enum.IntEnum):
 
 @dataclasses.dataclass(frozen=True)
 class Picture:
-    """A picture of a plan. ``frequency``: of a phase, 0 the finest. ``number``: of a Gray picture the bit, 0 the lowest; of a phase the step."""
+    """A picture of a plan.
+
+    frequency -- of a phase: 0 the finest
+    number    -- of a Gray picture: the bit, 0 the lowest; of a phase: the step
+    """
 
     kind: Kind
     frequency: int

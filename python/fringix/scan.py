@@ -117,7 +117,8 @@ def from_folder(folder: PathLike, *, calibration: Optional[Calibration] = None, 
     Raises OSError when a file cannot be read, BadPicturesError when it is not what it should be, and as ``scan`` does.
     """
     raw = RawScan.read(folder)
-    task = _Task(raw.plan, calibration or raw.calibration(), raw.channels, raw.roi or roi, Settings(**settings), raw.generated)  # type: ignore[arg-type]
+    wanted = Settings(**settings)  # type: ignore[arg-type]
+    task = _Task(raw.plan, calibration or raw.calibration(), raw.channels, raw.roi or roi, wanted, raw.generated)
     if raw.roi and roi and raw.roi != roi:
         raise ValueError(f"the pictures in {folder} show the region {raw.roi} only, and {roi} is wanted")
     _require_fit(task, None)

@@ -257,7 +257,10 @@ class Scanner:
         self._call("SLScanForget", camera)
 
     def finish(self, camera: int = 0, accept_none: bool = False) -> Cloud:
-        """The points of what was added. Raises BadPicturesError when pictures are missing or, unless ``accept_none``, no pixel gives a point."""
+        """The points of what was added.
+
+        Raises BadPicturesError when pictures are missing or, unless ``accept_none``, no pixel gives a point.
+        """
         buffers = self._buffers(camera)
         try:
             self._call("SLScanFinish", camera, buffers.record, buffers.findings)

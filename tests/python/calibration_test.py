@@ -68,7 +68,8 @@ def test_text_that_no_head_can_have_is_refused_with_the_reason(change, reason):
 
 
 @pytest.mark.parametrize(
-    "changes", [{"cameras": ()}, {"cameras": 5 * (CAMERA,)}, {"date": "29 February 2024"}, {"projector": dataclasses.replace(PROJECTOR, fx=-1)}]
+    "changes",
+    [{"cameras": ()}, {"cameras": 5 * (CAMERA,)}, {"date": "29 February 2024"}, {"projector": dataclasses.replace(PROJECTOR, fx=-1)}],
 )
 def test_what_no_head_can_have_is_not_written(changes):
     with pytest.raises(BadCalibrationError):

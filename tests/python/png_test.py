@@ -39,7 +39,8 @@ def packed(kinds, header=(8, 0, 0, 0, 0), width=11, height=7):
         guess = GUESSES[kind % 5]
         rows += bytes([kind]) + bytes((int(PICTURE[row, column]) - guess(*neighbours(row, column))) & 255 for column in range(11))
     image = struct.pack(">IIBBBBB", width, height, *header)
-    return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", image) + chunk(b"tEXt", b"a\0b") + chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b"")
+    chunks = [(b"IHDR", image), (b"tEXt", b"a\0b"), (b"IDAT", zlib.compress(rows)), (b"IEND", b"")]
+    return b"\x89PNG\r\n\x1a\n" + b"".join(chunk(*each) for each in chunks)
 
 
 @pytest.mark.parametrize("kinds", [7 * [0], 7 * [1], 7 * [2], 7 * [3], 7 * [4], [4, 3, 2, 1, 0, 1, 2]])
