@@ -10,14 +10,14 @@ import signal
 import subprocess
 import sys
 import time
-from typing import Callable, Iterator
+from typing import Any, Callable, Iterator
 
 import numpy as np
 import pytest
 from fringix import _png
 from fringix.testing import SimulatedHead, SimulatedHeads
 
-SMALL = {"camera": (320, 256), "projector": (640, 400), "image_time": 0}
+SMALL: dict[str, Any] = {"camera": (320, 256), "projector": (640, 400), "image_time": 0}
 
 Tool = Callable[..., "subprocess.CompletedProcess[str]"]
 
