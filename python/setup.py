@@ -28,7 +28,9 @@ PROGRAMS = {"windows": ["fringix-head.exe"], "linux": ["fringix-head"]}
 
 
 def version() -> str:
-    file, pattern = (HERE.parent / "CMakeLists.txt", r"^project\(Fringix VERSION (\S+)") if IS_CHECKOUT else (HERE / "PKG-INFO", r"^Version: (\S+)")
+    """The project's; a source distribution tells it by itself."""
+    file = HERE.parent / "CMakeLists.txt" if IS_CHECKOUT else HERE / "PKG-INFO"
+    pattern = r"^project\(Fringix VERSION (\S+)" if IS_CHECKOUT else r"^Version: (\S+)"
     found = re.search(pattern, file.read_text(encoding="utf-8"), re.MULTILINE)
     if not found:
         raise SystemExit(f"{file} does not tell the version")

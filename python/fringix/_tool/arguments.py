@@ -98,9 +98,11 @@ def _add_live(parser: argparse.ArgumentParser) -> None:
     _add_json(parser)
     output = "PNG file to write, - is standard output, live.png unless told otherwise"
     parser.add_argument("-o", "--output", default="live.png", metavar="FILE", help=output)
-    parser.add_argument("--channel", type=_number(0, MOST_CHANNELS - 1), default=0, metavar="N", help="camera channel, 0 unless told otherwise")
+    channel = "camera channel, 0 unless told otherwise"
+    parser.add_argument("--channel", type=_number(0, MOST_CHANNELS - 1), default=0, metavar="N", help=channel)
     _add_region(parser)
-    parser.add_argument("-n", "--count", type=_number(1, 999999), default=1, metavar="N", help="how many pictures; their files are numbered")
+    count = "how many pictures; their files are numbered"
+    parser.add_argument("-n", "--count", type=_number(1, 999999), default=1, metavar="N", help=count)
     parser.add_argument("--factor", type=_number(1, 65536), default=1, metavar="N", help="reduce the picture by this factor")
     parser.set_defaults(command=commands.live)
 
@@ -121,7 +123,8 @@ def _add_scan(parser: argparse.ArgumentParser) -> None:
 
 
 def make_parser() -> argparse.ArgumentParser:
-    parser = _Parser(prog="python -m fringix", description="Talks to structured-light 3D sensor heads.", epilog=_EXIT_CODES, allow_abbrev=False)
+    description = "Talks to structured-light 3D sensor heads."
+    parser = _Parser(prog="python -m fringix", description=description, epilog=_EXIT_CODES, allow_abbrev=False)
     subcommands: Any = parser.add_subparsers(metavar="COMMAND", required=True)
     table: List[Tuple[str, str, Callable[[argparse.ArgumentParser], None]]] = [
         ("list", "Search the network for heads", _add_list),

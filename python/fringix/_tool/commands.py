@@ -29,8 +29,10 @@ def _print_json(result: object) -> None:
 
 
 def _open(arguments: argparse.Namespace) -> fringix.Head:
-    if (arguments.address is None) == (arguments.serial is None):
-        raise UsageError("a head is required, by ADDRESS or by --serial" if arguments.address is None else "ADDRESS and --serial exclude each other")
+    if arguments.address is None and arguments.serial is None:
+        raise UsageError("a head is required, by ADDRESS or by --serial")
+    if arguments.address is not None and arguments.serial is not None:
+        raise UsageError("ADDRESS and --serial exclude each other")
     if arguments.serial is None:
         return fringix.open(arguments.address, timeout=arguments.timeout)
     try:
