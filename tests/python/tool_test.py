@@ -15,6 +15,7 @@ from typing import Any, Callable, Iterator
 import numpy as np
 import pytest
 from fringix import _png
+from fringix._tool import main
 from fringix.testing import SimulatedHead, SimulatedHeads
 
 SMALL: dict[str, Any] = {"camera": (320, 256), "projector": (640, 400), "image_time": 0}
@@ -34,6 +35,12 @@ def tool(tmp_path: pathlib.Path) -> Tool:
 @pytest.fixture
 def head(simulated_heads: SimulatedHeads) -> SimulatedHead:
     return simulated_heads(**SMALL)
+
+
+@pytest.fixture
+def folder(tmp_path: pathlib.Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    """What is written goes there."""
+    monkeypatch.chdir(tmp_path)
 
 
 def without_uptime(table: str) -> list[str]:
@@ -137,10 +144,11 @@ WRONG_USAGE = [
 
 
 @pytest.mark.parametrize("words, said", WRONG_USAGE)
-def test_wrong_usage_is_told_in_a_line(tool: Tool, words: list[str], said: str) -> None:
-    refused = tool(*words)
-    assert refused.returncode == 2 and not refused.stdout
-    (line,) = refused.stderr.splitlines()
+def test_wrong_usage_is_told_in_a_line(capsys: pytest.CaptureFixture[str], words: list[str], said: str) -> None:
+    assert main(words) == 2
+    told = capsys.readouterr()
+    (line,) = told.err.splitlines()
+    assert not told.out
     assert line.startswith("fringix: ") and said in line and '--help" tells what can be given.' in line
 
 
@@ -157,19 +165,23 @@ FAILURES = [
 ]
 
 
+@pytest.mark.usefixtures("folder")
 @pytest.mark.parametrize("words, said", FAILURES)
-def test_a_failure_is_told_in_a_line(tool: Tool, head: SimulatedHead, words: list[str], said: str) -> None:
-    failed = tool(*(word.format(head=head.address) for word in words))
-    assert failed.returncode == 1 and not failed.stdout
-    (line,) = failed.stderr.splitlines()
+def test_a_failure_is_told_in_a_line(capsys: pytest.CaptureFixture[str], head: SimulatedHead, words: list[str], said: str) -> None:
+    assert main([word.format(head=head.address) for word in words]) == 1
+    told = capsys.readouterr()
+    (line,) = told.err.splitlines()
+    assert not told.out
     assert line.startswith("fringix: ") and said in line
 
 
-def test_failures_come_as_json_too(tool: Tool) -> None:
-    refused = json.loads(tool("live", "127.0.0.9", "--json").stderr)["error"]
+def test_failures_come_as_json_too(capsys: pytest.CaptureFixture[str]) -> None:
+    main(["live", "127.0.0.9", "--json"])
+    refused = json.loads(capsys.readouterr().err)["error"]
     assert refused["kind"] == "SLCONNECTION_ERROR" and refused["status"] == -10
     assert refused["what"].endswith("no head serves it") and refused["next"].startswith("Check that the head is on")
-    assert json.loads(tool("live", "--json").stderr)["error"]["kind"] == "usage"
+    main(["live", "--json"])
+    assert json.loads(capsys.readouterr().err)["error"]["kind"] == "usage"
 
 
 @pytest.mark.skipif(sys.platform == "win32", reason="there is no /dev/full on Windows")
