@@ -66,6 +66,13 @@ def test_several_heads(example: Example, simulated_heads: SimulatedHeads, tmp_pa
     assert all(points_of(tmp_path / f"cloud-{serial}.ply") > 40000 for serial in (1, 2, 3))
 
 
+def test_several_heads_of_which_one_fails(head: SimulatedHead, tmp_path: pathlib.Path) -> None:
+    command = command_of("several_heads.py", "127.0.0.9", head.address)
+    done = subprocess.run(command, cwd=tmp_path, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+    assert done.returncode == 1 and "127.0.0.9:44330 refuses the connection" in done.stderr
+    assert done.stdout.startswith("cloud-1001.ply: ")
+
+
 def test_triggers(simulated_heads: SimulatedHeads) -> None:
     head = simulated_heads(**TRIGGERING)
     with subprocess.Popen(command_of("triggers.py", head.address, 2), stdout=subprocess.PIPE, text=True) as running:
