@@ -9,8 +9,9 @@ import subprocess
 import sys
 from typing import Any, Iterator
 
+import fringix
 import pytest
-from documented import COMMANDS, PROGRAMS, TEN_LINES, TESTS, TEXT, blocks
+from documented import CALIBRATE, COMMANDS, PROGRAMS, TEN_LINES, TESTS, TEXT, blocks
 from fringix.simulation import SimulatedHead
 
 SMALL: dict[str, Any] = {"camera": (320, 256), "projector": (640, 400), "image_time": 0, "trigger_every": "300ms"}
@@ -37,6 +38,26 @@ def run(command: list[str], folder: pathlib.Path) -> str:
 def test_a_program_runs(block: str, tmp_path: pathlib.Path) -> None:
     (tmp_path / "program.py").write_text(on_this_machine(block), encoding="utf-8")
     assert run([sys.executable, "-W", "error::ResourceWarning", "program.py"], tmp_path)
+
+
+# Who is asked to tilt the board tilts it.
+TILT = """
+import fringix
+places = iter(range(1, 17))
+def input(asked):
+    with fringix.open("127.0.0.20") as other:
+        other.data["scene.txt"] = f"board:{next(places)}".encode()
+"""
+
+
+def test_the_calibration_runs(tmp_path: pathlib.Path) -> None:
+    program = TILT + CALIBRATE.replace("192.168.0.10", "127.0.0.20")
+    (tmp_path / "program.py").write_text(program, encoding="utf-8")
+    with SimulatedHead(address="127.0.0.20", camera=(640, 512), projector=(640, 400), image_time=0) as head:
+        told = run([sys.executable, "program.py"], tmp_path)
+        assert 0 < float(re.findall("uncertain by ([0-9.]+) mm", told)[0]) < 0.1
+        with fringix.open(head.address) as calibrated:
+            assert calibrated.scan().calibration.serial == head.serial
 
 
 def test_the_ten_lines_are_ten() -> None:

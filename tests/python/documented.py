@@ -19,4 +19,5 @@ def blocks(language: str) -> list[str]:
 COMMANDS = [block for block in blocks("sh") if block not in (INSTALL, START_HEAD)]
 (TEN_LINES,) = (block for block in blocks("python") if "cloud.ply" in block)
 TESTS = [block for block in blocks("python") if "def test_" in block]
-PROGRAMS = [block for block in blocks("python") if block not in TESTS]
+(CALIBRATE,) = (block for block in blocks("python") if "fringix.calibrate" in block)
+PROGRAMS = [block for block in blocks("python") if block not in (CALIBRATE, *TESTS)]
