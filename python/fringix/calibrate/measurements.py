@@ -3,7 +3,8 @@
 from __future__ import annotations
 
 import dataclasses
-from typing import List, Optional, Sequence, Tuple
+import weakref
+from typing import List, MutableMapping, Optional, Sequence, Tuple
 
 import numpy
 
@@ -53,7 +54,7 @@ def measure(board: Board, views: Sequence[View]) -> Measurements:
     names: List[str] = []
     left_out: List[str] = []
     for view in views:
-        seen = [see(board, sight, len(names)) for sight in view.sights]
+        seen = [_see_once(board, sight, len(names)) for sight in view.sights]
         missing = [f"{view.name}: camera {camera}: {what}" for camera, what in enumerate(seen) if isinstance(what, str)]
         left_out += missing
         if not missing:
@@ -62,6 +63,17 @@ def measure(board: Board, views: Sequence[View]) -> Measurements:
                 each.append(what)
     sizes = tuple((sight.white.shape[1], sight.white.shape[0]) for sight in views[0].sights)
     return Measurements(board, sizes, views[0].projector, tuple(map(tuple, cameras)), tuple(names), tuple(left_out))
+
+
+# Who adds a pose, or leaves one out, calibrates again with views that have been looked at.
+_known: MutableMapping[Sight, Tuple[Board, Seen | str]] = weakref.WeakKeyDictionary()
+
+
+def _see_once(board: Board, sight: Sight, pose: int) -> Seen | str:
+    if sight not in _known or _known[sight][0] != board:
+        _known[sight] = (board, see(board, sight, pose))
+    what = _known[sight][1]
+    return what if isinstance(what, str) else dataclasses.replace(what, pose=pose)
 
 
 def _in_one_order(seen: List[Seen]) -> List[Seen]:

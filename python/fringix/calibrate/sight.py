@@ -27,7 +27,7 @@ _KINDS = ("white", "place", "light")
 
 @dataclasses.dataclass(frozen=True, eq=False)
 class Sight:
-    """What a camera sees of a pose.
+    """What a camera sees of a pose. The arrays can no longer be written to.
 
     white -- uint8[h, w]
     place -- float32[h, w, 2]: the projector's column and row, NaN where they cannot be told
@@ -37,6 +37,11 @@ class Sight:
     white: numpy.typing.NDArray[numpy.uint8]
     place: numpy.typing.NDArray[numpy.float32]
     light: numpy.typing.NDArray[numpy.float32]
+
+    def __post_init__(self) -> None:
+        arrays: Tuple[numpy.typing.NDArray[Any], ...] = (self.white, self.place, self.light)
+        for array in arrays:
+            array.setflags(write=False)
 
 
 class Decoded(NamedTuple):
