@@ -59,7 +59,7 @@ namespace Fringix {
 
   /// <summary>The session is closed, or was never open (-2).</summary>
   public sealed class UnknownDeviceException : FringixException {
-    internal UnknownDeviceException(Failure failure) : base(failure, "SLUNKNOWN_DEVICE_ID", "Open a new session with Head.Open().") {}
+    internal UnknownDeviceException(Failure failure) : base(failure, "SLUNKNOWN_DEVICE_ID", "Open a new session.") {}
   }
 
   /// <summary>A value is out of range, or something required is missing (-3).</summary>

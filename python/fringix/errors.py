@@ -32,7 +32,7 @@ class UnknownDeviceError(Error):
     """The session is closed, or was never open."""
 
     code, name = -2, "SLUNKNOWN_DEVICE_ID"
-    next_step = "Open a new session with fringix.open()."
+    next_step = "Open a new session."
 
 
 class BadParameterError(Error, ValueError):
@@ -81,7 +81,7 @@ class VersionMismatchError(Error):
     """Versions do not fit together."""
 
     code, name = -31, "SLVERSION_MISMATCH"
-    next_step = "Bring the head's system and this package to versions that go together."
+    next_step = "Bring the head's system and the library to versions that go together."
 
 
 class VersionTooOldError(Error):

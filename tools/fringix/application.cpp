@@ -43,6 +43,7 @@ constexpr Subcommand subcommands[] = {
     {"serial", "Pass a command to the head's serial port", defineSerial},
     {"projector", "Pass a command to the projector", defineProjector},
     {"sheet", "Put PNG pictures on one labelled sheet", defineSheet},
+    {"explain", "Tell what a status means, and what to do", defineExplain},
 };
 
 // Known before the command line is parsed, because the arguments after ADDRESS move up where it is left out.

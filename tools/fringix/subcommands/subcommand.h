@@ -12,6 +12,7 @@ namespace fringix::tool {
 
 void defineAccept(arguments::Command& command, Context& context);
 void defineData(arguments::Command& command, Context& context);
+void defineExplain(arguments::Command& command, Context& context);
 void defineGet(arguments::Command& command, Context& context);
 void defineGpio(arguments::Command& command, Context& context);
 void defineInfo(arguments::Command& command, Context& context);
