@@ -71,8 +71,8 @@ TEST(TraceTest, ACallBegunInSilenceEndsWithoutItsName) {
 }
 
 struct ExportLines {
-  std::string name;
-  std::function<void()> call;
+  const char* name;
+  void (*call)();
   std::string parameters;  // as the entry line shows them; empty: this export has no entry line
 };
 
@@ -82,8 +82,8 @@ class ExportTraceTest : public testing::TestWithParam<ExportLines> {};
 TEST_P(ExportTraceTest, WritesEntryAndExit) {
   Lines expected;
   const auto& [name, call, parameters] = GetParam();
-  if (!parameters.empty()) expected.push_back(line(name + ", Parameter: " + parameters));
-  expected.push_back(line("Function " + name + " finished"));
+  if (!parameters.empty()) expected.push_back(line(name + (", Parameter: " + parameters)));
+  expected.push_back(line("Function " + std::string(name) + " finished"));
   EXPECT_EQ(traced(call), expected);
 }
 
