@@ -21,7 +21,9 @@ def _candidates(file_name: str) -> list[str]:
     chosen = os.environ.get(FOLDER_VARIABLE)
     if chosen:
         return [str(pathlib.Path(chosen).resolve() / file_name)]
-    return [str(path) for path in [_here / "lib" / file_name] if path.exists()] + [file_name]
+    own = [str(path) for path in [_here / "lib" / file_name] if path.exists()]
+    # Without the version it belongs to the development package, which need not be installed and may be of another version.
+    return own + [file_name + ".4", file_name] if file_name.endswith(".so") else own + [file_name]
 
 
 def load(name: str) -> ctypes.CDLL:
