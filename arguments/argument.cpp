@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <sstream>
 #include <type_traits>
 #include <utility>
 
@@ -119,6 +120,15 @@ std::string Argument::name() const {
   const std::size_t dashes = facts_.names.find("--");
   return dashes == std::string::npos ? facts_.names : facts_.names.substr(dashes);
 }
+
+std::vector<std::string> Argument::names() const {
+  std::vector<std::string> names;
+  std::istringstream list(facts_.names);
+  for (std::string name; std::getline(list, name, ',');) names.push_back(name);
+  return names;
+}
+
+bool Argument::isPositional() const { return !facts_.names.starts_with('-'); }
 
 bool Argument::isFlag() const { return std::holds_alternative<bool*>(target_) || std::holds_alternative<TakeFlag>(target_); }
 

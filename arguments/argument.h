@@ -57,7 +57,9 @@ class Argument {
 
   const ArgumentFacts& facts() const { return facts_; }
   std::string name() const;  // the one that messages use: "--output"
+  std::vector<std::string> names() const;
   bool isFlag() const;
+  bool isPositional() const;
   bool isList() const;
 
   // Converts and stores what the command line has for it. Throws UsageError, which says what is allowed.

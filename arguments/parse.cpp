@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
+#include "arguments/describe.h"
 #include "arguments/suggestion.h"
 
 namespace fringix::arguments {
@@ -133,6 +134,7 @@ std::string complaint(const CLI::App& program, const CLI::ParseError& error) {
 }  // namespace
 
 bool parse(const Command& program, int argc, const char* const* argv) {
+  if (describe(program, argc, argv)) return false;
   CLI::App app(program.summary(), program.name());
   app.allow_windows_style_options(false);  // or a path would be taken for one
   app.fallthrough();
