@@ -17,7 +17,8 @@ endif()
 if(WIN32)
   target_compile_definitions(fringix_settings INTERFACE WIN32_LEAN_AND_MEAN NOMINMAX UNICODE _UNICODE _WIN32_WINNT=0x0601 _WINSOCK_DEPRECATED_NO_WARNINGS)
   # The runtime goes in statically: no file but the DLL itself has to be shipped.
-  target_link_options(fringix_settings INTERFACE -static -fstack-protector-strong -Wl,--high-entropy-va -Wl,--dynamicbase -Wl,--nxcompat)
+  target_link_options(fringix_settings INTERFACE -static -fstack-protector-strong -Wl,--high-entropy-va -Wl,--dynamicbase -Wl,--nxcompat
+    -Wl,--no-insert-timestamp)
 else()
   target_link_options(fringix_settings INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,--as-needed)
   target_compile_options(fringix_settings INTERFACE -fstack-clash-protection)

@@ -27,6 +27,14 @@ install_tree() { # PLATFORM
   quietly "$1-install.log" cmake --install "build/$1" --strip
 }
 
+# What is packed says that it was made when the sources were last changed, so that it is the same whenever it is packed.
+use_source_date() {
+  : "${SOURCE_DATE_EPOCH:=$(git log -1 --format=%ct 2>/dev/null || date -r CHANGELOG.md +%s)}"
+  export SOURCE_DATE_EPOCH
+}
+
+project_version() { sed -n 's/^project(Fringix VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt; }
+
 list_sources() { # those of the given folders
   find "$@" -name '*.c' -o -name '*.h' -o -name '*.cpp' -o -name '*.hpp'
 }
