@@ -53,7 +53,7 @@ TEST_P(Examples, FirstPicture) {
   const Outcome outcome = run("first_picture");
   EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
   if (GetParam() == "c") {
-    EXPECT_EQ(outcome.output.find("SLALL_OKAY, the pixel in the middle is "), 0U) << outcome.output;
+    EXPECT_EQ(outcome.output.find("SLALL_OKAY, 320 x 256 pixels"), 0U) << outcome.output;
   } else {
     EXPECT_EQ(outcome.output, "head 4711: 320 x 256 pixels in live.pgm\n");
     EXPECT_EQ(readBytes(scratch_ / "live.pgm").size(), std::string("P5 320 256 255\n").size() + 320 * 256);
@@ -145,11 +145,6 @@ TEST_P(Examples, FailuresAreTold) {
 std::string languageOf(const testing::TestParamInfo<std::string>& info) { return info.param; }
 
 INSTANTIATE_TEST_SUITE_P(InBothLanguages, Examples, testing::Values("c", "cpp"), languageOf);
-
-TEST(ExamplesInReadme, FirstPictureInCIsTheSameText) {
-  const std::string example = readText(std::filesystem::path(EXAMPLE_FOLDER) / "c/first_picture.c");
-  EXPECT_NE(readText(README).find("```c\n" + example + "```\n"), std::string::npos);
-}
 
 // A line for each file, and a file for each link.
 TEST(ExamplesInReadme, EveryExampleIsInTheTable) {

@@ -1,4 +1,4 @@
-"""The blocks of code in docs/python.md."""
+"""The blocks of code in docs/python.md that a wheel is tested with."""
 
 from __future__ import annotations
 
@@ -16,8 +16,5 @@ def blocks(language: str) -> list[str]:
 
 (INSTALL,) = (block for block in blocks("sh") if "venv" in block)
 (START_HEAD,) = (block for block in blocks("sh") if block == "python -m fringix head\n")
-COMMANDS = [block for block in blocks("sh") if block not in (INSTALL, START_HEAD)]
 (TEN_LINES,) = (block for block in blocks("python") if "cloud.ply" in block)
 TESTS = [block for block in blocks("python") if "def test_" in block]
-(CALIBRATE,) = (block for block in blocks("python") if "fringix.calibrate" in block)
-PROGRAMS = [block for block in blocks("python") if block not in (CALIBRATE, *TESTS)]

@@ -176,6 +176,10 @@ def commands(tmp_path_factory: pytest.TempPathFactory) -> pathlib.Path:
     return folder / "station/bin"
 
 
+def test_the_ten_lines_are_ten() -> None:
+    assert len([line for line in TEN_LINES.splitlines() if line]) <= 10
+
+
 def test_an_installed_wheel_is_all_that_a_cloud_needs(commands: pathlib.Path, tmp_path: pathlib.Path) -> None:
     (tmp_path / "cloud.py").write_text(TEN_LINES)
     program = [str(commands / "python"), *START_HEAD.split()[1:], "--camera", "320x256", "--projector", "640x400"]
