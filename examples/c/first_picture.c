@@ -1,12 +1,16 @@
 #include <fringix/fringix.h>
 #include <stdio.h>
+#include <stdlib.h>
 
 int main(void) {
-  static uint8_t picture[1280 * 1024];
   int32_t head;
+  uint32_t width = 0, height = 0;
   int32_t status = SLDevAlloc("127.0.0.2", &head);
-  if (status == SLALL_OKAY) status = SLGetLiveImage(head, picture, 1280, 1024);
-  printf("%s, the pixel in the middle is %d\n", SLErrorcodeToChar(status), picture[512 * 1280 + 640]);
+  if (status == SLALL_OKAY) status = SLGetCameraSize(head, &width, &height);
+  uint8_t* picture = calloc(height, width);
+  if (status == SLALL_OKAY) status = picture == NULL ? SLSYSTEM_ERROR : SLGetLiveImage(head, picture, width, height);
+  printf("%s, %u x %u pixels\n", SLErrorcodeToChar(status), (unsigned)width, (unsigned)height);
+  free(picture);
   SLDevFree(head);
   return status == SLALL_OKAY ? 0 : 1;
 }
