@@ -59,5 +59,5 @@ def anchors_of(text: str) -> set[str]:
 
 def pages() -> list[str]:
     """All that is read as documentation."""
-    folders = ("*.md", "docs/*.md", "examples/*.md", "examples/*/*.md", "python/*.md")
+    folders = ("*.md", "docs/*.md", "examples/*.md", "examples/*/*.md", "python/*.md", "tools/*/*.md", "borrowed/*.md")
     return sorted(str(found.relative_to(ROOT)) for folder in folders for found in ROOT.glob(folder))
