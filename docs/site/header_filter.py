@@ -62,9 +62,9 @@ def rewritten(lines: list[str], parameters: set[str]) -> list[str]:
     return done
 
 
-def comment(lines: list[str], parameters: set[str] = frozenset()) -> str:
+def comment(lines: list[str], parameters: set[str] | None = None) -> str:
     lines = "\n".join(lines).strip("\n").splitlines()
-    return "/**\n" + "".join(f" * {line}\n" for line in rewritten(lines, parameters)) + " */\n"
+    return "/**\n" + "".join(f" * {line}\n" for line in rewritten(lines, parameters or set())) + " */\n"
 
 
 def declarations(block: str) -> list[str]:
