@@ -88,9 +88,8 @@ class Heads:
     def _renew(self) -> None:
         if "far" in self._others:
             self._others.pop("far").close()
-        if self._near and self._near_is != "the page's":
-            self._near.close()
-            self._near, self._near_is = None, None
+        if self._near_is != "the page's":
+            self.make_room()
 
     def need_board(self) -> None:
         if "board" not in self._others:
@@ -100,10 +99,14 @@ class Heads:
         """As the page itself does."""
         return self._start(options if full_size else [*SMALL, *options], "the page's")
 
-    def _start(self, options: list[str], what: str) -> HeadProgram:
+    def make_room(self) -> None:
+        """At 127.0.0.2."""
         if self._near:
             self._near.close()
         self._near, self._near_is = None, None
+
+    def _start(self, options: list[str], what: str) -> HeadProgram:
+        self.make_room()
         self._near, self._near_is = HeadProgram(options), what
         return self._near
 

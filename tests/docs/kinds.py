@@ -64,6 +64,10 @@ def head_options(command: str) -> list[str] | None:
 def check_sh(block: Block, heads: Heads, folder: pathlib.Path) -> None:
     if "dist/windows" in block.text and not (folder / "dist/windows").exists():
         raise Skipped("this run does not build for Windows")
+    if re.search(r"\$!|\|.*fringix-head", block.text):  # it ends what it starts
+        heads.make_room()
+        run(["sh", "-e", "-c", on_this_machine(block.text)], folder)
+        return
     lines = on_this_machine(block.text).splitlines()
     for starts_head, part in itertools.groupby(lines, lambda line: head_options(line) is not None):
         if starts_head:

@@ -61,3 +61,9 @@ def pages() -> list[str]:
     """All that is read as documentation."""
     folders = ("*.md", "docs/*.md", "examples/*.md", "examples/*/*.md", "python/*.md", "tools/*/*.md", "borrowed/*.md")
     return sorted(str(found.relative_to(ROOT)) for folder in folders for found in ROOT.glob(folder))
+
+
+if __name__ == "__main__":
+    for name in pages():
+        if "\n```" in (ROOT / name).read_text(encoding="utf-8"):
+            print(name)
