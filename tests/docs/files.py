@@ -32,4 +32,5 @@ def write_files(folder: pathlib.Path, head_options: list[str]) -> None:
         (folder / name).write_bytes(png(width, height, row))
     for name in PROGRAMS:
         shutil.copy(ROOT / "examples" / name, folder)
+    shutil.copy(ROOT / "examples" / PROGRAMS[0], folder / "program.c")
     (folder / "dist").symlink_to(os.environ.get("FRINGIX_DIST", ROOT / "dist"))

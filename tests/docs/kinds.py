@@ -62,6 +62,8 @@ def head_options(command: str) -> list[str] | None:
 
 
 def check_sh(block: Block, heads: Heads, folder: pathlib.Path) -> None:
+    if "pkg-config" in block.text and not (TREE / "lib/pkgconfig").exists():
+        raise Skipped("this tree has no files for pkg-config")
     if "dist/windows" in block.text and not (folder / "dist/windows").exists():
         raise Skipped("this run does not build for Windows")
     if re.search(r"\$!|\|.*fringix-head", block.text):  # it ends what it starts
@@ -145,6 +147,18 @@ def check_compiled(block: Block, heads: Heads, folder: pathlib.Path) -> None:
     run(["./block"], folder)
 
 
+def check_cmake(block: Block, heads: Heads, folder: pathlib.Path) -> None:
+    if not (TREE / "lib/cmake").exists():
+        raise Skipped("this tree has no CMake package")
+    target = re.findall(r"target_link_libraries\((\w+)", block.text)[0]
+    project = f"cmake_minimum_required(VERSION 3.16)\nproject(own LANGUAGES C CXX)\nadd_executable({target} first_picture.cpp)\n"
+    (folder / "CMakeLists.txt").write_text(project + block.text, encoding="utf-8")
+    run(["cmake", "-S", ".", "-B", "built", f"-DCMAKE_PREFIX_PATH={TREE}"], folder)
+    run(["cmake", "--build", "built"], folder)
+    heads.need(full_size=False, text="")
+    run([f"built/{target}"], folder)
+
+
 def check_csharp(block: Block, heads: Heads, folder: pathlib.Path) -> None:
     source = block.text if "static void Main" in block.text else CSHARP % (f"static void Block() {{ {block.text} }}", "Block();")
     (folder / "Block.cs").write_text(on_this_machine(source), encoding="utf-8")
@@ -177,6 +191,7 @@ CHECKS: dict[str, Check] = {
     "python": check_python,
     "c": check_compiled,
     "cpp": check_compiled,
+    "cmake": check_cmake,
     "csharp": check_csharp,
     "matlab": check_matlab,
     "json": check_json,
