@@ -8,6 +8,8 @@ import re
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
+MADE = ("build", "dist", "out")
+
 _FENCE = re.compile(r"^```(\w*)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 _REMARK = re.compile(r"<!-- ((?:(?!-->).)+) -->\n\Z", re.DOTALL)
 _LINK = re.compile(r"\[(?:[^\]\[]|\[[^\]]*\])*\]\(([^)\s]+)\)")
@@ -59,8 +61,8 @@ def anchors_of(text: str) -> set[str]:
 
 def pages() -> list[str]:
     """All that is read as documentation."""
-    folders = ("*.md", "docs/*.md", "examples/*.md", "examples/*/*.md", "python/*.md", "tools/*/*.md", "borrowed/*.md")
-    return sorted(str(found.relative_to(ROOT)) for folder in folders for found in ROOT.glob(folder))
+    found = [path.relative_to(ROOT) for depth in ("*.md", "*/*.md", "*/*/*.md") for path in ROOT.glob(depth)]
+    return sorted(str(path) for path in found if path.parts[0] not in MADE and not path.parts[0].startswith("."))
 
 
 if __name__ == "__main__":
