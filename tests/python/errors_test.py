@@ -9,7 +9,7 @@ from fringix.errors import Error, HeadRefusedError
 ROOT = pathlib.Path(__file__).parents[2]
 PAGE = (ROOT / "docs/statuses.md").read_text(encoding="utf-8")
 SECTIONS = re.findall(r"\n## (-?\d+) (\w+)\n(.*?)(?=\n## |\Z)", PAGE, re.DOTALL)
-BY_CODE = {int(code): (name, re.search(r"^Next step: (.*)$", text, re.MULTILINE)[1]) for code, name, text in SECTIONS}
+BY_CODE = {int(code): (name, text.split("\nNext step: ")[1].strip()) for code, name, text in SECTIONS}
 
 
 @pytest.mark.parametrize("code", sorted(set(BY_CODE) - {0}))
