@@ -1,5 +1,6 @@
 #include "head/commands/commands.h"
 
+#include <algorithm>
 #include <array>
 
 namespace fringix::head {
@@ -9,6 +10,19 @@ std::span<const CommandFamily> commandFamilies() {
                                    maskCommands(),          pictureCommands(),  projectionCommands(), projectorCommands(),
                                    sequenceCommands(),      settingsCommands(), statusCommands()};
   return families;
+}
+
+bool isPicture(const Command& command) {
+  const CommandFamily pictures = pictureCommands();
+  return std::any_of(pictures.begin(), pictures.end(), [&](const Command& picture) { return &picture == &command; });
+}
+
+std::vector<std::string> commandNames() {
+  std::vector<std::string> names;
+  for (const CommandFamily& family : commandFamilies()) {
+    for (const Command& command : family) names.emplace_back(command.name);
+  }
+  return names;
 }
 
 const Command* findCommand(std::string_view name, std::int32_t protocolVersion) {

@@ -3,7 +3,9 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "head/model/head_model.h"
 #include "head/settings/status.h"
@@ -16,7 +18,7 @@ struct Call {
   HeadModel& model;
   Wire& wire;
 
-  void reply(Status status) { wire.writeInt(static_cast<std::int32_t>(status)); }
+  void reply(Status status) { wire.writeStatus(static_cast<std::int32_t>(status)); }
 };
 
 struct Command {
@@ -40,6 +42,9 @@ CommandFamily settingsCommands();
 CommandFamily statusCommands();
 
 std::span<const CommandFamily> commandFamilies();  // all of them
+
+bool isPicture(const Command& command);  // the reply is a picture and nothing else
+std::vector<std::string> commandNames();
 
 // Null when a head of this protocol version has no such command.
 const Command* findCommand(std::string_view name, std::int32_t protocolVersion);

@@ -15,6 +15,11 @@ constexpr Command commands[] = {
        call.wire.writeInt(bitsPerPixel);
        call.reply(Status::ok);
      }},
+    {"224MSG_SLNumberOfChannels", 2600,
+     [](Call& call) {
+       call.wire.writeInt(channelCount);
+       call.reply(Status::ok);
+     }},
     {"40MSG_SLGetMaxImageSize", 0,
      [](Call& call) {
        call.wire.writeInt(call.model.settings().camera.width);

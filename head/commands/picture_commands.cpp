@@ -96,11 +96,6 @@ constexpr Command commands[] = {
        const auto [x, y, width, height, index, channel] = call.wire.readInts<6>();
        sendStored(call, {channel, index}, {x, y, width, height});
      }},
-    {"224MSG_SLNumberOfChannels", 2600,
-     [](Call& call) {
-       call.wire.writeInt(channelCount);
-       call.reply(Status::ok);
-     }},
     {"225MSG_SLGetLiveImageLowRes", 2600,
      [](Call& call) {
        const auto [factor, channel] = call.wire.readInts<2>();

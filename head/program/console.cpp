@@ -4,22 +4,32 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "arguments/usage_error.h"
+#include "head/commands/commands.h"
+#include "head/faults/parse_fault.h"
+
 namespace fringix::head {
 
 namespace {
 
-std::string trigger(const HeadServer& head) {
+std::string lineOf(const HeadServer& head, const std::string& text) {
+  return "head " + std::to_string(head.model().settings().serial) + "  " + text + "\n";
+}
+
+std::string trigger(HeadServer& head) {
   const std::size_t hosts = head.raiseTrigger();
   const std::string told = hosts == 0   ? "trigger, but no host to tell"
                            : hosts == 1 ? "trigger"
                                         : "trigger to " + std::to_string(hosts) + " hosts";
-  return "head " + std::to_string(head.model().settings().serial) + "  " + told + "\n";
+  return lineOf(head, told);
 }
 
 std::string help(std::size_t heads) {
   const std::string all = heads == 1 ? "raises a GPIO trigger" : "raises a GPIO trigger of each head";
   const std::string one = heads == 1 ? "" : ", \"trigger N\" of the N-th head, 1 to " + std::to_string(heads);
-  return "\"trigger\" " + all + one + "; \"scene NAME\" puts another scene before " + (heads == 1 ? "it" : "all of them") + "\n";
+  return "\"trigger\" " + all + one + "; \"scene NAME\" puts another scene before " + (heads == 1 ? "it" : "all of them") +
+         "; \"fault FAULT\" makes " + (heads == 1 ? "it" : "all of them") +
+         " do something wrong, \"fault none\" ends that, \"fault list\" tells what is set\n";
 }
 
 // A wrong name is wrong for the first head already, so that all heads always have the same scene.
@@ -28,10 +38,49 @@ std::string changeScene(std::list<HeadServer>& heads, const std::string& name) {
   try {
     for (HeadServer& head : heads) {
       head.model().setScene(name);
-      answer += "head " + std::to_string(head.model().settings().serial) + "  scene " + name + "\n";
+      answer += lineOf(head, "scene " + name);
     }
   } catch (const std::runtime_error& error) {
     answer += std::string(error.what()) + "\n";
+  }
+  return answer;
+}
+
+std::string struck(std::uint64_t times) {
+  if (times == 0) return "not struck yet";
+  return times == 1 ? "struck once" : "struck " + std::to_string(times) + " times";
+}
+
+std::string tellFaults(HeadServer& head) {
+  const auto entries = head.faults().entries();
+  if (entries.empty()) return lineOf(head, "no fault");
+  std::string lines;
+  for (const auto& entry : entries) lines += lineOf(head, "fault " + entry.fault.text + " (" + struck(entry.struck) + ")");
+  return lines;
+}
+
+std::string endFaults(HeadServer& head) {
+  head.faults().clear();
+  return lineOf(head, "no fault");
+}
+
+std::string addFault(HeadServer& head, const Fault& fault) {
+  head.faults().add(fault);
+  return lineOf(head, "fault " + fault.text);
+}
+
+// A fault to add to all heads, "none" or "list". What is none is told in a line that begins with "fault: ".
+std::string obeyFault(const std::string& rest, std::list<HeadServer>& heads) {
+  std::string answer;
+  try {
+    if (rest == "none" || rest == "list") {
+      for (HeadServer& head : heads) answer += rest == "none" ? endFaults(head) : tellFaults(head);
+    } else {
+      const Fault fault = parseFault(rest, commandNames());
+      for (HeadServer& head : heads) answer += addFault(head, fault);
+    }
+  } catch (const arguments::UsageError& error) {
+    answer = std::string("fault: ") + error.what() + "\n";
   }
   return answer;
 }
@@ -50,9 +99,9 @@ std::size_t parseNumber(std::string_view text) {
 
 }  // namespace
 
-std::string triggerAll(const std::list<HeadServer>& heads) {
+std::string triggerAll(std::list<HeadServer>& heads) {
   std::string answer;
-  for (const HeadServer& head : heads) answer += trigger(head);
+  for (HeadServer& head : heads) answer += trigger(head);
   return answer;
 }
 
@@ -62,6 +111,7 @@ std::string obey(std::string_view line, std::list<HeadServer>& heads) {
   const std::string_view rest = trimmed(command.substr(word.size()));
   if (command.empty()) return "";
   if (word == "scene" && !rest.empty()) return changeScene(heads, std::string(rest));
+  if (word == "fault" && !rest.empty()) return obeyFault(std::string(rest), heads);
   if (command == "trigger") return triggerAll(heads);
   const std::size_t number = word == "trigger" ? parseNumber(rest) : 0;
   if (number == 0 || number > heads.size()) return help(heads.size());

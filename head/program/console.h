@@ -10,10 +10,11 @@
 namespace fringix::head {
 
 // Raises a trigger of each head; gives one line for each: who was told.
-std::string triggerAll(const std::list<HeadServer>& heads);
+std::string triggerAll(std::list<HeadServer>& heads);
 
-// Does what a line of standard input says: "trigger", all heads, "trigger 2", the second one, or "scene ballbar:3", which pictures
-// show from the answer on. Gives the answer in whole lines; to any other line it is what can be said, to an empty one nothing.
+// Does what a line of standard input says: "trigger", all heads, "trigger 2", the second one, "scene ballbar:3", which pictures
+// show from the answer on, or "fault always: drip". Gives the answer in whole lines; to any other line it is what can be said, to an empty
+// one nothing.
 std::string obey(std::string_view line, std::list<HeadServer>& heads);
 
 }  // namespace fringix::head

@@ -59,6 +59,8 @@ std::string describe(Happening happening, const std::string& text) {
       return "disconnected";
     case Happening::refused:
       return "connection refused: " + text;
+    case Happening::fault:
+      return "fault: " + text;
     case Happening::trouble:
       return "connection closed: " + text;
     case Happening::command:
@@ -84,6 +86,7 @@ void startHeads(const head::Options& options, std::list<head::HeadServer>& serve
     if (!options.patternFolder.empty()) settings.patternStored = head::patternWriter(options.patternFolder, settings.serial);
     auto& server = servers.emplace_back(settings, makeObserver(settings, options.verbose));
     server.model().setMeasurementFault(options.measurementFault);
+    for (const head::Fault& fault : options.faults) server.faults().add(fault);
     server.start();
     printLine(fmt::format("head {} at {}: camera {}x{}, projector {}x{}, protocol {}", settings.serial, settings.address,
                           settings.camera.width, settings.camera.height, settings.projector.width, settings.projector.height,

@@ -14,6 +14,8 @@
 #include "arguments/duration.h"
 #include "arguments/parse.h"
 #include "files/files.h"
+#include "head/commands/commands.h"
+#include "head/faults/parse_fault.h"
 #include "platform/socket.h"
 
 namespace fringix::head {
@@ -199,6 +201,24 @@ void addClients(arguments::Command& program, HeadSettings& first) {
       .showDefault("120s");
 }
 
+void addFaults(arguments::Command& program, std::vector<std::string>* texts) {
+  program
+      .option("--fault", texts,
+              "What goes wrong on purpose, \"after 3 pictures: cut at byte 700\" or random:SEED:RATE; give it again for several at once")
+      .oneAtATime()
+      .valueName("FAULT");
+}
+
+std::vector<Fault> parseFaults(const std::vector<std::string>& texts) {
+  std::vector<Fault> faults;
+  try {
+    for (const std::string& text : texts) faults.push_back(parseFault(text, commandNames()));
+  } catch (const arguments::UsageError& error) {
+    throw arguments::UsageError("--fault", error.what());
+  }
+  return faults;
+}
+
 // The last head's serial number and address have to be some, too.
 void requireRoomForAll(const Options& options) {
   const auto more = static_cast<std::uint32_t>(options.heads - 1);
@@ -213,6 +233,7 @@ void requireRoomForAll(const Options& options) {
 
 std::optional<Options> parseOptions(int argc, const char* const* argv) {
   Options options;
+  std::vector<std::string> faults;
   arguments::Command program("fringix-head", "Simulated structured-light sensor heads, for work without hardware");
   addIdentity(program, options);
   addAnnouncement(program, options.first);
@@ -220,14 +241,18 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
   addImperfections(program, options.first);
   addMeasurement(program, options);
   addTriggers(program, options);
+  addFaults(program, &faults);
   addStorage(program, options.first);
   addClients(program, options.first);
   addSerialPort(program, options.first);
   addPatternFolder(program, options);
   program.flag("--verbose", &options.verbose, "Print every connection and every command, with time and client");
   program.note(
-      R"(While it runs: "trigger" on standard input raises a GPIO trigger of each head, "trigger 2" of the second one; "scene ballbar:3" puts another scene before all heads.)");
+      R"(While it runs: "trigger" on standard input raises a GPIO trigger of each head, "trigger 2" of the second one; "scene ballbar:3" puts another scene before all heads; "fault FAULT" sets a fault, "fault none" ends all of them, "fault list" tells them.)");
+  program.note(
+      R"(A FAULT is WHEN: WHAT. WHEN is always, "at NAME" of a command (or greeting), or "after 3 commands" (pictures, triggers, a name, or a time such as 2 s); what comes after strikes once, the others each time, unless ", once", ", 5 times" or ", always" says otherwise. WHAT is stall [at byte N] [for TIME], reset [at byte N], cut [at byte N], drip [every TIME], slow link BYTES/S, wrong status N, wrong length +N or -N, no picture, frozen [for TIME], restart [after TIME], lost trigger or doubled trigger.)");
   if (!arguments::parse(program, argc, argv)) return {};
+  options.faults = parseFaults(faults);
   requireRoomForAll(options);
   return options;
 }

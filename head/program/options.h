@@ -5,7 +5,9 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "head/faults/fault.h"
 #include "head/settings/head_settings.h"
 
 namespace fringix::head {
@@ -14,6 +16,7 @@ struct Options {
   HeadSettings first;
   int heads = 1;
   std::int32_t measurementFault = 0;
+  std::vector<Fault> faults;                     // of every head
   std::chrono::milliseconds triggerInterval{0};  // between two GPIO triggers of every head; 0: none by themselves
   std::string patternFolder;                     // where every stored pattern is written to; empty: nowhere
   bool verbose = false;

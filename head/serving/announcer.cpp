@@ -41,8 +41,8 @@ bool shareANetwork(std::uint32_t head, std::uint32_t client) {
 
 }  // namespace
 
-Announcer::Announcer(const HeadModel& model, Observer observer)
-    : model_(model), address_(platform::parseIpv4(model.settings().address.c_str())), observer_(std::move(observer)) {}
+Announcer::Announcer(const HeadModel& model, const FaultPlan& faults, Observer observer)
+    : model_(model), faults_(faults), address_(platform::parseIpv4(model.settings().address.c_str())), observer_(std::move(observer)) {}
 
 void Announcer::start() {
   if (model_.settings().announceFault == AnnounceFault::silent) return;
@@ -78,7 +78,7 @@ void Announcer::takeRequest() {
   platform::Ipv4Endpoint client;
   const std::ptrdiff_t size = socket_.receiveFrom(buffer.data(), buffer.size(), &client);
   if (size < 0 || std::string_view(buffer.data(), static_cast<std::size_t>(size)) != request) return;
-  if (answers_.size() >= mostWaiting || !shareANetwork(address_, client.address)) return;
+  if (answers_.size() >= mostWaiting || faults_.away() || !shareANetwork(address_, client.address)) return;
   const AnnounceFault fault = model_.settings().announceFault;
   const Time due = SteadyClock::now() + (fault == AnnounceFault::late ? lateness : std::chrono::milliseconds::zero());
   answers_.insert(answers_.end(), fault == AnnounceFault::doubled ? 2 : 1, {due, client});

@@ -8,6 +8,7 @@
 #include <string>
 #include <thread>
 
+#include "head/faults/fault_plan.h"
 #include "head/model/head_model.h"
 #include "platform/socket.h"
 
@@ -20,8 +21,8 @@ class Announcer {
   // Told of each answer, with the client's address; called on the announcer's thread.
   using Observer = std::function<void(const std::string& client)>;
 
-  // The model outlives it.
-  Announcer(const HeadModel& model, Observer observer);
+  // The model and the faults outlive it.
+  Announcer(const HeadModel& model, const FaultPlan& faults, Observer observer);
   ~Announcer() { stop(); }
   Announcer(const Announcer&) = delete;
   Announcer& operator=(const Announcer&) = delete;
@@ -43,6 +44,7 @@ class Announcer {
 
   const platform::SocketLibrary library_;
   const HeadModel& model_;
+  const FaultPlan& faults_;
   const std::uint32_t address_;
   const Observer observer_;
   platform::Socket socket_;

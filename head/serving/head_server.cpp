@@ -13,6 +13,7 @@ namespace {
 
 constexpr int backlog = 64;
 constexpr std::chrono::milliseconds stopInterval{50};
+constexpr std::chrono::milliseconds restartInterval{10};
 constexpr std::chrono::milliseconds tellInterval{1000};
 
 platform::Socket listenOn(const std::string& address) {
@@ -31,7 +32,7 @@ HeadServer::HeadServer(HeadSettings settings, Observer observer)
     : model_(std::move(settings)),
       triggers_(model_.settings().address),
       observer_(std::move(observer)),
-      announcer_(model_, [this](const std::string& client) {
+      announcer_(model_, faults_, [this](const std::string& client) {
         if (observer_) observer_(Happening::found, client, "");
       }) {}
 
@@ -46,11 +47,26 @@ void HeadServer::stop() noexcept {
   if (!acceptor_.joinable()) return;
   stopping_ = true;
   announcer_.stop();
-  listener_.shutdown();
+  {
+    const std::lock_guard lock(listenerMutex_);
+    listener_.shutdown();
+  }
   acceptor_.join();
+  faults_.restarted();  // a restart that had not begun, too
   for (Session& session : sessions_) session.requestStop();
   sessions_.clear();
   listener_.close();
+}
+
+std::size_t HeadServer::raiseTrigger() {
+  std::size_t copies = 1;
+  for (const Fault& fault : faults_.strike(Occasion::trigger)) {
+    if (fault.action == FaultAction::lostTrigger) copies = 0;
+    if (fault.action == FaultAction::doubledTrigger) copies *= 2;
+  }
+  std::size_t hosts = 0;
+  for (; copies > 0 && !faults_.away(); --copies) hosts = triggers_.raise();
+  return hosts;
 }
 
 void HeadServer::acceptClients() noexcept {
@@ -59,6 +75,7 @@ void HeadServer::acceptClients() noexcept {
     if (stopping_) return;
     forgetFinished();
     try {
+      if (faultsKeepAway()) continue;
       if (readiness != platform::Readiness::timedOut) acceptClient();
       tellRefusals();
     } catch (const std::exception&) {
@@ -77,7 +94,45 @@ void HeadServer::acceptClient() {
     return;
   }
   socket.setNoDelay(true);
-  sessions_.emplace_back(std::move(socket), peer, model_, triggers_, observer_);
+  sessions_.emplace_back(std::move(socket), peer, model_, faults_, triggers_, observer_);
+}
+
+// Whether nobody is to be accepted just now.
+bool HeadServer::faultsKeepAway() {
+  for (const Fault& fault : faults_.strike(Occasion::moment)) {
+    if (observer_) observer_(Happening::fault, model_.settings().address, fault.text);
+  }
+  if (const auto gone = faults_.takeRestart()) {
+    restart(*gone);
+    return true;
+  }
+  const bool away = faults_.away();
+  if (away) platform::sleepFor(stopInterval);  // whoever knocks waits
+  return away;
+}
+
+// What the head knows stays.
+void HeadServer::restart(std::chrono::milliseconds gone) {
+  for (Session& session : sessions_) session.requestReset();
+  sessions_.clear();
+  {
+    const std::lock_guard lock(listenerMutex_);
+    listener_.close();
+  }
+  const auto end = std::chrono::steady_clock::now() + gone;
+  while (!stopping_ && (std::chrono::steady_clock::now() < end || !listenAgain())) platform::sleepFor(restartInterval);
+  faults_.restarted();
+}
+
+bool HeadServer::listenAgain() noexcept {
+  try {
+    platform::Socket listener = listenOn(model_.settings().address);
+    const std::lock_guard lock(listenerMutex_);
+    listener_ = std::move(listener);
+    return true;
+  } catch (const std::exception&) {  // the port is still held, or no descriptor is free
+    return false;
+  }
 }
 
 void HeadServer::forgetFinished() {

@@ -6,8 +6,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <list>
+#include <mutex>
 #include <thread>
 
+#include "head/faults/fault_plan.h"
 #include "head/model/head_model.h"
 #include "head/serving/announcer.h"
 #include "head/serving/session.h"
@@ -36,21 +38,29 @@ class HeadServer {
   HeadModel& model() noexcept { return model_; }
   const HeadModel& model() const noexcept { return model_; }
 
-  // Raises a GPIO trigger, from any thread; gives the number of hosts that were told.
-  std::size_t raiseTrigger() const { return triggers_.raise(); }
+  // What goes wrong on purpose; may be changed at any time.
+  FaultPlan& faults() noexcept { return faults_; }
+
+  // Raises a GPIO trigger, from any thread, unless a fault loses it; gives the number of hosts that were told.
+  std::size_t raiseTrigger();
 
  private:
   void acceptClients() noexcept;
   void acceptClient();
   void forgetFinished();
   void tellRefusals();
+  bool faultsKeepAway();
+  void restart(std::chrono::milliseconds gone);
+  bool listenAgain() noexcept;
 
   const platform::SocketLibrary library_;
   HeadModel model_;
+  FaultPlan faults_;
   TriggerOutput triggers_;
   const Observer observer_;
   Announcer announcer_;
   std::atomic<bool> stopping_ = false;
+  std::mutex listenerMutex_;  // held while the listener is another one, and by whoever stops it
   platform::Socket listener_;
   std::list<Session> sessions_;  // these are touched by the accepting thread only, while it runs
   std::size_t refused_ = 0;      // clients, since the observer was told of any

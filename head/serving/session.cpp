@@ -1,25 +1,30 @@
 #include "head/serving/session.h"
 
+#include <chrono>
 #include <exception>
 #include <utility>
+#include <vector>
 
 #include "head/commands/commands.h"
+#include "head/serving/damage_by_fault.h"
 
 namespace fringix::head {
 
 namespace {
 
 constexpr std::size_t longestName = 64;
+constexpr std::chrono::milliseconds awayInterval{20};
 
 }  // namespace
 
 std::string nameOf(platform::Ipv4Endpoint client) { return platform::formatIpv4(client.address) + ":" + std::to_string(client.port); }
 
-Session::Session(platform::Socket socket, platform::Ipv4Endpoint client, HeadModel& model, TriggerOutput& triggers,
+Session::Session(platform::Socket socket, platform::Ipv4Endpoint client, HeadModel& model, FaultPlan& faults, TriggerOutput& triggers,
                  const Observer& observer)
     : socket_(std::move(socket)),
       client_(nameOf(client)),
       model_(model),
+      faults_(faults),
       triggers_(triggers),
       link_{socket_.localEndpoint().address, client.address},
       observer_(observer),
@@ -28,11 +33,17 @@ Session::Session(platform::Socket socket, platform::Ipv4Endpoint client, HeadMod
 Session::~Session() {
   requestStop();
   thread_.join();
+  if (reset_) socket_.setResetOnClose();
 }
 
 void Session::requestStop() noexcept {
   stopping_ = true;
-  socket_.shutdown();
+  if (!reset_) socket_.shutdown();
+}
+
+void Session::requestReset() noexcept {
+  reset_ = true;
+  stopping_ = true;
 }
 
 void Session::run() noexcept {
@@ -40,11 +51,13 @@ void Session::run() noexcept {
     tell(Happening::connected, "");
     serve();
   } catch (const Disconnected&) {
+  } catch (const ConnectionReset&) {
+    reset_ = true;
   } catch (const std::exception& error) {
     tell(Happening::trouble, error.what());
   }
   tell(Happening::disconnected, "");
-  socket_.shutdown();
+  if (!reset_) socket_.shutdown();
   finished_ = true;
 }
 
@@ -53,7 +66,9 @@ void Session::serve() {
   Wire wire(socket_, stopping_);
   Call call{model_, wire};
   wire.setPatience(model_.settings().greetingLimit);
+  meetFaults(wire, Occasion::greeting, greetingName);
   wire.writeInt(model_.settings().protocolVersion);
+  wire.endReply();
   wire.readInt();  // the client's protocol version: every head serves every client
   wire.setPatience(model_.settings().idleLimit);
   while (true) {
@@ -62,8 +77,20 @@ void Session::serve() {
     const Command* command = findCommand(name, model_.settings().protocolVersion);
     if (command == nullptr) throw ProtocolError("unknown command \"" + name + "\"");
     tell(Happening::command, name);
+    meetFaults(wire, isPicture(*command) ? Occasion::picture : Occasion::command, name);
     command->run(call);
+    wire.endReply();
   }
+}
+
+void Session::meetFaults(Wire& wire, Occasion occasion, std::string_view command) {
+  const std::vector<Fault> faults = faults_.strike(occasion, command);
+  for (const Fault& fault : faults) tell(Happening::fault, fault.text);
+  while (faults_.away()) wire.pause(awayInterval);
+  if (faults.empty()) return;
+  Damage damage = damageBy(faults, model_.settings().idleLimit);
+  damage.lasts = [this, edition = faults_.edition()] { return faults_.edition() == edition; };
+  wire.damageReply(std::move(damage));
 }
 
 void Session::tell(Happening happening, const std::string& text) const {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <utility>
 
 #include "platform/clock.h"
 
@@ -65,6 +66,10 @@ std::vector<std::uint8_t> Wire::readBlock(std::size_t size) {
 }
 
 void Wire::readBytes(std::uint8_t* bytes, std::size_t count) {
+  if (damaged_) {
+    flush();
+    damaged_->slowRequest(count);
+  }
   std::size_t done = takeBuffered(bytes, count);
   while (done < count) {
     if (count - done >= bufferSize) {
@@ -123,6 +128,20 @@ void Wire::flush() {
   unsent_.clear();
 }
 
+void Wire::damageReply(Damage damage) {
+  flush();  // what is left of other replies is not harmed
+  damaged_.emplace(
+      std::move(damage), [this](const std::uint8_t* bytes, std::size_t count) { transmit(bytes, count); },
+      [this](std::chrono::steady_clock::time_point end) { rest(end); });
+}
+
+void Wire::endReply() {
+  if (!damaged_) return;
+  flush();
+  damaged_->end();
+  damaged_.reset();
+}
+
 void Wire::beginCommand() {
   waited_ = {};
   moved_ = 0;
@@ -134,6 +153,10 @@ std::chrono::steady_clock::duration Wire::patienceLeft() const {
 
 void Wire::pauseUntil(std::chrono::steady_clock::time_point end) {
   flush();
+  rest(end);
+}
+
+void Wire::rest(std::chrono::steady_clock::time_point end) {
   for (;;) {
     if (stopping_) throw Disconnected{};
     const auto rest = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
@@ -159,6 +182,13 @@ std::size_t Wire::receive(std::uint8_t* bytes, std::size_t size) {
 }
 
 void Wire::send(const std::uint8_t* bytes, std::size_t count) {
+  if (damaged_)
+    damaged_->add(bytes, count);
+  else
+    transmit(bytes, count);
+}
+
+void Wire::transmit(const std::uint8_t* bytes, std::size_t count) {
   for (std::size_t done = 0; done < count;) {
     std::ptrdiff_t sent = socket_.send(bytes + done, count - done);
     if (sent < 0) {  // no room just now, or the connection is gone: then the second try fails too

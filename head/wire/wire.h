@@ -6,17 +6,16 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "head/wire/damaged_reply.h"
 #include "platform/socket.h"
 
 namespace fringix::head {
-
-// The client has gone, or the head is being stopped: the session ends without a word.
-struct Disconnected {};
 
 // The client said something that no client says: the session cannot go on, because nobody knows where the next command begins.
 struct ProtocolError : std::runtime_error {
@@ -55,10 +54,15 @@ class Wire {
   }
 
   void writeInt(std::int32_t value);
+  void writeStatus(std::int32_t status) { writeInt(damaged_ ? damaged_->status(status) : status); }
   void writeText(std::string_view text);  // of 1 to longestText bytes
   void writeBytes(const std::uint8_t* bytes, std::size_t count);
   void writeRepeated(std::uint8_t byte, std::uint64_t count);
   void flush();
+
+  // Damages what is written from here to the end of the reply.
+  void damageReply(Damage damage);
+  void endReply();
 
   // Sends what was written, then waits, unless the head is stopped.
   void pauseUntil(std::chrono::steady_clock::time_point end);
@@ -68,6 +72,8 @@ class Wire {
   std::size_t takeBuffered(std::uint8_t* bytes, std::size_t count);
   std::size_t receive(std::uint8_t* bytes, std::size_t size);  // at least one byte
   void send(const std::uint8_t* bytes, std::size_t count);
+  void transmit(const std::uint8_t* bytes, std::size_t count);
+  void rest(std::chrono::steady_clock::time_point end);
   void waitUntil(platform::Readiness (platform::Socket::*ready)(std::chrono::milliseconds) const noexcept, const char* missing);
   std::chrono::steady_clock::duration patienceLeft() const;  // with the command
 
@@ -79,6 +85,7 @@ class Wire {
   std::vector<std::uint8_t> received_;
   std::size_t taken_ = 0;
   std::vector<std::uint8_t> unsent_;
+  std::optional<DamagedReply> damaged_;
 };
 
 }  // namespace fringix::head

@@ -138,7 +138,8 @@ TEST(AnnouncerTest, AnswersAreLateDoubledOrMissingWhenAsked) {
 
 TEST(AnnouncerTest, AHeadOfAnotherNetworkDoesNotAnswer) {
   HeadModel model(headAt("10.200.0.2"));
-  Announcer announcer(model, {});
+  const FaultPlan faults;
+  Announcer announcer(model, faults, {});
   announcer.start();
   EXPECT_EQ(Searcher().answers(), Answers{});
 }

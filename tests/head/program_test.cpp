@@ -37,7 +37,7 @@ struct RunningProgram {
 
 const std::string help =
     "\"trigger\" raises a GPIO trigger of each head, \"trigger N\" of the N-th head, 1 to 2; \"scene NAME\" puts another scene before all "
-    "of them";
+    "of them; \"fault FAULT\" makes all of them do something wrong, \"fault none\" ends that, \"fault list\" tells what is set";
 
 TEST(HeadProgramTest, TriggerOnStandardInputIsATriggerOfEachHead) {
   Host host;
@@ -72,6 +72,41 @@ TEST(HeadProgramTest, ALineChangesTheSceneOfAllHeads) {
   EXPECT_EQ(program.process.nextLine(), "head 1002  scene ballbar:3");
   EXPECT_EQ(program.answer("scene ballbar:8").find("there is no scene \"ballbar:8\": give default, "), 0U);
   EXPECT_EQ(program.answer("scene"), help);
+}
+
+TEST(HeadProgramTest, FaultsAreSwitchedOnAndOffByLines) {
+  RunningProgram program({"--heads", "2", "--fault", "always,once:drip", "--fault", "random:1:0.5"});
+  EXPECT_EQ(program.answer("fault list"), "head 1001  fault always,once:drip (not struck yet)");
+  EXPECT_EQ(program.process.nextLine(), "head 1001  fault random:1:0.5 (not struck yet)");
+  EXPECT_EQ(program.process.nextLine(), "head 1002  fault always,once:drip (not struck yet)");
+  EXPECT_EQ(program.process.nextLine(), "head 1002  fault random:1:0.5 (not struck yet)");
+  EXPECT_EQ(program.answer("fault none"), "head 1001  no fault");
+  EXPECT_EQ(program.process.nextLine(), "head 1002  no fault");
+  EXPECT_EQ(program.answer("fault always: cut"), "head 1001  fault always: cut");
+  EXPECT_EQ(program.process.nextLine(), "head 1002  fault always: cut");
+  RawClient client;
+  client.greet();
+  client.sendText("21MSG_SLGetSerial");
+  EXPECT_TRUE(client.closedByHead());
+  EXPECT_EQ(program.answer("fault list"), "head 1001  fault always: cut (struck once)");
+  EXPECT_EQ(program.process.nextLine(), "head 1002  fault always: cut (not struck yet)");
+  EXPECT_EQ(program.answer("fault allways: cut"),
+            R"(fault: "allways: cut": expected always, at, after or random at character 1, not "allways", did you mean "always"?)");
+  EXPECT_EQ(program.answer("fault"), help);
+}
+
+TEST(HeadProgramTest, AFaultThatStrikesIsPrintedOnDemand) {
+  RunningProgram program({"--verbose", "--fault", "always,once:cut"});
+  RawClient client;
+  client.greet();
+  client.sendText("21MSG_SLGetSerial");
+  EXPECT_TRUE(program.process.waitForLine("fault: ").ends_with("  fault: always,once:cut"));
+}
+
+TEST(HeadProgramTest, AFaultThatMeansNothingIsRefused) {
+  ChildProcess process(FRINGIX_HEAD, {"--fault", "random:1"});
+  EXPECT_EQ(process.nextLine(), R"(--fault: "random:1": expected random:SEED:RATE at the end)");
+  EXPECT_EQ(process.wait(), 2);
 }
 
 TEST(HeadProgramTest, ASceneThatThereIsNotIsToldWithWhatThereIs) {

@@ -10,7 +10,7 @@
 namespace fringix::test {
 
 // The program's next line after a trigger. A listener that has just been started may miss the first one.
-inline std::string lineAfterTrigger(ChildProcess& program, const head::HeadServer& head) {
+inline std::string lineAfterTrigger(ChildProcess& program, head::HeadServer& head) {
   for (int i = 0; i < 10; ++i) {
     head.raiseTrigger();
     if (const auto line = program.nextLine(std::chrono::seconds(1))) return *line;
