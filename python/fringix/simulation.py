@@ -8,6 +8,7 @@ import os
 import pathlib
 import queue
 import random
+import re
 import shutil
 import socket
 import subprocess
@@ -15,7 +16,7 @@ import sys
 import threading
 import weakref
 from types import TracebackType
-from typing import IO, Any
+from typing import IO, Any, Iterable, Sequence
 
 PROGRAM_VARIABLE = "FRINGIX_HEAD"
 COMMAND_PORT = 44330
@@ -74,12 +75,17 @@ def command_line(address: str, options: dict[str, Any]) -> list[str]:
     return words
 
 
+def _each(option: str, values: Iterable[str]) -> list[str]:
+    return [word for value in values for word in (option, value)]
+
+
 class SimulatedHead:
     """A simulated head, or several at once, each in a program of its own, until it is closed.
 
     options -- those of the program ``fringix-head``, with underscores: ``scene="ballbar:2"``, ``seed=7``, ``noise=0``,
                ``camera=(640, 480)`` (width, height), ``serial=1001``, ``protocol=3300``, ``image_time=0`` (ms for each image),
                ``trigger_every="500ms"``, ``verbose=True``; ``heads=3`` starts three, with the addresses and serial numbers that follow
+    faults  -- what goes wrong on purpose, as ``--fault`` takes it: ``faults=["after 3 pictures: cut at byte 700"]``; see :meth:`fault`
 
     Raises FileNotFoundError when there is no program to start, ValueError when it refuses the options, TimeoutError when it does
     not get ready.
@@ -89,8 +95,9 @@ class SimulatedHead:
     (1024, 1280)
     """
 
-    def __init__(self, *, ready_within: float = 60, **options: Any) -> None:
+    def __init__(self, *, ready_within: float = 60, faults: Sequence[str] = (), **options: Any) -> None:
         self.options = options
+        self._faults = [faults] if isinstance(faults, str) else list(faults)
         self.addresses: list[str] = []
         self.serials = list(range(int(options.get("serial", 1001)), int(options.get("serial", 1001)) + int(options.get("heads", 1))))
         self._lines: queue.Queue[str | None] = queue.Queue()
@@ -128,7 +135,7 @@ class SimulatedHead:
         self.addresses = [f"{network}.{int(number) + offset}" for offset in range(len(self.serials))]
         options = {name: value for name, value in self.options.items() if name != "address"}
         self._process = subprocess.Popen(
-            command_line(first, options), stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, bufsize=1
+            command_line(first, options) + _each("--fault", self._faults), stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, bufsize=1
         )
         _running.add(self)
         assert self._process.stdout is not None
@@ -172,6 +179,35 @@ class SimulatedHead:
     def show_scene(self, scene: str) -> None:
         """Puts another scene before all heads, ``"ballbar:3"``."""
         self._tell(f"scene {scene}")
+
+    def fault(self, fault: str, *, within: float = 20) -> None:
+        """Makes all heads do something wrong from now on: ``fault("at SLGetGain: stall for 2 s")``; ``fault("none")`` ends all faults.
+
+        docs/simulated-head.md has the words for it. Raises ValueError, which says what is allowed, when they mean nothing.
+
+        >>> with SimulatedHead() as faulty, fringix.open(faulty.address) as connected:
+        ...     faulty.fault("at SLSetGain: wrong status -7")
+        ...     try:
+        ...         connected.gain = 20
+        ...     except fringix.HeadSystemError:
+        ...         print("the station has noticed")
+        the station has noticed
+        """
+        while not self._lines.empty():  # of before
+            self._lines.get_nowait()
+        self._tell("fault " + " ".join(fault.split()))
+        answer = re.compile(r"head \d+  (no )?fault")
+        missing = len(self.serials)
+        try:
+            while missing > 0:
+                line = self._lines.get(timeout=within)
+                if line is None:
+                    raise OSError(f"the simulated head has ended:\n{self.output}")
+                if line.startswith("fault: "):
+                    raise ValueError(line.removeprefix("fault: "))
+                missing -= answer.match(line) is not None
+        except queue.Empty:
+            raise TimeoutError(f"the simulated head did not answer within {within} s") from None
 
     def close(self) -> None:
         """Ends the program."""

@@ -9,6 +9,10 @@
     @pytest.mark.simulated_head(scene="ballbar:2", noise=0)
     def test_ball_bar(simulated_head): ...
 
+    @pytest.mark.simulated_head(faults=["after 3 pictures: cut at byte 700"])
+    def test_a_head_that_breaks_off(simulated_head):
+        simulated_head.fault("at SLGetGain: stall for 2 s")  # while it runs; fault("none") ends all of them
+
     def test_two_heads(simulated_heads):
         left, right = simulated_heads(seed=1), simulated_heads(seed=2, scene="plane:1")
 

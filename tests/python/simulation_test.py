@@ -9,6 +9,7 @@ import socket
 import subprocess
 import sys
 
+import fringix
 import pytest
 from fringix import simulation
 from fringix.testing import SimulatedHead, SimulatedHeads
@@ -48,6 +49,37 @@ def test_options_that_it_refuses_are_told_with_its_words() -> None:
 def test_an_address_that_is_taken_is_told(simulated_head: SimulatedHead) -> None:
     with pytest.raises(ValueError, match="exit code 1"):
         SimulatedHead(address=simulated_head.address)
+
+
+@pytest.mark.simulated_head(camera=(64, 48), faults=["after 1 pictures: cut at byte 700"])
+def test_faults_strike_from_the_start(simulated_head: SimulatedHead) -> None:
+    with fringix.open(simulated_head.address) as head:
+        head.live()
+        with pytest.raises(fringix.HeadConnectionError):
+            head.live()
+    with fringix.open(simulated_head.address) as head:
+        head.live()
+
+
+@pytest.mark.simulated_head(camera=(64, 48), heads=2, verbose=True)
+def test_faults_are_switched_on_and_off(simulated_head: SimulatedHead) -> None:
+    with fringix.open(simulated_head.addresses[1]) as head:
+        simulated_head.fault("always: no picture")
+        with pytest.raises(fringix.HeadSystemError):
+            head.live()
+        simulated_head.fault("none")
+        head.live()
+    with pytest.raises(ValueError, match='"alwyas: cut": expected always, at, after or random at character 1.*did you mean "always"'):
+        simulated_head.fault("alwyas: cut")
+    with pytest.raises(ValueError, match="--fault: .*expected a number"):
+        SimulatedHead(faults=["always: wrong status"])
+
+
+def test_a_head_that_has_ended_takes_no_faults(simulated_heads: SimulatedHeads) -> None:
+    head = simulated_heads()
+    head.close()
+    with pytest.raises((OSError, ValueError)):
+        head.fault("none")
 
 
 def test_a_missing_program_is_told_with_what_to_do(monkeypatch: pytest.MonkeyPatch, tmp_path: pathlib.Path) -> None:
