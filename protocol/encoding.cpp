@@ -1,11 +1,26 @@
 #include "protocol/encoding.h"
 
 #include <cctype>
+#include <cstdlib>
 #include <stdexcept>
 
 namespace fringix::protocol {
 
 namespace {
+
+constexpr std::int64_t largestNumber = std::int64_t{1} << 48;  // far above all that makes sense, and no product wraps
+constexpr std::int64_t longestBlock = 256 << 20;
+
+std::int64_t multiply(std::int64_t one, std::int64_t other) {
+  if (other != 0 && std::abs(one) > largestNumber / std::abs(other)) throw std::runtime_error("a product that no size can be");
+  return one * other;
+}
+
+std::size_t blockSize(const Field& field, const Facts& facts) {
+  const std::int64_t size = evaluate(field.size, facts);
+  if (size >= 0 && size <= longestBlock) return static_cast<std::size_t>(size);
+  throw std::runtime_error(field.name + " would have " + std::to_string(size) + " bytes");
+}
 
 std::int64_t evaluateTerm(std::string_view term, const Facts& facts) {
   const bool isLiteral = !term.empty() && (term[0] == '-' || std::isdigit(static_cast<unsigned char>(term[0])) != 0);
@@ -35,7 +50,7 @@ std::int64_t evaluate(std::string_view expression, const Facts& facts) {
     const std::size_t end = expression.find_first_of("*/");
     const std::int64_t operand = evaluateTerm(expression.substr(0, end), facts);
     if (sign == '/' && operand == 0) throw std::runtime_error("conversations: a division by zero");
-    value = sign == '*' ? value * operand : value / operand;
+    value = sign == '*' ? multiply(value, operand) : value / operand;
     sign = end == expression.npos ? '\0' : expression[end];
     expression.remove_prefix(end == expression.npos ? expression.size() : end + 1);
   }
@@ -71,7 +86,7 @@ Bytes encode(const Field& field, const Value& value, Facts& facts) {
   if (isNumber(field.type)) return encodeInteger(facts[field.name] = evaluate(value.text, facts));
   if (field.type == Type::text) return encodeText(unquoted(value.text));
   if (field.type == Type::name) return Bytes(unquoted(value.text)) + '\0';
-  const auto size = static_cast<std::size_t>(evaluate(field.size, facts));
+  const std::size_t size = blockSize(field, facts);
   return value.text == "none" ? missingPicture(size) : countingBytes(size);
 }
 

@@ -16,14 +16,16 @@ using Bytes = std::string;
 // Numbers that have crossed the wire, by the names of their fields: what sizes and later values are made of.
 using Facts = std::map<std::string, std::int64_t, std::less<>>;
 
-// Numbers and names of facts with * and / between them, from left to right. Throws std::runtime_error for an unknown name.
+// Numbers and names of facts with * and / between them, from left to right. Throws std::runtime_error for an
+// unknown name and for what is too large.
 std::int64_t evaluate(std::string_view expression, const Facts& facts);
 
 Bytes encodeInteger(std::int64_t value);  // 4 bytes, least significant first
 Bytes encodeText(std::string_view text);  // its length in 6 characters, then the text
 std::int32_t decodeInteger(const Bytes& bytes);
 
-// A number is a fact from then on. Bytes that the value does not say count from 1 to 255, over and over.
+// A number is a fact from then on. A block has 256 MiB at most, else std::runtime_error is thrown. Bytes that the value does not say count
+// from 1 to 255, over and over.
 Bytes encode(const Field& field, const Value& value, Facts& facts);
 
 bool isNumber(Type type);

@@ -13,13 +13,15 @@ bool endsCommand(Type type, std::int64_t number) { return (type == Type::answer 
 
 std::string inHex(const Bytes& bytes) {
   constexpr std::size_t most = 16;
-  std::string text;
+  std::string text = "bytes";
   for (std::size_t i = 0; i < bytes.size() && i < most; ++i) {
     const auto byte = static_cast<unsigned char>(bytes[i]);
-    text += {"0123456789ABCDEF"[byte / 16], "0123456789ABCDEF"[byte % 16], ' '};
+    text += {' ', "0123456789ABCDEF"[byte / 16], "0123456789ABCDEF"[byte % 16]};
   }
-  return text + (bytes.size() > most ? "..." : "");
+  return text + (bytes.size() > most ? " ..." : "");
 }
+
+std::string inWords(std::int64_t number) { return std::to_string(number) + ", " + inHex(encodeInteger(number)); }
 
 class Player {
  public:
@@ -65,11 +67,7 @@ class Player {
     const std::int64_t found = decodeInteger(receive(4));
     const Match match = strict_ && tellsSuccess(field.type) ? Match::exact : value.match;
     const bool fits = match == Match::exact ? static_cast<std::int32_t>(expected) == found : match == Match::any || found != 0;
-    if (!fits) {
-      const std::string meant = match == Match::exact ? std::to_string(expected) : "anything but 0";
-      tell(field, 4, meant + ", bytes " + (match == Match::exact ? inHex(encodeInteger(expected)) : "not all 00"),
-           std::to_string(found) + ", bytes " + inHex(encodeInteger(found)));
-    }
+    if (!fits) tell(field, 4, match == Match::exact ? inWords(expected) : "anything but 0", inWords(found));
     facts_[field.name] = found;
     const bool lastField = &field == &command_.fields.back();
     if (!lastField && endsCommand(field.type, found) != endsCommand(field.type, expected)) played_.inStep = false;
@@ -90,8 +88,7 @@ class Player {
   void hearBytes(const Field& field, const Value& value) {
     const Bytes expected = encode(field, value, facts_);
     const Bytes found = receive(expected.size());
-    if (value.text == "none" && strict_ && found != expected)
-      tell(field, found.size(), "no picture, bytes " + inHex(expected), inHex(found));
+    if (value.text == "none" && strict_ && found != expected) tell(field, found.size(), "no picture, " + inHex(expected), inHex(found));
   }
 
   void tell(const Field& field, std::size_t size, const std::string& expected, const std::string& found) {

@@ -247,6 +247,27 @@ TEST(ConversationsTest, EveryCommandHasARowInTheOtherTests) {
   for (const Command& command : table().commands()) EXPECT_EQ(tested.count(command.name), 1U) << command.name;
 }
 
+TEST(ConversationsTest, WhatAHeadTellsMakesNoSizeTooLarge) {
+  const Facts facts{{"side", 0x7FFFFFFF}, {"none", 0}, {"less", -1}};
+  EXPECT_EQ(protocol::evaluate("side*2/side*3", facts), 6);
+  for (const char* expression : {"side*side", "side*less*side", "side/none", "unknown"}) {
+    EXPECT_THROW(protocol::evaluate(expression, facts), std::runtime_error) << expression;
+  }
+  for (const char* size : {"less", "side"}) {
+    Facts known = facts;
+    EXPECT_THROW(protocol::encode({Sender::head, "picture", Type::picture, size}, {"picture", {}, {}}, known), std::runtime_error) << size;
+  }
+}
+
+TEST(ConversationsTest, WhatIsNoTableIsRefused) {
+  const std::string command = "command 1MSG_A\nsend a int first\nreply b int\nexample one\n";
+  EXPECT_NO_THROW(CommandTable(command + "> 1MSG_A a=5\n< b~3\n"));
+  for (const char* turn : {"> 1MSG_B a=5\n", "> 1MSG_A b=5\n", "> 1MSG_A a=5 b=6 c=7\n", "< b=5\n", "sends a=5\n", "send c number\n"}) {
+    EXPECT_THROW(CommandTable(command + turn), std::runtime_error) << turn;
+  }
+  EXPECT_THROW(CommandTable("send a int\n"), std::runtime_error);
+}
+
 INSTANTIATE_TEST_SUITE_P(Commands, ConversationTest, testing::ValuesIn(playable()),
                          [](const testing::TestParamInfo<Case>& test) { return test.param.name; });
 

@@ -1,4 +1,4 @@
-// One TCP connection that is tried, not used: every step of it ends in time.
+// One TCP connection on which every step ends in time.
 #pragma once
 
 #include <chrono>
@@ -22,6 +22,8 @@ class BoundedConnection {
   Outcome connect(const std::string& address, std::uint16_t port, Clock::time_point until);
   // What has come, at least one byte; `size` is 0 when the peer has ended the connection.
   Outcome receive(void* buffer, std::size_t& size, Clock::time_point until);
+
+  Outcome send(const void* data, std::size_t size, Clock::time_point until);  // all of it
 
   std::string reason() const;  // of the last outcome that was not `done`, in the system's words
 

@@ -70,6 +70,18 @@ BoundedConnection::Outcome BoundedConnection::receive(void* buffer, std::size_t&
   return Outcome::done;
 }
 
+BoundedConnection::Outcome BoundedConnection::send(const void* data, std::size_t size, Clock::time_point until) {
+  for (const auto* next = static_cast<const char*>(data); size > 0;) {
+    if (const Outcome waited = waitUntil(until, true); waited != Outcome::done) return waited;
+    const ssize_t sent = ::send(static_cast<int>(socket_), next, size, MSG_NOSIGNAL);
+    if (sent < 0 && errno != EAGAIN && errno != EINTR) return fail(errno);
+    if (sent < 0) continue;
+    next += sent;
+    size -= static_cast<std::size_t>(sent);
+  }
+  return Outcome::done;
+}
+
 std::string BoundedConnection::reason() const { return std::system_category().message(error_); }
 
 }  // namespace fringix::tool

@@ -84,6 +84,18 @@ BoundedConnection::Outcome BoundedConnection::receive(void* buffer, std::size_t&
   return Outcome::done;
 }
 
+BoundedConnection::Outcome BoundedConnection::send(const void* data, std::size_t size, Clock::time_point until) {
+  for (const auto* next = static_cast<const char*>(data); size > 0;) {
+    if (const Outcome waited = waitUntil(until, true); waited != Outcome::done) return waited;
+    const int sent = ::send(static_cast<SOCKET>(socket_), next, static_cast<int>(std::min<std::size_t>(size, 1 << 20)), 0);
+    if (sent < 0 && WSAGetLastError() != WSAEWOULDBLOCK) return fail(WSAGetLastError());
+    if (sent < 0) continue;
+    next += sent;
+    size -= static_cast<std::size_t>(sent);
+  }
+  return Outcome::done;
+}
+
 std::string BoundedConnection::reason() const { return std::system_category().message(error_); }
 
 }  // namespace fringix::tool
