@@ -16,6 +16,21 @@ TITLES = {
     "lines": "Lines, outputs and what hangs on the head",
 }
 
+INTRODUCTION = """# Commands of the protocol
+
+Made by `scripts/protocol` from the files in `conversations/`. What all commands have in common
+is in [protocol.md](protocol.md). `>` is what the client sends, `<` what the head answers; the head of the examples has
+cameras of 8 x 4 and a projector of 6 x 5 pixels.
+"""
+
+# Of fields whose conversations say nothing more than their type.
+MEANINGS = {
+    "status": "0: done",
+    "answer": "0: accepted",
+    "outcome": "0: done, -2: the measurement failed",
+    "picture": "one byte for each pixel, row by row",
+}
+
 
 def rounds(command, sender):
     """The names of what one side says, those of each turn together."""
@@ -56,9 +71,7 @@ def bytes_of(field):
 def meaning(field):
     if field.meaning:
         return field.meaning
-    return {"status": "0: done", "answer": "0: accepted", "outcome": "0: done, -2: the measurement failed", "picture": "one byte for each pixel, row by row"}[
-        field.type
-    ]
+    return MEANINGS[field.type]
 
 
 def hex_of(data):
@@ -73,7 +86,10 @@ def value_of(part):
         shown = f"{part.field.name}: none"
     else:
         shown = part.field.name + (f" = {part.value.text}" if part.value.text else "")
-    return shown + {"~": ", or another" if part.value.text and part.field.sender == "<" else "", "!": ", or another but 0", "=": ""}[part.value.match]
+    if part.value.match == "!":
+        return shown + ", or another but 0"
+    may_differ = part.value.match == "~" and part.value.text and part.field.sender == "<"
+    return shown + (", or another" if may_differ else "")
 
 
 def conversation(commands, example):
@@ -102,9 +118,7 @@ def section(commands, command):
 
 
 def reference(commands):
-    parts = ["# Commands of the protocol", "", "Made by `scripts/protocol` from the files in `conversations/`. What all commands have in common",
-             "is in [protocol.md](protocol.md). `>` is what the client sends, `<` what the head answers; the head of the examples has",
-             "cameras of 8 x 4 and a projector of 6 x 5 pixels.", ""]
+    parts = [INTRODUCTION]
     for family in FAMILIES:
         parts += [f"## {TITLES[family]}", ""]
         parts += [section(commands, command) for command in commands.values() if command.family == family]
