@@ -43,7 +43,7 @@ Field parseField(const std::string& command, Sender sender, std::string_view lin
 
 Value parseValue(std::string_view word) {
   const std::size_t sign = word.find_first_of("=~!");
-  if (sign == word.npos) return {std::string(word), Match::any, {}};
+  if (sign == std::string_view::npos) return {std::string(word), Match::any, {}};
   const Match match = word[sign] == '=' ? Match::exact : word[sign] == '~' ? Match::any : Match::notZero;
   return {std::string(word.substr(0, sign)), match, std::string(word.substr(sign + 1))};
 }
@@ -61,40 +61,43 @@ void takeTurn(const std::string& command, Example& example, std::string_view lin
   while (!rest.empty()) example.exchanges.back().values.push_back(parseValue(takeWord(rest)));
 }
 
+// Where the text of a line goes as it stands; null for lines of other kinds.
+std::string* placeOf(Command& command, std::string_view key) {
+  if (key == "does") return &command.does;
+  if (key == "family") return &command.family;
+  if (key == "function") return &command.function;
+  if (command.examples.empty()) return nullptr;
+  if (key == "changes") return &command.examples.back().changes;
+  return key == "result" ? &command.examples.back().result : nullptr;
+}
+
+void takeLineOf(Command& command, std::string_view key, std::string_view rest, std::string_view line) {
+  const bool isTurn = key == ">" || key == "<";
+  if (std::string* const place = placeOf(command, key)) {
+    *place = rest;
+  } else if (key == "since") {
+    command.since = std::stoi(std::string(rest));
+  } else if (key == "send" || key == "reply") {
+    command.fields.push_back(parseField(command.name, key == "send" ? Sender::client : Sender::head, rest));
+  } else if (key == "example") {
+    command.examples.emplace_back().title = rest;
+  } else if (isTurn && !command.examples.empty()) {
+    takeTurn(command.name, command.examples.back(), line);
+  } else {
+    refuse(command.name, line);
+  }
+}
+
 void takeLine(std::vector<Command>& commands, std::string_view line) {
   std::string_view rest = line;
   const std::string_view key = takeWord(rest);
   if (key == "command") {
     commands.emplace_back().name = rest;
-    return;
+  } else if (commands.empty()) {
+    refuse("the beginning", line);
+  } else {
+    takeLineOf(commands.back(), key, rest, line);
   }
-  if (commands.empty()) refuse("the beginning", line);
-  Command& command = commands.back();
-  std::vector<Example>& examples = command.examples;
-  if (key == "does")
-    command.does = rest;
-  else if (key == "family")
-    command.family = rest;
-  else if (key == "function")
-    command.function = rest;
-  else if (key == "since")
-    command.since = std::stoi(std::string(rest));
-  else if (key == "send")
-    command.fields.push_back(parseField(command.name, Sender::client, rest));
-  else if (key == "reply")
-    command.fields.push_back(parseField(command.name, Sender::head, rest));
-  else if (key == "example")
-    examples.emplace_back().title = rest;
-  else if (examples.empty())
-    refuse(command.name, line);
-  else if (key == "changes")
-    examples.back().changes = rest;
-  else if (key == "result")
-    examples.back().result = rest;
-  else if (key == ">" || key == "<")
-    takeTurn(command.name, examples.back(), line);
-  else
-    refuse(command.name, line);
 }
 
 }  // namespace

@@ -51,8 +51,8 @@ std::int64_t evaluate(std::string_view expression, const Facts& facts) {
     const std::int64_t operand = evaluateTerm(expression.substr(0, end), facts);
     if (sign == '/' && operand == 0) throw std::runtime_error("conversations: a division by zero");
     value = sign == '*' ? multiply(value, operand) : value / operand;
-    sign = end == expression.npos ? '\0' : expression[end];
-    expression.remove_prefix(end == expression.npos ? expression.size() : end + 1);
+    sign = end == std::string_view::npos ? '\0' : expression[end];
+    expression.remove_prefix(end == std::string_view::npos ? expression.size() : end + 1);
   }
   return value;
 }

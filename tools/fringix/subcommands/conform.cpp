@@ -81,15 +81,14 @@ std::string escaped(std::string_view text) {
 }
 
 std::string toJunit(const Results& results, const std::string& address) {
-  std::string xml = fmt::format(
-      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuite name=\"conversations with {}\" tests=\"{}\" failures=\"{}\" errors=\"{}\" "
-      "skipped=\"{}\">\n",
-      escaped(address), results.size(), count(results, Verdict::differs), count(results, Verdict::broken),
-      count(results, Verdict::leftOut));
+  std::string xml = "<?xml version='1.0' encoding='UTF-8'?>\n";
+  xml += fmt::format(R"(<testsuite name="conversations with {}" tests="{}" failures="{}" errors="{}" skipped="{}">)", escaped(address),
+                     results.size(), count(results, Verdict::differs), count(results, Verdict::broken), count(results, Verdict::leftOut));
+  xml += "\n";
   for (const ConversationResult& result : results) {
-    xml += fmt::format("  <testcase classname=\"{}\" name=\"{}\">", escaped(result.command), escaped(result.example));
+    xml += fmt::format(R"(  <testcase classname="{}" name="{}">)", escaped(result.command), escaped(result.example));
     const char* const element = result.verdict == Verdict::differs ? "failure" : result.verdict == Verdict::broken ? "error" : "skipped";
-    for (const std::string& reason : result.reasons) xml += fmt::format("<{} message=\"{}\"/>", element, escaped(reason));
+    for (const std::string& reason : result.reasons) xml += fmt::format(R"(<{} message="{}"/>)", element, escaped(reason));
     xml += "</testcase>\n";
   }
   return xml + "</testsuite>\n";
