@@ -55,7 +55,7 @@ std::string entry(const Argument& argument) {
 }
 
 std::string synopsis(const Command& command, const std::string& path) {
-  std::string result = fmt::format("\\fB{}\\fR [\\fIOPTIONS\\fR]", plain(path));
+  std::string result = fmt::format(R"(\fB{}\fR [\fIOPTIONS\fR])", plain(path));
   for (const Argument& argument : command.arguments()) {
     if (!argument.isPositional()) continue;
     const std::string name = fmt::format("\\fI{}{}\\fR", plain(argument.facts().names), argument.isList() ? "..." : "");
