@@ -74,7 +74,7 @@ class FaultReader {
   void readUsual() {
     readWhen();
     if (words_.takeIf(",")) readTimes();
-    requireColon("\":\", or \",\" with once, N times or always,");
+    requireColon(R"(":", or "," with once, N times or always,)");
     readAction();
   }
 
