@@ -64,7 +64,8 @@ def test_eight_measurements_take_the_time_of_one() -> None:
             head.measure(seq)
             ends.append(time.monotonic())
 
-    with SimulatedHead(heads=8, **{**small, "image_time": 2000}) as slow, concurrent.futures.ThreadPoolExecutor(8) as threads:
+    options: dict[str, Any] = {**small, "image_time": 2000}
+    with SimulatedHead(heads=8, **options) as slow, concurrent.futures.ThreadPoolExecutor(8) as threads:
         list(threads.map(measure, slow.addresses))
     assert max(begins) < min(ends)
 
