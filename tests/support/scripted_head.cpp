@@ -4,6 +4,9 @@
 #include <array>
 #include <chrono>
 #include <stdexcept>
+#include <utility>
+
+#include "support/eventually.h"
 
 namespace fringix::test {
 
@@ -30,6 +33,13 @@ bool sendByteByByte(platform::Socket& connection, const Bytes& bytes) {
   return true;
 }
 
+platform::Socket listenOn(const char* address) {
+  platform::Socket listener = platform::Socket::openStream();
+  listener.setReuseAddress(true);
+  const bool listens = listener.bind({platform::parseIpv4(address), commandPort}) && listener.listen(16);
+  return listens ? std::move(listener) : platform::Socket();
+}
+
 }  // namespace
 
 Script operator+(Script first, const Script& second) {
@@ -37,11 +47,10 @@ Script operator+(Script first, const Script& second) {
   return first;
 }
 
-ScriptedHead::ScriptedHead(std::vector<Script> scripts, const char* address) : listener_(platform::Socket::openStream()) {
-  listener_.setReuseAddress(true);
-  if (!listener_.bind({platform::parseIpv4(address), commandPort}) || !listener_.listen(16)) {
-    throw std::runtime_error(std::string("the scripted head cannot listen on ") + address);
-  }
+ScriptedHead::ScriptedHead(std::vector<Script> scripts, const char* address) {
+  // On Windows a port may be taken for a moment after the last socket there has been closed.
+  const auto listens = [&] { return (listener_ = listenOn(address)).valid(); };
+  if (!eventually(listens)) throw std::runtime_error(std::string("the scripted head cannot listen on ") + address);
   thread_ = std::thread([this, scripts = std::move(scripts)] { serveAll(scripts); });
 }
 
