@@ -32,6 +32,13 @@ MEANINGS = {
 }
 
 
+def at_a_glance(field):
+    """A field in a table at a glance; texts are marked, because numbers are not."""
+    size = f"[{field.size}]" if field.size else ""
+    mark = "text " if field.type == "text" else ""
+    return f"`{mark}{field.name}{size}`" if field.name != field.type else field.name + size
+
+
 def rounds(command, sender):
     """The names of what one side says, those of each turn together."""
     turns, previous = [], None
@@ -39,8 +46,7 @@ def rounds(command, sender):
         if field.sender != previous:
             turns.append((field.sender, []))
         previous = field.sender
-        size = f"[{field.size}]" if field.size else ""
-        turns[-1][1].append(f"`{field.name}{size}`" if field.name != field.type else field.name + size)
+        turns[-1][1].append(at_a_glance(field))
     return "; ".join(", ".join(names) for side, names in turns if side == sender)
 
 

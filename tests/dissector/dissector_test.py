@@ -2,6 +2,7 @@
 
 import json
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -216,15 +217,57 @@ class TroubleTest(unittest.TestCase):
         whole = b"S 1234 M 1 I 5 6 A 7 B 8 C 9 D 10 E -11"
         for answer in (whole, b"S 1234", whole + b" " * 300):
             capture.datagram(HEAD, 44332, CLIENT, 50009, answer)
-        for datagram in (b"02UDP_GPIO", b"123456789" + b"02UDP_GPIO", b"02UDP"):
+        for datagram in (b"02UDP_GPIO", b"123456789" + b"02UDP_GPIO", b"02UDP", b"\0" + b"02UDP_GPIO"):
             capture.datagram(HEAD, 50010, CLIENT, 44331, datagram)
         capture.datagram(HEAD, 50010, CLIENT, 40001, b"12345678" + b"02UDP_GPIO")
-        seen = self.expect("announcement", "datagram", "datagram", "datagram")
+        seen = self.expect("announcement", "datagram", "datagram", "datagram", "datagram")
         self.assertEqual(seen.values("fringix.announce.request"), ["01UDP_SLANNOUNCE"] * 2)
         self.assertEqual(seen.values("fringix.announce.serial"), ["1234"] * 3)
         self.assertEqual(seen.values("fringix.announce.info1") + seen.values("fringix.announce.info2"), ["5"] * 2 + ["6"] * 2)
         self.assertEqual(seen.values("fringix.announce.info7"), ["-11"] * 2)
         self.assertEqual(seen.values("fringix.trigger"), ["02UDP_GPIO", "1234567802UDP_GPIO"])
+
+    def serials(self):
+        return Seen(self.capture).values("fringix.announce.serial")
+
+    def test_answers_come_from_any_port(self):
+        self.capture.datagram(HEAD, 39999, CLIENT, 50009, b"S 1 M 1")  # nobody has asked yet
+        self.capture.datagram(CLIENT, 50009, "192.168.10.255", 44332, b"01UDP_SLANNOUNCE")
+        self.capture.datagram(HEAD, 39999, CLIENT, 50009, b"S 2 M 1")
+        self.capture.datagram(HEAD, 39999, CLIENT, 50010, b"S 3 M 1")
+        self.assertEqual(self.serials(), ["2"])
+
+    def test_answers_without_a_question_are_recognised_by_their_beginning(self):
+        answer = b"SERIAL %d MODEL 1 PROTOCOL 3300 2"
+        longest = answer % 2 + b" " * (298 - len(answer % 2))
+        for datagram in (answer % 1, longest, longest + b" ", b"SERIAL 4", b"SERIAL x MODEL 1", answer % 5 + b"\1", b"A " + answer % 6):
+            self.capture.datagram(HEAD, 39999, CLIENT, 50009, datagram)
+        self.assertEqual(self.serials(), ["1", "2"])
+
+    def test_numbers_of_an_answer_are_read_as_clients_do(self):
+        for answer in (b"S1234 5 M 1", b"S 2147483648 M 1", b"S 7M 1", b"S +8 M\0 1"):
+            self.capture.datagram(HEAD, 44332, CLIENT, 50009, answer)
+        seen = self.expect(*["announcement"] * 4)
+        self.assertEqual(seen.values("fringix.announce.serial"), ["5", "7", "8"])
+        self.assertEqual(seen.values("fringix.announce.model"), ["1", "1"])
+
+    def test_a_block_whose_size_is_below_0(self):
+        connection = self.connection()
+        for size in (0, -1):
+            connection.say(">", text("81MSG_SLReadDataFromFile") + integer(2))
+            connection.say("<", integer(0))
+            connection.say(">", b"a\0")
+            connection.say("<", integer(size))
+        self.assertEqual(self.expect("failed").values("fringix.size"), ["0", "-1"])
+
+    def test_the_filters_of_the_manual_are_understood(self):
+        manual = (ROOT / "tools/wireshark/README.md").read_text()
+        filters = [one for row in re.findall(r"^\| (`.*?) \|", manual, re.M) for one in re.findall(r"`([^`]+)`", row)]
+        self.assertIn("fringix && _ws.expert", filters)
+        self.capture.datagram(HEAD, 50010, CLIENT, 44331, b"02UDP")
+        self.capture.datagram(HEAD, 50010, CLIENT, 44331, b"02UDP_GPIO")
+        self.assertEqual(len(tshark(self.capture, "-Y", "fringix && _ws.expert")), 1)
+        self.assertEqual(len(tshark(self.capture, "-Y", " || ".join(f"({one})" for one in filters))), 2)
 
     def test_a_large_picture_is_one_line(self):
         connection = Connection(self.capture, longest=1460)

@@ -70,7 +70,8 @@ local commands = {
 -- End of what is made.
 
 local COMMANDS, TRIGGERS, ANNOUNCEMENTS = 44330, 44331, 44332 -- ports: TCP, UDP, UDP
-local LONGEST_BLOCK = 0x7FFFFFFF
+local LONGEST_BLOCK, LONGEST_ANSWER, LONGEST_TRIGGER = 0x7FFFFFFF, 298, 18
+local QUESTION = "01UDP_SLANNOUNCE"
 
 local fringix = Proto("fringix", "Fringix head")
 
@@ -123,13 +124,16 @@ local e = {
 fringix.experts = e
 
 local streams -- what is known of each connection, by its two ends
+local askers -- addresses and ports that have asked for heads
 
-function fringix.init() streams = {} end
+function fringix.init() streams, askers = {}, {} end
 
 local function new_stream(head_port, records) return {head_port = head_port, facts = {}, open = {}, records = records} end
 
+local function place(address, port) return tostring(address) .. ":" .. port end
+
 local function stream_of(pinfo)
-  local ends = {tostring(pinfo.src) .. ":" .. pinfo.src_port, tostring(pinfo.dst) .. ":" .. pinfo.dst_port}
+  local ends = {place(pinfo.src, pinfo.src_port), place(pinfo.dst, pinfo.dst_port)}
   table.sort(ends)
   local key = table.concat(ends, " ")
   local stream = streams[key] or new_stream(COMMANDS, {})
@@ -199,7 +203,8 @@ local function take_number(reader, record, field, exchange, stream)
   if field[2]:find(".", 1, true) then stream.facts[field[2]] = value end
   if record.command == "20MSG_SLGetProtocolVersion" then stream.version = value end
   local kind = field[3]
-  if value ~= 0 and (kind == "status" or kind == "answer" or kind == "outcome") then item.expert = e.failed end
+  local fails = kind == "status" or kind == "answer" or kind == "outcome"
+  if (fails and value ~= 0) or (kind == "size" and value < 0) then item.expert = e.failed end
   exchange.ended = (kind == "answer" and value ~= 0) or (kind == "size" and value <= 0)
 end
 
@@ -420,32 +425,46 @@ end
 local function show_announcement(text, tvb, tree)
   local node = tree:add(fringix, tvb(), "Fringix, answer of a head")
   node:add(f.announce_reply, tvb(), text)
-  local rest, place = text, 1
+  local rest, next_one = text, 1
   local function number(pattern)
-    local digits, behind = rest:match(pattern .. "%s*([+-]?%d+)(.*)")
-    if digits then
-      node:add(f["announce_" .. announced[place]], tvb(), tonumber(digits))
-      rest, place = behind, place + 1
-    end
-    return digits
+    local digits, behind = rest:match(pattern .. "([+-]?%d+)(.*)")
+    local value = digits and tonumber(digits)
+    if not value or value < -0x80000000 or value > 0x7FFFFFFF then return false end
+    node:add(f["announce_" .. announced[next_one]], tvb(), value)
+    rest, next_one = behind, next_one + 1
+    return true
   end
-  while place <= #announced and number(announced[place] == "info2" and "^" or "^%s*%S+") do end
-  if place <= #announced then node:add_proto_expert_info(e.announcement, announced[place] .. " and what follows it cannot be read") end
-  if tvb:len() > 298 then node:add_proto_expert_info(e.datagram, "more than 298 bytes: clients drop it") end
+  while next_one <= #announced and number(announced[next_one] == "info2" and "^%s*" or "^%s*%S+%s+") do end
+  if next_one <= #announced then node:add_proto_expert_info(e.announcement, announced[next_one] .. " and what follows it cannot be read") end
+  if tvb:len() > LONGEST_ANSWER then node:add_proto_expert_info(e.datagram, "more than 298 bytes: clients drop it") end
+end
+
+-- Clients read a datagram up to the first zero.
+local function text_of(tvb) return tvb:len() > 0 and tvb():string():match("^%Z*") or "" end
+
+local function is_question(tvb) return tvb:len() == #QUESTION and tvb():string() == QUESTION end
+
+local function is_trigger(tvb) return tvb:len() <= LONGEST_TRIGGER and text_of(tvb):find("02UDP_GPIO", 1, true) ~= nil end
+
+-- Heads answer from any port; the port that has asked tells, or, where the capture does not have the question, how the answer begins.
+local function is_answer(tvb, pinfo)
+  if askers[place(pinfo.dst, pinfo.dst_port)] then return true end
+  local text = tvb:len() <= LONGEST_ANSWER and text_of(tvb) or ""
+  return text:find("^SERIAL%s+[+-]?%d+%s+%a%S*%s+[+-]?%d") ~= nil and not text:find("[^%g%s]")
 end
 
 local function dissect_datagram(tvb, pinfo, tree)
   pinfo.cols.protocol = "Fringix"
-  local text = tvb:len() > 0 and tvb():string() or ""
-  if text == "01UDP_SLANNOUNCE" then
+  if is_question(tvb) then
+    askers[place(pinfo.src, pinfo.src_port)] = true
     pinfo.cols.info = "Which heads are there?"
-    tree:add(fringix, tvb(), "Fringix, question for heads"):add(f.announce_request, tvb(), text)
-  elseif text:find("02UDP_GPIO", 1, true) and tvb:len() <= 18 then
+    tree:add(fringix, tvb(), "Fringix, question for heads"):add(f.announce_request, tvb(), QUESTION)
+  elseif is_trigger(tvb) then
     pinfo.cols.info = "Trigger"
-    tree:add(fringix, tvb(), "Fringix, trigger"):add(f.trigger, tvb(), text)
-  elseif pinfo.src_port == ANNOUNCEMENTS then
-    pinfo.cols.info = "A head: " .. text
-    show_announcement(text, tvb, tree)
+    tree:add(fringix, tvb(), "Fringix, trigger"):add(f.trigger, tvb(), text_of(tvb))
+  elseif pinfo.src_port == ANNOUNCEMENTS or is_answer(tvb, pinfo) then
+    pinfo.cols.info = "A head: " .. text_of(tvb)
+    show_announcement(text_of(tvb), tvb, tree)
   else
     pinfo.cols.info = "Not understood"
     tree:add(fringix, tvb(), "Fringix, not understood"):add_proto_expert_info(e.datagram)
@@ -466,8 +485,7 @@ local function looks_like_session(tvb, pinfo, tree)
 end
 
 local function looks_like_datagram(tvb, pinfo, tree)
-  local text = tvb:len() > 0 and tvb:len() <= 18 and tvb():string() or ""
-  if text ~= "01UDP_SLANNOUNCE" and not text:find("02UDP_GPIO", 1, true) then return false end
+  if not is_question(tvb) and not is_trigger(tvb) and not is_answer(tvb, pinfo) then return false end
   dissect_datagram(tvb, pinfo, tree)
   return true
 end
