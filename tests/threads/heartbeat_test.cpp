@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <new>
 
 #include "device/open_session.h"
@@ -54,19 +56,28 @@ class HeartbeatTest : public testing::Test {
     return result;
   }
 
+  // A session's own heartbeat may be starting meanwhile, and says so in between.
+  bool saysThatItReturns() const {
+    EXPECT_EQ(std::count(lines_.begin(), lines_.end(), started), std::ssize(lines_) - std::count(lines_.begin(), lines_.end(), returning));
+    EXPECT_EQ(lines_.front(), started);
+    return std::count(lines_.begin(), lines_.end(), returning) == 1;
+  }
+
+  const std::string started = line("HeartbeatThread: ThreadProc started");
+  const std::string returning = line("HeartbeatThread: returning from ThreadProc");
   Wakings clock_;
   Lines lines_;
 };
 
 TEST_F(HeartbeatTest, WithoutADeviceItEndsAtOnce) {
   EXPECT_EQ(run(nullptr, {}), -1);
-  EXPECT_EQ(lines_, Lines{line("HeartbeatThread: ThreadProc started")});
+  EXPECT_EQ(lines_, Lines{started});
 }
 
 TEST_F(HeartbeatTest, AskedToStopItSaysSo) {
   OpenSession session(Script{});
   EXPECT_EQ(run(&session.device(), {}), 0);
-  EXPECT_EQ(lines_, (Lines{line("HeartbeatThread: ThreadProc started"), line("HeartbeatThread: returning from ThreadProc")}));
+  EXPECT_TRUE(saysThatItReturns());
   EXPECT_EQ(clock_.limits, std::vector<std::chrono::milliseconds>{std::chrono::seconds(15)});
 }
 
@@ -92,7 +103,7 @@ TEST_F(HeartbeatTest, WithoutAConnectionItEnds) {
   OpenSession session({reset()});
   ASSERT_EQ(session.device().GetSerial(nullptr), SLCONNECTION_ERROR);
   EXPECT_EQ(run(&session.device(), {muchLater}), -2);
-  EXPECT_EQ(lines_, Lines{line("HeartbeatThread: ThreadProc started")});
+  EXPECT_FALSE(saysThatItReturns());
 }
 
 TEST_F(HeartbeatTest, AKeepAliveThatCannotBeSentEndsIt) {
@@ -107,7 +118,7 @@ TEST_F(HeartbeatTest, WithoutMemoryItEndsAndTheSessionGoesOn) {
   OpenSession session(Script{});
   clock_.withoutMemory = true;
   EXPECT_EQ(run(&session.device(), {muchLater}), -4);
-  EXPECT_EQ(lines_, Lines{line("HeartbeatThread: ThreadProc started")});
+  EXPECT_FALSE(saysThatItReturns());
   EXPECT_EQ(session.device().Noop(), SLALL_OKAY);
 }
 
