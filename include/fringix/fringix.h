@@ -23,9 +23,9 @@
  * - Threads: any function may be called from any number of threads with any handle, unless its own text says otherwise. Commands to
  *   one session run one after the other, different sessions run side by side. A session may be freed while another thread uses it:
  *   the call that is under way comes to its end first, and later ones give SLUNKNOWN_DEVICE_ID.
- * - Processes: a child process that was forked and runs no other program must not use the library. As long as it lives it keeps the
- *   connections of its parent open, and triggers from reaching other processes once the parent has ended. Start such children
- *   before the first session.
+ * - Processes: sessions belong to the process that opened them. To a child that was forked, and runs no other program, the handles of
+ *   its parent are unknown (SLUNKNOWN_DEVICE_ID), the list of heads is empty, and sessions that it opens are its own; nothing that it
+ *   does touches the sessions of its parent. A child that was forked in a callback ends when it returns from it.
  * - Protocol version: a command that needs a newer head than the one connected gives SLVERSION_TOO_OLD. Commands without a
  *   stated minimum work with every head.
  */

@@ -2,12 +2,24 @@
 
 #include <utility>
 
+#include "platform/process_wide.h"
+
 namespace fringix {
 
-DeviceRegistry& DeviceRegistry::instance() {
-  // Never destroyed: sessions that are still open when the process ends are neither closed nor destroyed.
-  static DeviceRegistry& registry = *new DeviceRegistry;
-  return registry;
+namespace {
+
+// Sessions that are still open when the process ends are neither closed nor destroyed.
+platform::Lasting<DeviceRegistry> ofTheProcess;
+
+[[maybe_unused]] const bool told = platform::inForkedChildren([] { ofTheProcess.object.forget(); });
+
+}  // namespace
+
+DeviceRegistry& DeviceRegistry::instance() noexcept { return ofTheProcess.object; }
+
+void DeviceRegistry::forget() noexcept {
+  platform::beginAnew(lock_);
+  platform::beginAnew(entries_);
 }
 
 std::shared_ptr<ICameraDevice> DeviceRegistry::find(std::int32_t handle) {

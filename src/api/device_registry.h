@@ -12,7 +12,7 @@ namespace fringix {
 
 class DeviceRegistry {
  public:
-  static DeviceRegistry& instance();
+  static DeviceRegistry& instance() noexcept;
 
   // The session of a handle, or null. Where there is no entry an empty one is made, which stands for no session; kept on purpose.
   std::shared_ptr<ICameraDevice> find(std::int32_t handle);
@@ -27,6 +27,9 @@ class DeviceRegistry {
   void remove(std::int32_t handle);
 
   std::size_t size();  // empty entries count
+
+  // In a forked child: its parent's sessions are none of its own, and their handles unknown for good. Closes and destroys nothing.
+  void forget() noexcept;
 
  private:
   struct Entry {

@@ -8,6 +8,7 @@
 
 #include "diagnosis/trace.h"
 #include "discovery/broadcast_addresses.h"
+#include "platform/process_wide.h"
 #include "platform/socket.h"
 
 namespace fringix {
@@ -37,12 +38,18 @@ bool ask(platform::Socket& socket, const std::string& address) noexcept {
 
 bool isLimitedBroadcast(const std::string& address) { return address.find("255.255.255.255") != std::string::npos; }
 
+// What was handed out of the list stays valid to the end, and another thread may still scan then.
+platform::Lasting<DeviceEnumerator> ofTheProcess;
+
+[[maybe_unused]] const bool told = platform::inForkedChildren([] { ofTheProcess.object.forget(); });
+
 }  // namespace
 
-DeviceEnumerator& DeviceEnumerator::instance() {
-  // Never destroyed: what was handed out of the list stays valid to the end, and another thread may still scan then.
-  static DeviceEnumerator& enumerator = *new DeviceEnumerator;
-  return enumerator;
+DeviceEnumerator& DeviceEnumerator::instance() noexcept { return ofTheProcess.object; }
+
+void DeviceEnumerator::forget() noexcept {
+  platform::beginAnew(lock_);
+  platform::beginAnew(list_);
 }
 
 std::size_t DeviceEnumerator::ScanForDevices() {

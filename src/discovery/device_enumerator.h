@@ -3,11 +3,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <mutex>
 #include <string>
 #include <vector>
 
 #include "discovery/announce_reply.h"
-#include "platform/reentrant_lock.h"
 
 namespace fringix {
 
@@ -21,7 +21,7 @@ struct DeviceListEntry {
 // while another thread scans. Texts of the list stay where they are until the next scan.
 class DeviceEnumerator {
  public:
-  static DeviceEnumerator& instance();
+  static DeviceEnumerator& instance() noexcept;
 
   // Asks every network in turn and makes the list anew, sorted by serial number. Blocks for 300 ms a network, and 300 ms more from
   // each reply on. What the network refuses adds no entries. Gives the number of entries.
@@ -30,11 +30,14 @@ class DeviceEnumerator {
   // Null for an index outside of the list, or above 255.
   const DeviceListEntry* entry(std::int32_t index) const noexcept;
 
+  // In a forked child, whose parent may be scanning: the list is empty. What was handed out of it stays valid.
+  void forget() noexcept;
+
  private:
   void askNetwork(const std::string& broadcastAddress);
   void take(std::string_view datagram, std::uint32_t sender);
 
-  platform::ReentrantLock lock_;
+  std::mutex lock_;
   std::vector<DeviceListEntry> list_;
 };
 

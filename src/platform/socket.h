@@ -59,7 +59,7 @@ class Socket {
 #endif
 
   Socket() noexcept = default;
-  explicit Socket(Handle handle) noexcept : handle_(handle) {}
+  explicit Socket(Handle handle) noexcept;  // owns it from now on
   ~Socket() { close(); }
   Socket(Socket&& other) noexcept : handle_(other.release()) {}
   Socket& operator=(Socket&& other) noexcept;

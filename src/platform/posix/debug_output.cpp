@@ -14,6 +14,7 @@
 #include <string_view>
 
 #include "platform/posix/silenced_pipe_signal.h"
+#include "platform/process_wide.h"
 
 namespace fringix::platform {
 
@@ -75,6 +76,8 @@ struct Lines {
   bool endIsMissing = false;    // of the last line, which did not fit
 };
 Lines lines;
+
+[[maybe_unused]] const bool told = inForkedChildren([] { beginAnew(lines); });
 
 bool writeAll(const StandardError& error, std::string_view text) noexcept {
   const std::size_t size = text.size();

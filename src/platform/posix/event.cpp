@@ -7,15 +7,17 @@
 #include <cerrno>
 #include <system_error>
 
+#include "platform/posix/own_descriptors.h"
 #include "platform/posix/wait.h"
 
 namespace fringix::platform {
 
 ManualResetEvent::ManualResetEvent() : native_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   if (native_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
+  own(static_cast<int>(native_));
 }
 
-ManualResetEvent::~ManualResetEvent() { close(static_cast<int>(native_)); }
+ManualResetEvent::~ManualResetEvent() { closeOwn(static_cast<int>(native_)); }
 
 void ManualResetEvent::set() noexcept {
   // A full counter refuses the write and is as readable as before: the event stays set.

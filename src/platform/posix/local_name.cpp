@@ -11,6 +11,7 @@
 #include <memory>
 #include <utility>
 
+#include "platform/process_wide.h"
 #include "platform/worker.h"
 
 namespace fringix::platform {
@@ -24,6 +25,8 @@ constexpr int passRights = 83;
 
 constexpr int mostClosing = 16;
 std::atomic<int> closing{0};
+
+[[maybe_unused]] const bool told = inForkedChildren([] { closing = 0; });
 
 struct ExchangeAddress {
   sockaddr_un name{};

@@ -12,6 +12,7 @@
 
 #include <cerrno>
 
+#include "platform/posix/own_descriptors.h"
 #include "platform/posix/wait.h"
 
 namespace fringix::platform {
@@ -61,8 +62,10 @@ std::uint32_t parseIpv4(const char* text) noexcept { return ntohl(inet_addr(text
 Socket Socket::openStream() noexcept { return Socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)); }
 Socket Socket::openDatagram() noexcept { return Socket(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP)); }
 
+Socket::Socket(Handle handle) noexcept : handle_(handle) { own(handle); }
+
 void Socket::close() noexcept {
-  if (valid()) ::close(release());
+  if (valid()) closeOwn(release());
 }
 
 bool Socket::connect(Ipv4Endpoint peer) noexcept {

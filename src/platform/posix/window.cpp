@@ -9,18 +9,22 @@
 #include <mutex>
 
 #include "platform/posix/silenced_pipe_signal.h"
+#include "platform/process_wide.h"
 
 namespace fringix::platform {
 
 namespace {
+
+std::mutex onePostAtATime;
+
+[[maybe_unused]] const bool told = inForkedChildren([] { beginAnew(onePostAtATime); });
 
 int descriptorOf(WindowHandle handle) noexcept { return static_cast<int>(reinterpret_cast<std::intptr_t>(handle)); }
 
 // The host's descriptor may be in blocking mode, which is not ours to change: a pipe that polls as writable takes a record whole, and
 // the lock keeps other posts of this process from filling it in between.
 void writeToPipe(int descriptor, const PostedRecord& record) noexcept {
-  static std::mutex oneAtATime;
-  const std::lock_guard guard(oneAtATime);
+  const std::lock_guard guard(onePostAtATime);
   const SilencedPipeSignal silence;
   pollfd entry{descriptor, POLLOUT, 0};
   if (poll(&entry, 1, 0) != 1 || entry.revents != POLLOUT) return;

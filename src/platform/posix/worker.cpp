@@ -8,6 +8,8 @@
 #include <system_error>
 #include <thread>
 
+#include "platform/process_wide.h"
+
 namespace fringix::platform {
 
 namespace {
@@ -34,7 +36,14 @@ class Progress {
   bool finished_ = false;
 };
 
-thread_local const Progress* thisWorker = nullptr;
+thread_local Progress* thisWorker = nullptr;
+
+// Forked from a callback: whom it works for is its parent's.
+void giveUp() noexcept {
+  if (thisWorker != nullptr) thisWorker->abandoned = true;
+}
+
+[[maybe_unused]] const bool told = inForkedChildren(giveUp);
 
 // Signals are the host's: its handlers run on its own threads. Only these come to a worker: faults, which blocked would end the process
 // past the handler; and what runtimes with garbage collection stop their threads with, for a worker that has called such a host back is

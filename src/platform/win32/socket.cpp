@@ -68,6 +68,8 @@ Socket Socket::openDatagram() noexcept {
   return Socket(WSASocketW(AF_INET, SOCK_DGRAM, IPPROTO_UDP, nullptr, 0, WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT));
 }
 
+Socket::Socket(Handle handle) noexcept : handle_(handle) {}
+
 void Socket::close() noexcept {
   if (valid()) closesocket(release());
 }
