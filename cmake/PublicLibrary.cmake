@@ -43,6 +43,7 @@ function(fringix_public_library target name description)
     fringix_export_from_so(${target})
   endif()
   set_target_properties(${target} PROPERTIES EXPORT_NAME ${name})
+  fringix_symbols_apart(${target})
   target_include_directories(${target} INTERFACE $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}/include> $<INSTALL_INTERFACE:include>)
   install(TARGETS ${target} EXPORT FringixTargets
     RUNTIME DESTINATION bin COMPONENT runtime

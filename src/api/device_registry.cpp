@@ -11,11 +11,11 @@ namespace {
 // Sessions that are still open when the process ends are neither closed nor destroyed.
 platform::Lasting<DeviceRegistry> ofTheProcess;
 
-[[maybe_unused]] const bool told = platform::inForkedChildren([] { ofTheProcess.object.forget(); });
+[[maybe_unused]] const bool told = platform::inForkedChildren([] { ofTheProcess->forget(); });
 
 }  // namespace
 
-DeviceRegistry& DeviceRegistry::instance() noexcept { return ofTheProcess.object; }
+DeviceRegistry& DeviceRegistry::instance() noexcept { return *ofTheProcess; }
 
 void DeviceRegistry::forget() noexcept {
   platform::beginAnew(lock_);

@@ -41,11 +41,11 @@ bool isLimitedBroadcast(const std::string& address) { return address.find("255.2
 // What was handed out of the list stays valid to the end, and another thread may still scan then.
 platform::Lasting<DeviceEnumerator> ofTheProcess;
 
-[[maybe_unused]] const bool told = platform::inForkedChildren([] { ofTheProcess.object.forget(); });
+[[maybe_unused]] const bool told = platform::inForkedChildren([] { ofTheProcess->forget(); });
 
 }  // namespace
 
-DeviceEnumerator& DeviceEnumerator::instance() noexcept { return ofTheProcess.object; }
+DeviceEnumerator& DeviceEnumerator::instance() noexcept { return *ofTheProcess; }
 
 void DeviceEnumerator::forget() noexcept {
   platform::beginAnew(lock_);

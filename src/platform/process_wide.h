@@ -2,19 +2,25 @@
 // that held its locks do not exist.
 #pragma once
 
+#include <cstddef>
 #include <new>
 
 namespace fringix::platform {
 
 // An object that is never destroyed.
 template <class Object>
-union Lasting {
-  Lasting() : object() {}
-  ~Lasting() {}
+class Lasting {
+ public:
+  Lasting() : object_(*::new (place_) Object) {}
   Lasting(const Lasting&) = delete;
   Lasting& operator=(const Lasting&) = delete;
 
-  Object object;
+  Object& operator*() const noexcept { return object_; }
+  Object* operator->() const noexcept { return &object_; }
+
+ private:
+  alignas(Object) std::byte place_[sizeof(Object)];
+  Object& object_;
 };
 
 // Has `renew` called in every child that is forked from now on, before anything else runs there. False when there was no memory for it.

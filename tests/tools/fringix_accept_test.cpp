@@ -43,7 +43,7 @@ class FringixAccept : public testing::Test {
   static Outcome accept(const std::string& arguments) { return runProgram(FRINGIX_TOOL, "accept " + arguments); }
   Outcome acceptByHand(const std::string& arguments, const std::string& input) const {
     writeBytes(scratch_ / "input", input);
-    return accept("127.0.0.1 " + arguments + " < " + inQuotes(scratch_ / "input"));
+    return runProgram(FRINGIX_TOOL, "accept 127.0.0.1 " + arguments, scratch_ / "input");
   }
   std::string block(const std::string& name) const {
     const std::filesystem::path file = scratch_ / "block";

@@ -4,12 +4,10 @@
 
 namespace fringix::test {
 
-Outcome runProgram(const std::filesystem::path& program, const std::string& arguments) {
+Outcome runProgram(const std::filesystem::path& program, const std::string& arguments, const std::filesystem::path& input) {
   const ScratchFolder scratch;
   const std::filesystem::path native = std::filesystem::absolute(program).make_preferred();
-  const std::string command =
-      inQuotes(native) + " " + arguments + " > " + inQuotes(scratch / "output") + " 2> " + inQuotes(scratch / "errors");
-  const int exitCode = runShell(command);
+  const int exitCode = runWithFiles(inQuotes(native) + " " + arguments, input, scratch / "output", scratch / "errors");
   return {exitCode, readText(scratch / "output"), readText(scratch / "errors"), readBytes(scratch / "output")};
 }
 

@@ -15,8 +15,8 @@ struct Outcome {
   std::string bytes;  // of the output as they are
 };
 
-// Words of `arguments` with blanks are to be in double quotes.
-Outcome runProgram(const std::filesystem::path& program, const std::string& arguments);
+// Words of `arguments` with blanks are to be in double quotes. Without a file of its own the program has the test's standard input.
+Outcome runProgram(const std::filesystem::path& program, const std::string& arguments, const std::filesystem::path& input = {});
 
 std::string readText(const std::filesystem::path& path);  // with line ends as C has them
 std::string inQuotes(const std::filesystem::path& path);

@@ -1,0 +1,13 @@
+# fringix_symbols_apart(TARGET): what debuggers want to know of a Windows program is kept in a file beside it, because Windows, and Wine
+# even more so, would read it at every start.
+function(fringix_symbols_apart target)
+  if(NOT WIN32)
+    return()
+  endif()
+  set(program $<TARGET_FILE:${target}>)
+  add_custom_command(TARGET ${target} POST_BUILD
+    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug ${program} ${program}.debug
+    COMMAND ${CMAKE_STRIP} ${program}
+    COMMAND ${CMAKE_OBJCOPY} --add-gnu-debuglink=${program}.debug ${program}
+    VERBATIM)
+endfunction()
