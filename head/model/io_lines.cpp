@@ -20,8 +20,11 @@ Status IoLines::read(std::int32_t line, std::int32_t& state) const {
 
 Status IoLines::set(std::int32_t line, std::int32_t state) {
   if (!lineRange.contains(line) || !stateRange.contains(state)) return Status::badParameter;
-  const std::lock_guard lock(mutex_);
-  states_[indexOf(line)] = state;
+  const std::int32_t before = [&] {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(states_[indexOf(line)], state);
+  }();
+  tellOfRise(line, before, state);
   return Status::ok;
 }
 
@@ -34,11 +37,19 @@ Status IoLines::setOutput(std::int32_t output, std::int32_t action) {
 
 Status IoLines::executeOutput(std::int32_t output) {
   if (!outputRange.contains(output)) return Status::badParameter;
-  const std::lock_guard lock(mutex_);
-  std::int32_t& state = states_[indexOf(output)];
-  const OutputAction action = actions_[indexOf(output)];
-  state = action == OutputAction::toggle ? 1 - state : static_cast<std::int32_t>(action);
+  const auto [before, after] = [&] {
+    const std::lock_guard lock(mutex_);
+    std::int32_t& state = states_[indexOf(output)];
+    const OutputAction action = actions_[indexOf(output)];
+    const std::int32_t next = action == OutputAction::toggle ? 1 - state : static_cast<std::int32_t>(action);
+    return std::pair(std::exchange(state, next), next);
+  }();
+  tellOfRise(output, before, after);
   return Status::ok;
+}
+
+void IoLines::tellOfRise(std::int32_t line, std::int32_t before, std::int32_t after) const {
+  if (before == 0 && after == 1 && observer_) observer_(line);
 }
 
 }  // namespace fringix::head

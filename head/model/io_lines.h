@@ -3,7 +3,9 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <mutex>
+#include <utility>
 
 #include "head/settings/range.h"
 #include "head/settings/status.h"
@@ -25,10 +27,16 @@ class IoLines {
   Status setOutput(std::int32_t output, std::int32_t action);  // what a later execution does; at first nothing but low
   Status executeOutput(std::int32_t output);
 
+  // Told of each line that goes from 0 to 1, on the thread that sets it. Before there are several.
+  void observeRises(std::function<void(std::int32_t line)> observer) { observer_ = std::move(observer); }
+
  private:
+  void tellOfRise(std::int32_t line, std::int32_t before, std::int32_t after) const;
+
   mutable std::mutex mutex_;
   std::array<std::int32_t, lineRange.high + 1> states_{};
   std::array<OutputAction, outputRange.high + 1> actions_{};
+  std::function<void(std::int32_t line)> observer_;
 };
 
 }  // namespace fringix::head

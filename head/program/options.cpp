@@ -16,6 +16,7 @@
 #include "files/files.h"
 #include "head/commands/commands.h"
 #include "head/faults/parse_fault.h"
+#include "head/model/io_lines.h"
 #include "platform/socket.h"
 
 namespace fringix::head {
@@ -186,6 +187,12 @@ void addTriggers(arguments::Command& program, Options& options) {
           "--trigger-every", [&options](const std::string& text) { options.triggerInterval = arguments::toDuration(text); },
           "Raise a GPIO trigger of each head again and again after this time (2s, 500ms, 1min)")
       .valueName("TIME");
+  program
+      .option(
+          "--trigger-line", [&options](std::int64_t line) { options.first.triggerLine = static_cast<std::int32_t>(line); },
+          "Raise a GPIO trigger of a head when a client sets this line of it, as if it were wired to the trigger input")
+      .range(IoLines::lineRange.low, IoLines::lineRange.high)
+      .valueName("N");
 }
 
 void addClients(arguments::Command& program, HeadSettings& first) {

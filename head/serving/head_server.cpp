@@ -34,7 +34,12 @@ HeadServer::HeadServer(HeadSettings settings, Observer observer)
       observer_(std::move(observer)),
       announcer_(model_, faults_, [this](const std::string& client) {
         if (observer_) observer_(Happening::found, client, "");
-      }) {}
+      }) {
+  if (const auto wired = model_.settings().triggerLine)
+    model_.lines().observeRises([this, wired](std::int32_t line) {
+      if (line == *wired) raiseTrigger();
+    });
+}
 
 void HeadServer::start() {
   listener_ = listenOn(model_.settings().address);

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "head/settings/clock.h"
@@ -51,6 +52,7 @@ struct HeadSettings {
 
   std::string storage{};                            // folder for data blocks; empty: they last as long as the head
   std::size_t dataMemory = std::size_t{256} << 20;  // bytes for all data blocks together, at most 2^31 - 1
+  std::optional<std::int32_t> triggerLine{};        // a line that is wired to the head's own trigger input; none: nothing is
   SerialScript serialScript{};                      // what the device at the serial port answers; empty: it repeats every command
   Clock clock = std::chrono::steady_clock::now;     // for uptime and temperatures
 

@@ -2,6 +2,7 @@
 
 #include <sstream>
 #include <stdexcept>
+#include <vector>
 
 #include "head/model/io_lines.h"
 #include "head/model/serial_device.h"
@@ -53,6 +54,19 @@ TEST_F(IoLinesTest, OutputsActOnTheirLinesWhenExecuted) {
   lines.setOutput(2, 0);
   lines.executeOutput(2);
   EXPECT_EQ(state(2), 0);
+}
+
+TEST_F(IoLinesTest, TellsOfEachRiseOnce) {
+  std::vector<std::int32_t> rises;
+  lines.observeRises([&](std::int32_t line) { rises.push_back(line); });
+  lines.set(3, 1);
+  lines.set(3, 1);
+  lines.set(3, 0);
+  lines.set(3, 1);
+  lines.setOutput(2, 2);
+  lines.executeOutput(2);
+  lines.executeOutput(2);
+  EXPECT_EQ(rises, (std::vector<std::int32_t>{3, 3, 2}));
 }
 
 TEST_F(IoLinesTest, RefusesOtherOutputsAndActions) {

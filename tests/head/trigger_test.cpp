@@ -35,6 +35,17 @@ TEST(TriggerTest, ComesFromTheHeadsOwnAddress) {
   EXPECT_EQ(host.next(), "127.0.0.2: 02UDP_GPIO");
 }
 
+TEST(TriggerTest, ComesWhenTheLineIsSetThatIsWiredToTheInput) {
+  Host host;
+  HeadSettings settings = headAt("127.0.0.2");
+  settings.triggerLine = 3;
+  HeadServer head(settings);
+  head.model().lines().set(2, 1);
+  head.model().lines().set(3, 1);
+  EXPECT_EQ(host.next(), "127.0.0.2: 02UDP_GPIO");
+  EXPECT_FALSE(host.hearsMore());
+}
+
 TEST(TriggerTest, TellsTheHostOfEachClientOnce) {
   Host host;
   HeadServer server(headAt("127.0.0.2"));
