@@ -35,6 +35,7 @@ constexpr Subcommand subcommands[] = {
     {"measure", "Run a measurement over a pattern sequence", defineMeasure},
     {"scan", "Measure points in millimetres", defineScan},
     {"accept", "Test how well a head measures, with artefacts that are certified", defineAccept},
+    {"bench", "Measure what a head and its network give", defineBench},
     {"conform", "Check that a head says what the protocol has it say", defineConform},
     {"watch", "Print the triggers of heads as they come", defineWatch},
     {"mask", "Darken parts of everything that is projected", defineMask},

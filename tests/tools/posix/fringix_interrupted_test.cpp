@@ -1,4 +1,4 @@
-// A scan ended by Ctrl-C: old files stay, and the head is left as it was.
+// Scans and benchmarks ended by Ctrl-C: old files stay, and the head is left as it was.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -36,6 +36,21 @@ TEST(FringixInterrupted, ScanThatIsUnderWay) {
     EXPECT_EQ(runProgram(FRINGIX_TOOL, "get 127.0.0.1 exposure").output, "20000\n") << "as before";
     EXPECT_NE(runProgram(FRINGIX_TOOL, "pattern free 127.0.0.1 1").exitCode, 0) << "the scan has freed its sequence";
   }
+}
+
+// It ends its first part and begins no other one.
+TEST(FringixInterrupted, BenchmarkTellsWhatItHas) {
+  std::atomic<int> asked = 0;  // the first time does not count
+  head::HeadServer server(smallHead(), [&](head::Happening happening, const std::string&, const std::string& text) {
+    if (happening == head::Happening::command && text == "56MSG_SLGetGain") ++asked;
+  });
+  server.start();
+  ChildProcess program(FRINGIX_TOOL, {"bench", "127.0.0.1", "--seconds", "86400"});
+  ASSERT_TRUE(eventually([&] { return asked > 1; }));
+  ASSERT_TRUE(program.interrupt());
+  EXPECT_NE(program.waitForLine("command (SLGetGain)"), "");
+  EXPECT_NE(program.waitForLine("Ended before everything was measured."), "");
+  EXPECT_EQ(program.wait(), 0);
 }
 
 }  // namespace

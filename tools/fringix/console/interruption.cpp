@@ -8,6 +8,7 @@
 namespace fringix::tool {
 namespace {
 
+int living = 0;  // on one thread
 std::atomic<bool> noted = false;
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may only touch what needs no lock");
 
@@ -19,11 +20,14 @@ void note(int) {
 }  // namespace
 
 Interruption::Interruption() {
+  if (living++ > 0) return;
   noted = false;
   std::signal(SIGINT, note);
 }
 
-Interruption::~Interruption() { std::signal(SIGINT, SIG_DFL); }
+Interruption::~Interruption() {
+  if (--living == 0) std::signal(SIGINT, SIG_DFL);
+}
 
 // A signal handler can wake no sleeper.
 bool Interruption::waitFor(std::chrono::duration<double> time) const {

@@ -5,7 +5,8 @@
 
 namespace fringix::tool {
 
-// While it lives, the first Ctrl-C is noted; a second one ends the program as if there were no object. One at a time.
+// While it lives, the first Ctrl-C is noted; a second one ends the program as if there were no object. One that is made while another one
+// lives shares the wish.
 class Interruption {
  public:
   Interruption();

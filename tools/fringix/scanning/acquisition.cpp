@@ -11,28 +11,10 @@
 #include "png/png_reader.h"
 #include "scanning/exposures.h"
 #include "scanning/generated_patterns.h"
+#include "scanning/sequence.h"
 
 namespace fringix::tool {
 namespace {
-
-class Sequence {
- public:
-  Sequence(const Device& head, std::uint32_t images) : head_(head), id_(head.allocateSequence(images)) {}
-  ~Sequence() {
-    try {
-      head_.freeSequence(id_);
-    } catch (const Error&) {  // the connection is lost, and with it the wish
-    }
-  }
-  Sequence(const Sequence&) = delete;
-  Sequence& operator=(const Sequence&) = delete;
-
-  std::uint32_t id() const { return id_; }
-
- private:
-  const Device& head_;
-  std::uint32_t id_;
-};
 
 // Of all exposures and cameras.
 std::size_t countOf(const ScanTask& task) { return task.picturesOfExposure() * task.exposureCount() * task.channels.size(); }

@@ -11,6 +11,7 @@
 namespace fringix::tool {
 
 void defineAccept(arguments::Command& command, Context& context);
+void defineBench(arguments::Command& command, Context& context);
 void defineConform(arguments::Command& command, Context& context);
 void defineData(arguments::Command& command, Context& context);
 void defineExplain(arguments::Command& command, Context& context);
