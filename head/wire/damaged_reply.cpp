@@ -63,10 +63,12 @@ void DamagedReply::slowRequest(std::size_t count) {
 
 std::size_t DamagedReply::nextStep(std::size_t count) {
   if (damage_.stepSize == 0 || !damage_.lasts()) return count;
-  nextStep_ =
-      std::max(nextStep_, Clock::now() - damage_.stepTime) + damage_.stepTime;  // makes up for a rest that was too long, not for more
+  const std::uint64_t size = std::min<std::uint64_t>(count, damage_.stepSize);
+  const std::chrono::nanoseconds full = damage_.stepTime;
+  const auto time = std::chrono::duration_cast<Clock::duration>(full * (static_cast<double>(size) / static_cast<double>(damage_.stepSize)));
+  nextStep_ = std::max(nextStep_, Clock::now() - damage_.stepTime) + time;  // makes up for a rest that was too long, not for more
   rest_(nextStep_);
-  return static_cast<std::size_t>(std::min<std::uint64_t>(count, damage_.stepSize));
+  return static_cast<std::size_t>(size);
 }
 
 void DamagedReply::strike() {

@@ -7,6 +7,7 @@
 
 #include "head/commands/commands.h"
 #include "head/faults/parse_fault.h"
+#include "head/wire/damaged_reply.h"
 #include "head_notes.h"
 #include "host.h"
 #include "running_head.h"
@@ -141,6 +142,21 @@ TEST_F(FaultTest, ASlowLinkSlowsBothDirections) {
     client->receiveInt();
   });
   EXPECT_GE(request, milliseconds(200));
+}
+
+// An image comes row by row: 3 MB at 12 MB/s take a quarter of a second in all.
+TEST(DamagedReplyTest, ASlowLinkCountsBytesAndNotPieces) {
+  Damage damage;
+  damage.stepSize = 240000;
+  damage.stepTime = milliseconds(20);
+  damage.slowsRequest = true;
+  steady_clock::time_point last;
+  DamagedReply reply(
+      damage, [](const std::uint8_t*, std::size_t) {}, [&](steady_clock::time_point end) { last = end; });
+  const auto begin = steady_clock::now();
+  for (int row = 0; row < 800; ++row) reply.slowRequest(3840);
+  EXPECT_GE(last - begin, milliseconds(230));
+  EXPECT_LE(last - steady_clock::now(), milliseconds(260));
 }
 
 TEST_F(FaultTest, AWrongStatusStandsInPlaceOfTheRightOne) {
