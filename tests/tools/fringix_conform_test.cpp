@@ -4,10 +4,13 @@
 #include <optional>
 #include <string>
 
+#include "head/commands/commands.h"
+#include "head/faults/parse_fault.h"
 #include "head/serving/head_server.h"
 #include "probed.h"
 #include "program.h"
 #include "small_head.h"
+#include "support/child_process.h"
 #include "support/json.h"
 
 namespace fringix::test {
@@ -72,6 +75,14 @@ TEST_F(FringixConform, TellsWhatDiffersByByteAndMeaning) {
                            difference + "\"/></testcase>\n"))
       << xml;
   EXPECT_TRUE(has(xml, " errors=\"0\" skipped=\"0\">\n")) << xml;
+}
+
+TEST_F(FringixConform, TellsOfTheFailureBehindTheTableWhereBothGoToOnePlace) {
+  start();
+  server_->faults().add(head::parseFault("at SLSetGain: wrong status -7", head::commandNames()));
+  ChildProcess program(FRINGIX_TOOL, {"conform", "127.0.0.1"});
+  EXPECT_NE(program.waitForLine("broken         0"), "");
+  EXPECT_NE(program.waitForLine("fringix: 1 of "), "");
 }
 
 TEST_F(FringixConform, PrintsJson) {

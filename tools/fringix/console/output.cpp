@@ -26,6 +26,7 @@ void flushOutput() {
 }
 
 void tell(const std::string& line) {
+  std::fflush(stdout);  // what was printed before stands before it where both go to one place
   std::fputs((line + "\n").c_str(), stderr);
   std::fflush(stderr);  // Windows keeps it back otherwise, in a pipe
 }
