@@ -114,11 +114,11 @@ class Benchmark {
   }
 
   void run(std::chrono::duration<double> time, const std::function<void(const std::string&)>& tell) {
-    const Clock::time_point end = Clock::now() + std::chrono::duration_cast<Clock::duration>(time);
+    Clock::time_point end = Clock::now() + std::chrono::duration_cast<Clock::duration>(time);
     for (std::size_t i = 0; i < kinds_.size() && !interruption_.waitFor({}); ++i) {
       tell(kinds_[i].what);
       const Clock::time_point now = Clock::now();
-      measure(kinds_[i], now + (std::max(end, now) - now) / static_cast<Clock::rep>(kinds_.size() - i));
+      end += measure(kinds_[i], now + (std::max(end, now) - now) / static_cast<Clock::rep>(kinds_.size() - i));
     }
     findings_.complete = !interruption_.waitFor({});
   }
@@ -131,7 +131,8 @@ class Benchmark {
       if (size.width % factor == 0 && size.height % factor == 0) kinds_.push_back(reducedPicture(head_, size, factor));
   }
 
-  void measure(const Kind& kind, Clock::time_point until) {
+  // Gives the time that does not count.
+  Clock::duration measure(const Kind& kind, Clock::time_point until) {
     Part part(until, interruption_);
     std::optional<Error> broken;
     if (kind.name == scanName) findings_.changed = changedByScans;
@@ -144,7 +145,7 @@ class Benchmark {
       if (!part.isEnded()) miss(kind, failure.what());
     }
     keep(kind, part);
-    if (!broken) return;
+    if (!broken) return part.uncounted();
     findings_.complete = false;
     throw Error(*broken);
   }

@@ -24,10 +24,13 @@ class Part {
 
   void note(Clock::duration time) { samples_.push_back(std::chrono::duration<double, std::milli>(time).count()); }
 
-  // The first call is not counted: a head, or the system, may prepare something then.
+  // The first call is not counted, nor its time: a head, or the system, may prepare something then.
   template <class Call>
   void repeat(Call call) {
+    const Clock::time_point begin = Clock::now();
     if (!isEnded()) call();
+    uncounted_ = Clock::now() - begin;
+    until_ += uncounted_;
     while (goesOn()) {
       const Clock::time_point start = Clock::now();
       call();
@@ -39,6 +42,7 @@ class Part {
 
   std::vector<double>& samples() { return samples_; }  // in milliseconds
   std::size_t lost() const { return lost_; }
+  Clock::duration uncounted() const { return uncounted_; }
 
  private:
   static constexpr std::size_t most = 1'000'000;
@@ -47,6 +51,7 @@ class Part {
   const Interruption& interruption_;
   std::vector<double> samples_;
   std::size_t lost_ = 0;
+  Clock::duration uncounted_{};
 };
 
 }  // namespace fringix::tool
