@@ -1,4 +1,4 @@
-"""The files that commands of the documentation read: pictures for a projector, first programs, and dist/ as a build leaves it."""
+"""The files that commands of the documentation read: pictures for a projector, first programs, the dissector, and dist/ as a build leaves it."""
 
 from __future__ import annotations
 
@@ -33,4 +33,5 @@ def write_files(folder: pathlib.Path, head_options: list[str]) -> None:
     for name in PROGRAMS:
         shutil.copy(ROOT / "examples" / name, folder)
     shutil.copy(ROOT / "examples" / PROGRAMS[0], folder / "program.c")
+    shutil.copy(ROOT / "tools/wireshark/fringix.lua", folder)
     (folder / "dist").symlink_to(os.environ.get("FRINGIX_DIST", ROOT / "dist"))

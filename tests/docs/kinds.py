@@ -61,11 +61,21 @@ def head_options(command: str) -> list[str] | None:
     return None
 
 
+def require_tshark(text: str) -> None:
+    if "tshark" not in text:
+        return
+    if not shutil.which("tshark"):
+        raise Skipped("tshark is not installed")
+    if subprocess.run(["tshark", "-D"], capture_output=True).returncode != 0:
+        raise Skipped("this user may not capture")
+
+
 def check_sh(block: Block, heads: Heads, folder: pathlib.Path) -> None:
     if "pkg-config" in block.text and not (TREE / "lib/pkgconfig").exists():
         raise Skipped("this tree has no files for pkg-config")
     if "dist/windows" in block.text and not (folder / "dist/windows").exists():
         raise Skipped("this run does not build for Windows")
+    require_tshark(block.text)
     if re.search(r"\$!|\|.*fringix-head", block.text):  # it ends what it starts
         heads.make_room()
         run(["sh", "-e", "-c", on_this_machine(block.text)], folder)
@@ -89,6 +99,7 @@ def commands_of(text: str) -> list[tuple[str, str]]:
 
 
 def check_console(block: Block, heads: Heads, folder: pathlib.Path) -> None:
+    require_tshark(block.text)
     for command, shown in commands_of(block.text):
         options = head_options(command)
         if options is None:
