@@ -112,6 +112,17 @@ TEST_F(FringixBench, WhatAnOldHeadCannotIsTold) {
   EXPECT_TRUE(findings.complete);
 }
 
+TEST_F(FringixBench, SizesThatNoMemoryHoldsAreTold) {
+  head::HeadSettings settings = smallHead();
+  settings.projector = {70000, 70000};
+  server_.emplace(settings);
+  server_->start();
+  const Findings findings = measured({noTime});
+  EXPECT_EQ(namesOf(findings), (Names{"command", "picture", "region", "reduced-2", "reduced-4"}));
+  ASSERT_EQ(findings.notMeasured.size(), 1U);
+  EXPECT_EQ(findings.notMeasured[0].reason, "an image of 70000 x 70000 pixels is too large");
+}
+
 TEST_F(FringixBench, PrintsJsonDrawsAndCompares) {
   start();
   const ScratchFolder scratch;

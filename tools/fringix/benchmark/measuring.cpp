@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <fringix/scan.hpp>
+#include <stdexcept>
 #include <utility>
 
 #include "benchmark/part.h"
@@ -57,10 +58,17 @@ Kind reducedPicture(const Device& head, Size whole, std::uint32_t factor) {
           [&head, factor](Part& part) { part.repeat([&] { head.liveLowRes(factor); }); }};
 }
 
+// A size comes from the head, and a broken one may state anything.
+RgbImage imageOf(Size size) {
+  if (pixelsOf(size) > Image::maximumPixels)
+    throw std::length_error(fmt::format("an image of {} x {} pixels is too large", size.width, size.height));
+  return {size.width, size.height, std::vector<std::uint8_t>(static_cast<std::size_t>(3 * pixelsOf(size)), 0x55)};
+}
+
 // The image is freed with its sequence, and never shown.
 Kind upload(const Device& head, Size size) {
   return {"upload", fmt::format("pattern upload {}x{}", size.width, size.height), 3 * pixelsOf(size), [&head, size](Part& part) {
-            const RgbImage image{size.width, size.height, std::vector<std::uint8_t>(3 * pixelsOf(size), 0x55)};
+            const RgbImage image = imageOf(size);
             const Sequence sequence(head, 1);
             part.repeat([&] { head.putImage(sequence.id(), 0, image); });
           }};
@@ -143,6 +151,8 @@ class Benchmark {
       miss(kind, explain(error, findings_.head.address).what);
     } catch (const Failure& failure) {
       if (!part.isEnded()) miss(kind, failure.what());
+    } catch (const std::exception& error) {  // sizes that no memory holds, say
+      miss(kind, error.what());
     }
     keep(kind, part);
     if (!broken) return part.uncounted();
