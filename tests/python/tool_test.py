@@ -123,6 +123,12 @@ def test_head_passes_its_exit_code_on(tool: Tool) -> None:
     assert "--trigger-every" in tool("head", "--help").stdout
 
 
+def test_calibrate_is_the_program_of_that_name(tool: Tool) -> None:
+    assert "calibrate" in tool("--help").stdout
+    wrong = tool("calibrate", "--board", "12x9", "--square", "20")
+    assert wrong.returncode == 2 and "give either the address of a head, or --from FOLDER" in wrong.stderr
+
+
 WRONG_USAGE = [
     ([], "COMMAND"),
     (["lve", "127.0.0.1"], "'lve'"),

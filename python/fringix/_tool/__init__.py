@@ -8,7 +8,7 @@ from typing import Callable, Sequence
 
 from ..errors import Error
 from .arguments import make_parser
-from .commands import run_head
+from .commands import run_calibrate, run_head
 from .failures import Failure, UsageError, tell
 
 SUCCESS, FAILURE, WRONG_USAGE, INTERRUPTED = 0, 1, 2, 130
@@ -32,6 +32,8 @@ def _run(words: Sequence[str], as_json: bool) -> int:
     try:
         if words[:1] == ["head"]:
             return run_head(words[1:])
+        if words[:1] == ["calibrate"]:
+            return run_calibrate(words[1:])
         arguments = make_parser().parse_args(words)
         command: Callable[[object], None] = arguments.command
         command(arguments)

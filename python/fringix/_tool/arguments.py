@@ -130,6 +130,7 @@ def make_parser() -> argparse.ArgumentParser:
         ("list", "Search the network for heads", _add_list),
         ("live", "Fetch the camera's current picture", _add_live),
         ("scan", "Measure points in millimetres", _add_scan),
+        ("calibrate", "Calibrate a head with a checkerboard; its options are those of python -m fringix.calibrate", lambda parser: None),
         ("head", "Start a simulated head; its options are those of fringix-head", lambda parser: None),
     ]
     for name, summary, add in table:

@@ -211,6 +211,13 @@ def _print_summary(result: Scan, seconds: Dict[str, float]) -> None:
         print(f"{'caution':<16}{caution}")
 
 
+def run_calibrate(words: Sequence[str]) -> int:
+    """What ``python -m fringix.calibrate`` does; loaded only when it is wanted."""
+    from ..calibrate.__main__ import main
+
+    return main(words)
+
+
 def run_head(words: Sequence[str]) -> int:
     """Becomes the simulated head; its exit code is this program's."""
     command = [find_program(), *words]
