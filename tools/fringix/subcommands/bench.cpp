@@ -139,7 +139,7 @@ void defineBench(arguments::Command& command, Context& context) {
   command.option("-o,--output", &options->picture, "Draw the distributions into this PNG file").valueName("FILE");
   command.option("--compare", &options->compared, "Two benchmarks side by side, as --json printed them, in place of a head")
       .valueCount(2)
-      .valueName("FILE FILE");
+      .valueName("FILE");
   command.note(note);
   command.run([options, &context] { run(*options, context); });
 }
