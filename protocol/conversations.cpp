@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "protocol/encoding.h"
+
 namespace fringix::protocol {
 
 namespace {
@@ -76,7 +78,7 @@ void takeLineOf(Command& command, std::string_view key, std::string_view rest, s
   if (std::string* const place = placeOf(command, key)) {
     *place = rest;
   } else if (key == "since") {
-    command.since = std::stoi(std::string(rest));
+    command.since = static_cast<std::int32_t>(parseNumber(rest));
   } else if (key == "send" || key == "reply") {
     command.fields.push_back(parseField(command.name, key == "send" ? Sender::client : Sender::head, rest));
   } else if (key == "example") {

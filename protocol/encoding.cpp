@@ -1,6 +1,7 @@
 #include "protocol/encoding.h"
 
 #include <cctype>
+#include <charconv>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -24,7 +25,7 @@ std::size_t blockSize(const Field& field, const Facts& facts) {
 
 std::int64_t evaluateTerm(std::string_view term, const Facts& facts) {
   const bool isLiteral = !term.empty() && (term[0] == '-' || std::isdigit(static_cast<unsigned char>(term[0])) != 0);
-  if (isLiteral) return std::stoll(std::string(term));
+  if (isLiteral) return parseNumber(term);
   const auto fact = facts.find(term);
   if (fact == facts.end()) throw std::runtime_error("conversations: nothing has told \"" + std::string(term) + "\"");
   return fact->second;
@@ -43,6 +44,14 @@ Bytes missingPicture(std::size_t size) {
 }
 
 }  // namespace
+
+std::int64_t parseNumber(std::string_view text) {
+  std::int64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  const bool isAll = error == std::errc{} && end == text.data() + text.size();
+  if (isAll && number >= -largestNumber && number <= largestNumber) return number;
+  throw std::runtime_error("conversations: no number: \"" + std::string(text) + "\"");
+}
 
 std::int64_t evaluate(std::string_view expression, const Facts& facts) {
   std::int64_t value = 1;

@@ -16,6 +16,9 @@ using Bytes = std::string;
 // Numbers that have crossed the wire, by the names of their fields: what sizes and later values are made of.
 using Facts = std::map<std::string, std::int64_t, std::less<>>;
 
+// All of a text, in decimal. Throws std::runtime_error for what is no number, or far above all that makes sense.
+std::int64_t parseNumber(std::string_view text);
+
 // Numbers and names of facts with * and / between them, from left to right. Throws std::runtime_error for an
 // unknown name and for what is too large.
 std::int64_t evaluate(std::string_view expression, const Facts& facts);

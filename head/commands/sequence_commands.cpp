@@ -49,7 +49,9 @@ void makeFromUpload(Call& call, Axis axis, PixelFormat format) {
 void makeGrayCodeImage(Call& call) {
   const auto [id, image, bit, axis, inverted] = call.wire.readInts<5>();
   if (bit > largestBit || !isAxis(axis) || inverted > 1) return call.reply(Status::badParameter);
-  putGenerated(call, id, image, [&](Size projector) { return makeGrayCode(projector, Axis{axis}, bit, inverted == 1); });
+  putGenerated(call, id, image, [axis = axis, bit = bit, inverted = inverted](Size projector) {
+    return makeGrayCode(projector, Axis{axis}, bit, inverted == 1);
+  });
 }
 
 // All steps of one phase shift, in consecutive images.
@@ -84,7 +86,9 @@ std::optional<Pattern> makeKind(Size size, Kind kind, std::uint8_t level, std::u
 void makeImage(Call& call) {
   const auto [id, image, kind, level, side] = call.wire.readInts<5>();
   if (level > 255 || side > 255) return call.reply(Status::badParameter);
-  putGenerated(call, id, image, [&](Size projector) { return makeKind(projector, Kind{kind}, static_cast<std::uint8_t>(level), side); });
+  putGenerated(call, id, image, [kind = kind, level = level, side = side](Size projector) {
+    return makeKind(projector, Kind{kind}, static_cast<std::uint8_t>(level), side);
+  });
 }
 
 // The pictures of a Gray code: for each bit, the coarsest first, one under the pattern and one under its inverse.

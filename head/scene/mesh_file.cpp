@@ -41,13 +41,16 @@ void check(const MeshData& mesh) {
 
 bool isMeshFile(const std::string& name) { return endingOf(name) == ".ply" || endingOf(name) == ".stl"; }
 
+MeshData parseMesh(const std::string& name, std::string_view content) {
+  MeshData mesh = endingOf(name) == ".ply" ? parsePly(content) : parseStl(content);
+  check(mesh);
+  return mesh;
+}
+
 MeshData readMesh(const std::string& file) {
   const std::vector<std::uint8_t> bytes = files::readFile(file, largestFile);
   try {
-    const std::string_view content(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    MeshData mesh = endingOf(file) == ".ply" ? parsePly(content) : parseStl(content);
-    check(mesh);
-    return mesh;
+    return parseMesh(file, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   } catch (const std::runtime_error& error) {
     throw std::runtime_error("no mesh can be read from \"" + file + "\": " + error.what());
   }

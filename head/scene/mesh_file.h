@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "head/scene/mesh.h"
 
@@ -9,7 +10,8 @@ namespace fringix::head {
 
 bool isMeshFile(const std::string& name);  // by its ending
 
-// Throws std::runtime_error that says what is wrong with the file.
+// Both throw std::runtime_error that says what is wrong with the file.
+MeshData parseMesh(const std::string& name, std::string_view content);
 MeshData readMesh(const std::string& file);
 
 }  // namespace fringix::head

@@ -250,7 +250,7 @@ TEST(ConversationsTest, EveryCommandHasARowInTheOtherTests) {
 TEST(ConversationsTest, WhatAHeadTellsMakesNoSizeTooLarge) {
   const Facts facts{{"side", 0x7FFFFFFF}, {"none", 0}, {"less", -1}};
   EXPECT_EQ(protocol::evaluate("side*2/side*3", facts), 6);
-  for (const char* expression : {"side*side", "side*less*side", "side/none", "unknown"}) {
+  for (const char* expression : {"side*side", "side*less*side", "side/none", "unknown", "-", "5x", "-9223372036854775808/less"}) {
     EXPECT_THROW(protocol::evaluate(expression, facts), std::runtime_error) << expression;
   }
   for (const char* size : {"less", "side"}) {
@@ -266,6 +266,9 @@ TEST(ConversationsTest, WhatIsNoTableIsRefused) {
     EXPECT_THROW(CommandTable(command + turn), std::runtime_error) << turn;
   }
   EXPECT_THROW(CommandTable("send a int\n"), std::runtime_error);
+  for (const char* since : {"soon", "", "-", "9999999999999999999", "3300 or so"}) {
+    EXPECT_THROW(CommandTable(std::string("command 1MSG_A\nsince ") + since + "\n"), std::runtime_error) << since;
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Commands, ConversationTest, testing::ValuesIn(playable()),
