@@ -4,6 +4,7 @@
 #include "discovery/announce_reply.h"
 
 #include <cstring>
+#include <sstream>
 
 #include "fringix/fringix.h"
 #include "fuzz/input.h"
@@ -37,10 +38,26 @@ void checkEntries(std::int32_t count) {
   }
 }
 
+// As a formatted input stream reads it; -1 from the first number on that is none.
+AnnounceReply readByStream(std::string_view text) {
+  AnnounceReply reply;
+  std::istringstream in(std::string(text.substr(0, text.find('\0'))));
+  std::int32_t* const numbers[] = {&reply.serial, &reply.modelCode, &reply.info1, &reply.info2, &reply.info3,
+                                   &reply.info4,  &reply.info5,     &reply.info6, &reply.info7};
+  for (std::int32_t* const number : numbers) {
+    std::string label;
+    std::int32_t value = 0;
+    if (number != &reply.info2 && !(in >> label)) break;
+    if (!(in >> value)) break;
+    *number = value;
+  }
+  return reply;
+}
+
 void run(Bytes input) {
   const FreshNetwork fresh;
   const std::string_view text = textOf(input);
-  require(parseAnnounceReply(text) == parseAnnounceReply(text.substr(0, text.find('\0'))), "a reply ends at its first zero");
+  require(parseAnnounceReply(text) == readByStream(text), "a reply is what a stream reads, up to its first zero");
   Input in(input);
   receive(in);
   const std::size_t waiting = network().datagrams.size();

@@ -7,19 +7,22 @@
 #include <string>
 #include <string_view>
 
-#include "device/open_session.h"
+#include "device/ICameraDevice.h"
 #include "protocol/encoding.h"
+#include "support/wire.h"
 
 namespace fringix::test {
+
+// What has crossed the wire and is no number, by the names of its fields.
+using Contents = std::map<std::string, Bytes, std::less<>>;
 
 // A call under way: arguments and expected outputs go by the names of the command's fields.
 class Call {
  public:
-  Call(OpenSession& session, const protocol::Facts& numbers, const std::map<std::string, Bytes, std::less<>>& others)
-      : session_(session), numbers_(numbers), others_(others) {}
+  Call(int handle, const protocol::Facts& numbers, const Contents& others) : handle_(handle), numbers_(numbers), others_(others) {}
 
-  int handle() const { return session_.handle(); }
-  ICameraDevice& device() const { return session_.device(); }
+  int handle() const { return handle_; }
+  ICameraDevice& device() const;
 
   template <class Number = std::int32_t>
   Number number(std::string_view field) const {
@@ -28,7 +31,7 @@ class Call {
   const Bytes& content(std::string_view field) const { return others_.find(field)->second; }
   const std::uint8_t* bytes(std::string_view field) const { return reinterpret_cast<const std::uint8_t*>(content(field).data()); }
 
-  // Places for outputs. What is there in the end has to be what the head has said, plus `more`.
+  // Places for outputs. What is there in the end has to be what the head has said, plus `more`, which wraps.
   std::int32_t* into(std::string_view field, std::int32_t more = 0);
   std::uint8_t* intoBytes(std::string_view field);
   void expectOutputs() const;
@@ -44,9 +47,9 @@ class Call {
     Bytes found;
   };
 
-  OpenSession& session_;
+  const int handle_;
   const protocol::Facts& numbers_;
-  const std::map<std::string, Bytes, std::less<>>& others_;
+  const Contents& others_;
   std::deque<NumberOutput> numberOutputs_;
   std::deque<BytesOutput> bytesOutputs_;
 };

@@ -6,6 +6,8 @@
 
 #include "device/command_table.h"
 #include "device/conversation_calls.h"
+#include "device/encoded_conversation.h"
+#include "device/open_session.h"
 #include "fringix/fringix.h"
 #include "protocol/conversations.h"
 
@@ -24,42 +26,9 @@ using protocol::Type;
 
 const CommandTable& table() { return CommandTable::ofTheProtocol(); }
 
-constexpr const char* versionCommand = "20MSG_SLGetProtocolVersion";
 const std::set<std::string> ofTheHandshake{"40MSG_SLGetMaxImageSize", "45MSG_SLGetProjDimension"};
 
 Facts exampleHead() { return {{"camera.width", 8}, {"camera.height", 4}, {"projector.width", 6}, {"projector.height", 5}}; }
-
-// An exchange as bytes, and its values one by one.
-struct Encoded {
-  Script script;
-  Bytes sent;
-  Facts numbers;
-  std::map<std::string, Bytes, std::less<>> others;
-};
-
-Encoded encode(const Exchange& exchange, Facts& facts) {
-  Encoded encoded{{expect(text(exchange.command))}, text(exchange.command), {}, {}};
-  const Command& command = table().find(exchange.command);
-  for (std::size_t i = 0; i < exchange.values.size(); ++i) {
-    const Field& field = command.fields[i];
-    const Bytes bytes = protocol::encode(field, exchange.values[i], facts);
-    const bool isSent = field.sender == Sender::client;
-    encoded.script.push_back(isSent ? expect(bytes) : reply(bytes));
-    if (isSent) encoded.sent += bytes;
-    if (isNumber(field.type))
-      encoded.numbers[field.name] = facts[field.name];
-    else
-      encoded.others[field.name] = field.type == Type::text ? bytes.substr(6) : bytes;
-  }
-  return encoded;
-}
-
-int resultOf(const Example& example) {
-  if (example.result.empty()) return SLALL_OKAY;
-  if (example.result == "SLSYSTEM_ERROR") return SLSYSTEM_ERROR;
-  if (example.result == "SLBAD_PARAMETER") return SLBAD_PARAMETER;
-  return std::stoi(example.result);
-}
 
 struct Case {
   const Command* command;
@@ -85,55 +54,33 @@ std::vector<Case> playable() {
   return cases;
 }
 
-class ConversationTest : public testing::TestWithParam<Case> {
- protected:
-  // What the library sends by itself before a command, and what it is answered.
-  void addWhatComesBefore(const Exchange& exchange) {
-    if (table().find(exchange.command).since > 0 && !versionAsked_) add(exampleOf(versionCommand));
-    const ConversationCall* const call = findCall(exchange.command);
-    ASSERT_NE(call, nullptr) << exchange.command;
-    if (!call->asksFirst.empty()) add(exampleOf(call->asksFirst));
-  }
+class ConversationTest : public testing::TestWithParam<Case> {};
 
-  // The exchange, of the commands that its conversation needs, that is the command's own.
-  const Exchange& exampleOf(std::string_view command) const {
-    for (const Exchange& exchange : table().find(command).examples.front().exchanges) {
-      if (exchange.command == command) return exchange;
+Script scriptOf(const EncodedConversation& conversation) {
+  Script script;
+  for (const EncodedExchange& exchange : conversation.exchanges) {
+    script.push_back(expect(text(exchange.command->name)));
+    for (const EncodedField& field : exchange.fields) {
+      script.push_back(field.field->sender == Sender::client ? expect(field.bytes) : reply(field.bytes));
     }
-    throw std::runtime_error("no conversation about " + std::string(command));
   }
-
-  Encoded& add(const Exchange& exchange) {
-    versionAsked_ = versionAsked_ || exchange.command == versionCommand;
-    Encoded& encoded = parts_.emplace_back(encode(exchange, facts_));
-    script_ = script_ + encoded.script;
-    sent_ += encoded.sent;
-    return encoded;
-  }
-
-  Facts facts_ = exampleHead();
-  bool versionAsked_ = false;
-  std::deque<Encoded> parts_;
-  Script script_;
-  Bytes sent_;
-};
+  return script;
+}
 
 TEST_P(ConversationTest, IsWhatTheLibrarySaysAndUnderstands) {
   const Example& example = *GetParam().example;
-  std::vector<const Encoded*> called;
-  for (const Exchange& exchange : example.exchanges) {
-    ASSERT_NO_FATAL_FAILURE(addWhatComesBefore(exchange));
-    called.push_back(&add(exchange));
-  }
-  OpenSession session(script_);
-  for (std::size_t i = 0; i < called.size(); ++i) {
-    const std::string& command = example.exchanges[i].command;
-    SCOPED_TRACE(command);
-    Call call(session, called[i]->numbers, called[i]->others);
-    EXPECT_EQ(findCall(command)->run(call), command == GetParam().command->name ? resultOf(example) : SLALL_OKAY);
+  const EncodedConversation conversation = encode(example, exampleHead());
+  OpenSession session(scriptOf(conversation));
+  Bytes sent;
+  for (const EncodedExchange& exchange : conversation.exchanges) {
+    sent += exchange.sent();
+    if (!exchange.called) continue;
+    SCOPED_TRACE(exchange.command->name);
+    Call call(session.handle(), exchange.numbers, exchange.others);
+    EXPECT_EQ(findCall(exchange.command->name)->run(call), exchange.command == GetParam().command ? resultOf(example) : SLALL_OKAY);
     call.expectOutputs();
   }
-  EXPECT_EQ(readable(session.sent()), readable(sent_));
+  EXPECT_EQ(readable(session.sent()), readable(sent));
 }
 
 TEST(ConversationsTest, ASessionBeginsAndEndsWithTheirCommands) {
@@ -141,9 +88,9 @@ TEST(ConversationsTest, ASessionBeginsAndEndsWithTheirCommands) {
   Bytes sent = integer(3300);
   Script script{reply(integer(1)), expect(integer(3300))};
   for (const std::string& command : ofTheHandshake) {
-    const Encoded part = encode(table().find(command).examples.front().exchanges.front(), facts);
-    script = script + part.script;
-    sent += part.sent;
+    const EncodedConversation part{{encode(table().find(command).examples.front().exchanges.front(), facts)}};
+    script = script + scriptOf(part);
+    sent += part.exchanges[0].sent();
   }
   ScriptedHead head(script);
   int handle = -1;
