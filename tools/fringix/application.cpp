@@ -45,6 +45,7 @@ constexpr Subcommand subcommands[] = {
     {"serial", "Pass a command to the head's serial port", defineSerial},
     {"projector", "Pass a command to the projector", defineProjector},
     {"sheet", "Put PNG pictures on one labelled sheet", defineSheet},
+    {"doctor", "Find out why something does not work, and what to do", defineDoctor},
     {"explain", "Tell what a status means, and what to do", defineExplain},
 };
 

@@ -12,11 +12,13 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 namespace fringix::test {
 
@@ -72,7 +74,8 @@ Verdict verdictOf(const std::function<void()>& body) {
 // Carries frames between two interfaces until it is destroyed.
 class Cable {
  public:
-  Cable(int oneEnd, int otherEnd) : ends_{oneEnd, otherEnd}, thread_([this] { carryAll(); }) {}
+  Cable(int hostEnd, int headsEnd, CableFault fault)
+      : ends_{hostEnd, headsEnd}, fault_(std::move(fault)), thread_([this] { carryAll(); }) {}
   ~Cable() {
     cut_ = true;
     thread_.join();
@@ -85,19 +88,23 @@ class Cable {
     while (!cut_) {
       std::array<pollfd, 2> ready{pollfd{ends_[0], POLLIN, 0}, pollfd{ends_[1], POLLIN, 0}};
       if (poll(ready.data(), ready.size(), milliseconds) <= 0) continue;
-      carry(ends_[0], ends_[1]);
-      carry(ends_[1], ends_[0]);
+      carry(ends_[0], ends_[1], false);
+      carry(ends_[1], ends_[0], true);
     }
   }
 
-  static void carry(int from, int to) {
+  void carry(int from, int to, bool toHost) const {
     std::array<char, 2048> frame;
     const ssize_t size = read(from, frame.data(), frame.size());
+    if (size <= 0 || (fault_.loses && fault_.loses({frame.data(), static_cast<std::size_t>(size)}, toHost))) return;
+    if (fault_.bytesPerSecond > 0)
+      std::this_thread::sleep_for(std::chrono::duration<double>(static_cast<double>(size) / fault_.bytesPerSecond));
     // A frame for an interface that is down is lost, as on any cable.
-    if (size > 0) static_cast<void>(write(to, frame.data(), static_cast<std::size_t>(size)) == size);
+    static_cast<void>(write(to, frame.data(), static_cast<std::size_t>(size)) == size);
   }
 
   std::array<int, 2> ends_;
+  const CableFault fault_;
   std::atomic<bool> cut_ = false;
   std::thread thread_;
 };
@@ -114,7 +121,7 @@ Networks::~Networks() {
   close(hostSide_);
 }
 
-void Networks::connect(const std::string& name, const std::string& hostAddress, const std::string& headsAddress) {
+void Networks::connect(const std::string& name, const std::string& hostAddress, const std::string& headsAddress, CableFault fault) {
   const auto interfaceAt = [&](const std::string& address) {
     const int descriptor = openInterface(name);
     require(descriptor >= 0, "the interface " + name);
@@ -123,7 +130,7 @@ void Networks::connect(const std::string& name, const std::string& hostAddress, 
     return descriptor;
   };
   const int hostEnd = interfaceAt(hostAddress);
-  onTheHeadsSide([&] { cables_.push_back(std::make_unique<Cable>(hostEnd, interfaceAt(headsAddress))); });
+  onTheHeadsSide([&] { cables_.push_back(std::make_unique<Cable>(hostEnd, interfaceAt(headsAddress), std::move(fault))); });
 }
 
 void Networks::takeDown(const std::string& name) const {
@@ -141,6 +148,7 @@ void Networks::onTheHeadsSide(const std::function<void()>& action) const {
 }
 
 Verdict inProcessWithNetworks(const std::function<void()>& body) {
+  std::fflush(stdout);  // or the child writes it, too
   const pid_t child = fork();
   if (child == 0) {
     const Verdict verdict = verdictOf(body);

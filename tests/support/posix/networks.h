@@ -4,11 +4,18 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace fringix::test {
 
 class Cable;
+
+// What is wrong with a cable.
+struct CableFault {
+  std::function<bool(std::string_view frame, bool toHost)> loses;  // whether it loses an Ethernet frame; empty: none
+  double bytesPerSecond = 0;                                       // that it carries at most; 0: as many as come
+};
 
 // Made in a process of its own, see inProcessWithNetworks(); that process then stands on the host's side.
 class Networks {
@@ -17,7 +24,7 @@ class Networks {
   ~Networks();
 
   // A network interface `name` on either side, joined with the other; an address such as "10.1.0.1/24", or empty for none.
-  void connect(const std::string& name, const std::string& hostAddress, const std::string& headsAddress);
+  void connect(const std::string& name, const std::string& hostAddress, const std::string& headsAddress, CableFault fault = {});
 
   // From now on frames to the heads' side of the network are lost, and none come from there.
   void takeDown(const std::string& name) const;

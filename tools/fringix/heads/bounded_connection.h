@@ -4,9 +4,18 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace fringix::tool {
+
+// What a connection has carried so far, in segments, as the system counts or estimates them.
+struct Traffic {
+  std::uint64_t sent = 0;
+  std::uint64_t received = 0;
+  std::uint64_t repeated = 0;   // sent again, because nothing confirmed them
+  std::uint64_t overtaken = 0;  // received behind a gap, which lost segments leave
+};
 
 class BoundedConnection {
  public:
@@ -24,6 +33,8 @@ class BoundedConnection {
   Outcome receive(void* buffer, std::size_t& size, Clock::time_point until);
 
   Outcome send(const void* data, std::size_t size, Clock::time_point until);  // all of it
+
+  std::optional<Traffic> traffic() const;  // nothing where the system does not tell
 
   std::string reason() const;  // of the last outcome that was not `done`, in the system's words
 

@@ -1,4 +1,5 @@
 #include <arpa/inet.h>
+#include <linux/tcp.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -80,6 +81,14 @@ BoundedConnection::Outcome BoundedConnection::send(const void* data, std::size_t
     size -= static_cast<std::size_t>(sent);
   }
   return Outcome::done;
+}
+
+// Older systems fill the front of it only; what they do not know stays 0.
+std::optional<Traffic> BoundedConnection::traffic() const {
+  tcp_info info{};
+  socklen_t size = sizeof info;
+  if (getsockopt(static_cast<int>(socket_), IPPROTO_TCP, TCP_INFO, &info, &size) != 0) return {};
+  return Traffic{info.tcpi_data_segs_out, info.tcpi_data_segs_in, info.tcpi_total_retrans, info.tcpi_rcv_ooopack};
 }
 
 std::string BoundedConnection::reason() const { return std::system_category().message(error_); }

@@ -5,7 +5,6 @@
 
 #include <array>
 
-#include "heads/bounded_connection.h"
 #include "heads/networks.h"
 
 namespace fringix::tool {
@@ -51,12 +50,18 @@ std::string inSeconds(std::chrono::milliseconds time) { return fmt::format("{:g}
 
 }  // namespace
 
-Finding probe(const std::string& address, std::chrono::milliseconds limit) {
+Finding greet(BoundedConnection& connection, const std::string& address, std::chrono::milliseconds limit,
+              BoundedConnection::Clock::time_point* connected) {
   const auto until = BoundedConnection::Clock::now() + limit;
-  BoundedConnection connection;
   const Outcome outcome = connection.connect(address, commandPort, until);
   if (outcome != Outcome::done) return {reachAfter(outcome), connection.reason()};
+  if (connected != nullptr) *connected = BoundedConnection::Clock::now();
   return readGreeting(connection, until);
+}
+
+Finding probe(const std::string& address, std::chrono::milliseconds limit) {
+  BoundedConnection connection;
+  return greet(connection, address, limit);
 }
 
 Explanation explain(const Finding& finding, const std::string& address, std::chrono::milliseconds limit) {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "console/explain.h"
+#include "heads/bounded_connection.h"
 
 namespace fringix::tool {
 
@@ -27,6 +28,10 @@ struct Finding {
 
 // Connects to the command port, reads the greeting and closes; all that within `limit`. A head takes it for a client that left.
 Finding probe(const std::string& address, std::chrono::milliseconds limit);
+
+// The same on a connection that is kept, for a session to go on with. `connected`, if not null, is told when the greeting was waited for.
+Finding greet(BoundedConnection& connection, const std::string& address, std::chrono::milliseconds limit,
+              BoundedConnection::Clock::time_point* connected = nullptr);
 
 // What a finding other than Reach::head means to somebody who wanted to connect.
 Explanation explain(const Finding& finding, const std::string& address, std::chrono::milliseconds limit);

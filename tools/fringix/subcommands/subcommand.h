@@ -14,6 +14,7 @@ void defineAccept(arguments::Command& command, Context& context);
 void defineBench(arguments::Command& command, Context& context);
 void defineConform(arguments::Command& command, Context& context);
 void defineData(arguments::Command& command, Context& context);
+void defineDoctor(arguments::Command& command, Context& context);
 void defineExplain(arguments::Command& command, Context& context);
 void defineGet(arguments::Command& command, Context& context);
 void defineGpio(arguments::Command& command, Context& context);
