@@ -299,38 +299,43 @@ TEST(Diagnosis, AListenerThatSharesThePortIsFine) {
   EXPECT_EQ(troubles(facts), "");
 }
 
-TEST(DiagnosisReport, HasLinesOf80CharactersAndPastesWhole) {
+// Three things are wrong, of which one has a line to paste.
+Facts troubled() {
   Facts facts = healthy();
   closeHead(facts, Reach::silent);
   facts.portHolders = {{4242, "nc", "alice", false}};
-  const std::string text = format(checkAll(facts), false);
+  return facts;
+}
+
+TEST(DiagnosisReport, HasLinesOf80CharactersAndPastesWhole) {
+  const std::string text = format(checkAll(troubled()), false);
   std::size_t begin = 0;
   for (std::size_t end; (end = text.find('\n', begin)) != std::string::npos; begin = end + 1) {
     EXPECT_LE(end - begin, 80U) << text.substr(begin, end - begin);
     EXPECT_FALSE(end > begin && text[end - 1] == ' ') << text.substr(begin, end - begin);
   }
-  EXPECT_NE(text.find("\n          kill 4242\n"), std::string::npos) << text;
-  EXPECT_NE(text.find("\nRED     connection 192.168.0.10: "), std::string::npos) << text;
+  EXPECT_NE(text.find("\n            kill 4242\n"), std::string::npos) << text;
+}
+
+TEST(DiagnosisReport, TellsThisMachineAndEachHeadApart) {
+  const std::string text = format(checkAll(troubled()), false);
+  EXPECT_TRUE(text.starts_with("this machine\n  green   interface lo: 127.0.0.1/8, ")) << text;
+  EXPECT_NE(text.find("\n  RED     trigger port: triggers cannot arrive"), std::string::npos) << text;
+  EXPECT_NE(text.find("\n\nhead 192.168.0.10\n  RED     connection: 192.168.0.10:44330 accepts"), std::string::npos) << text;
   EXPECT_TRUE(text.ends_with("\n\n2 red, 0 yellow, 4 green\n")) << text;
 }
 
 // The same words as "fringix explain -11".
 TEST(DiagnosisReport, SaysWhatProgramsGet) {
-  Facts facts = healthy();
-  closeHead(facts, Reach::silent);
-  const std::string text = format(theTrouble(facts), false);
-  const std::string begin = findStatus("-11")->text.substr(0, 30);
+  const std::string text = format(checkAll(troubled()), false);
+  const std::string begin = findStatus("-11")->text.substr(0, 24);
   EXPECT_NE(text.find("Programs get -11 SLHANDSHAKE_TIMEOUT: " + begin), std::string::npos) << text;
 }
 
 TEST(DiagnosisReport, ColoursOnlyTheWordThatIsOne) {
-  EXPECT_TRUE(format(theTrouble([] {
-                       Facts facts = healthy();
-                       answerNobody(facts);
-                       return facts;
-                     }()),
-                     true)
-                  .starts_with("\x1b[33myellow  \x1b[0msearch "));
+  const std::string text = format(checkAll(troubled()), true);
+  EXPECT_NE(text.find("\n  \x1b[1;31mRED     \x1b[0mconnection: "), std::string::npos) << text;
+  EXPECT_NE(text.find("\n  \x1b[32mgreen   \x1b[0msearch: "), std::string::npos) << text;
 }
 
 TEST(DiagnosisReport, TellsChangesFromRoundToRound) {

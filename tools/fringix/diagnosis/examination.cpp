@@ -19,6 +19,7 @@ using namespace std::chrono_literals;
 constexpr std::int32_t clientVersion = 3300;
 constexpr std::size_t mostRoundTrips = 100;
 constexpr auto roundTripsLimit = 5s;
+constexpr std::size_t fewestPictures = 2;  // the first one may take its time
 constexpr std::size_t mostPictures = 5;
 constexpr auto picturesLimit = 2s;                 // no further one is begun then
 constexpr std::size_t largestPicture = 256 << 20;  // bytes; no head has a larger one
@@ -83,7 +84,8 @@ class Examination {
   void fetchPictures() {
     try {
       const auto begun = Clock::now();
-      while (head_.pictures.bytes > 2 && head_.pictures.count < mostPictures && Clock::now() < begun + picturesLimit && fetchPicture()) {
+      const auto mayGoOn = [&] { return head_.pictures.count < fewestPictures || Clock::now() < begun + picturesLimit; };
+      while (head_.pictures.bytes > 2 && head_.pictures.count < mostPictures && mayGoOn() && fetchPicture()) {
       }
     } catch (const Broken& broken) {
       head_.pictures.broken = broken.what();

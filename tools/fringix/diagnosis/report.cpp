@@ -11,7 +11,7 @@ namespace fringix::tool::diagnosis {
 namespace {
 
 constexpr std::size_t width = 80;
-constexpr std::size_t indent = 8;
+constexpr std::size_t indent = 10;
 
 const char* onTerminal(Colour colour) { return colour == Colour::red ? "\x1b[1;31m" : colour == Colour::yellow ? "\x1b[33m" : "\x1b[32m"; }
 
@@ -50,6 +50,23 @@ std::string formatTrouble(const Finding& finding) {
   if (!finding.next.empty()) text += wrapped("Next: " + finding.next);
   if (!finding.paste.empty()) text += fmt::format("{:{}}{}\n", "", indent + 2, finding.paste);
   return text;
+}
+
+std::string format(const Finding& finding, const std::string& title, bool coloured) {
+  const std::string plain = fmt::format("{:<{}}", label(finding.colour), indent - 2);
+  const std::string begin = "  " + (coloured ? onTerminal(finding.colour) + plain + "\x1b[0m" : plain);
+  const std::string text = wrapped(title + ": " + finding.what, begin);
+  return finding.colour == Colour::green ? text : text + formatTrouble(finding);
+}
+
+bool isOfHead(const Finding& finding) { return parseIpv4(finding.subject) != 0; }
+
+std::vector<std::string> headsIn(const Findings& findings) {
+  std::vector<std::string> heads;
+  for (const Finding& finding : findings) {
+    if (isOfHead(finding) && std::find(heads.begin(), heads.end(), finding.subject) == heads.end()) heads.push_back(finding.subject);
+  }
+  return heads;
 }
 
 Json toJson(const Finding& finding) {
@@ -163,16 +180,17 @@ std::size_t count(const Findings& findings, Colour colour) {
 
 std::string titleOf(const Finding& finding) { return finding.area + (finding.subject.empty() ? "" : " ") + finding.subject; }
 
-std::string format(const Finding& finding, bool coloured) {
-  const std::string plain = fmt::format("{:<{}}", label(finding.colour), indent);
-  const std::string begin = coloured ? onTerminal(finding.colour) + plain + "\x1b[0m" : plain;
-  const std::string text = wrapped(titleOf(finding) + ": " + finding.what, begin);
-  return finding.colour == Colour::green ? text : text + formatTrouble(finding);
-}
-
 std::string format(const Findings& findings, bool coloured) {
-  std::string text;
-  for (const Finding& finding : findings) text += format(finding, coloured);
+  std::string text = "this machine\n";
+  for (const Finding& finding : findings) {
+    if (!isOfHead(finding)) text += format(finding, titleOf(finding), coloured);
+  }
+  for (const std::string& head : headsIn(findings)) {
+    text += fmt::format("\nhead {}\n", head);
+    for (const Finding& finding : findings) {
+      if (isOfHead(finding) && finding.subject == head) text += format(finding, finding.area, coloured);
+    }
+  }
   return text + fmt::format("\n{} red, {} yellow, {} green\n", count(findings, Colour::red), count(findings, Colour::yellow),
                             count(findings, Colour::green));
 }

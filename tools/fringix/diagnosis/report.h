@@ -14,9 +14,8 @@ Colour worstOf(const Findings& findings);
 std::size_t count(const Findings& findings, Colour colour);
 std::string titleOf(const Finding& finding);  // "interface eth0"
 
-// With its line end. `coloured`: for a terminal that shows colours.
-std::string format(const Finding& finding, bool coloured);
-std::string format(const Findings& findings, bool coloured);  // all, and how many of each colour
+// All: those of this machine, those of each head, and how many there are of each colour. `coloured`: for a terminal that shows them.
+std::string format(const Findings& findings, bool coloured);
 
 Json toJson(const Facts& facts, const Findings& findings);
 
