@@ -1,7 +1,6 @@
 // Findings from facts, without a network.
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 
 #include "console/statuses.h"
@@ -94,7 +93,7 @@ Interface& eth0(Facts& facts) { return facts.interfaces[1]; }
 
 struct Case {
   const char* name;
-  std::function<void(Facts&)> change;
+  void (*change)(Facts&);
   const char* expected;
   const char* said;   // of what it is, means or asks for, in some place
   const char* paste;  // in it; null: nothing is pasted
@@ -133,6 +132,8 @@ const Case cases[] = {
        f.asked.clear(), f.heads.clear(), answerNobody(f), f.firewalls = {{FirewallKind::nftables, false, {}}};
      },
      "red search", "can be read by root only", "sudo fringix doctor"},
+    {"NobodyWithThatSerialNumber", [](Facts& f) { f.asked.clear(), f.heads.clear(), f.askedSerial = 77; }, "red search",
+     "none with serial number 77", nullptr},
     {"NoNetwork", [](Facts& f) { f.asked.clear(), f.heads.clear(), f.interfaces.resize(1); }, "red search", "no network but itself",
      nullptr},
     {"HeadThatIsOff", [](Facts& f) { answerNobody(f), closeHead(f, Reach::unreachable); }, "red connection 192.168.0.10",
@@ -284,6 +285,13 @@ TEST(Diagnosis, AHeadBehindARouterNeedNotAnswerTheSearch) {
   Facts facts = healthy();
   answerNobody(facts);
   facts.heads[0].address = "10.9.9.9";
+  EXPECT_EQ(troubles(facts), "");
+}
+
+TEST(Diagnosis, ASerialNumberThatAnswersIsFine) {
+  Facts facts = healthy();
+  facts.asked.clear();
+  facts.askedSerial = 1001;
   EXPECT_EQ(troubles(facts), "");
 }
 

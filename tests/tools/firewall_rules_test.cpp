@@ -1,7 +1,6 @@
 // What rules of firewalls, as their own tools print them, do with the datagrams of heads.
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 
 #include "diagnosis/checks.h"
@@ -23,6 +22,7 @@ std::string inputChain(const std::string& policy, const std::string& rules) {
 }
 
 struct Rules {
+  FirewallKind kind;
   const char* name;
   std::string text;
   const char* fate;
@@ -30,126 +30,142 @@ struct Rules {
 
 std::ostream& operator<<(std::ostream& out, const Rules& rules) { return out << rules.name << "\n" << rules.text; }
 
-class Nftables : public testing::TestWithParam<Rules> {};
-
-TEST_P(Nftables, DoWithATrigger) { EXPECT_STREQ(inWords(judgeByNftables(GetParam().text, trigger).fate), GetParam().fate); }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rulesets, Nftables,
-    testing::Values(
-        Rules{"None", "", "accepted"}, Rules{"AcceptingPolicy", inputChain("accept", ""), "accepted"},
-        Rules{"DroppingPolicy", inputChain("drop", ""), "dropped"},
-        Rules{"ByPort", inputChain("drop", "\t\tudp dport 44331 accept\n"), "accepted"},
-        Rules{"ByPortsInASet", inputChain("drop", "\t\tudp dport { 53, 44330-44332 } counter packets 3 bytes 90 accept # handle 4\n"),
-              "accepted"},
-        Rules{"AnotherPort", inputChain("drop", "\t\tudp dport { 53, 123 } accept\n"), "dropped"},
-        Rules{"OfTcpOnly", inputChain("drop", "\t\ttcp dport 44331 accept\n\t\tip6 saddr fe80::/10 accept\n"), "dropped"},
-        Rules{"ByNetwork", inputChain("drop", "\t\tip saddr 192.168.0.0/24 meta l4proto udp accept\n"), "accepted"},
-        Rules{"ByAnotherNetwork", inputChain("drop", "\t\tip saddr { 10.0.0.0/8, 192.168.1.0/24 } accept\n"), "dropped"},
-        Rules{"ByInterface", inputChain("drop", "\t\tiifname \"eth*\" accept\n"), "accepted"},
-        Rules{"ByNoInterface", inputChain("drop", "\t\tiif \"lo\" accept\n\t\tiifname != \"eth0\" accept\n"), "dropped"},
-        Rules{"OnlyWhatWasAskedFor",
-              inputChain("drop", "\t\tct state established,related accept\n\t\tct state vmap { invalid : drop, established : accept }\n"),
-              "dropped"},
-        Rules{"WhatIsNew", inputChain("drop", "\t\tct state { new, established } accept\n"), "accepted"},
-        Rules{"WhatIsNewByAMap", inputChain("accept", "\t\tct state vmap { established : accept, new : drop }\n"), "dropped"},
-        Rules{"AJump", inputChain("drop", "\t\tjump heads\n"), "accepted"},
-        Rules{"AJumpThatComesBack", inputChain("drop", "\t\tip saddr 10.0.0.1 jump heads\n"), "dropped"},
-        Rules{"ARejection", inputChain("accept", "\t\tudp dport 44331 log prefix \"no heads\" reject with icmp port-unreachable\n"),
-              "dropped"},
-        Rules{"AnEarlierVerdict", inputChain("accept", "\t\tudp dport 44331 accept comment \"heads\"\n\t\tudp dport 44331 drop\n"),
-              "accepted"},
-        Rules{"WhatIsNotUnderstood", inputChain("drop", "\t\tip saddr @friends accept\n"), "unknown"},
-        Rules{"SomethingStrange", inputChain("accept", "\t\tmeta mark 0x1 drop\n"), "unknown"},
-        Rules{"OfTheOtherFamily", "table ip6 x {\n\tchain input {\n\t\ttype filter hook input priority filter; policy drop;\n\t}\n}\n",
-              "accepted"},
-        Rules{"OfASecondTable",
-              inputChain("accept", "") + "table ip raw {\n\tchain early {\n\t\ttype filter hook prerouting priority raw; policy "
-                                         "accept;\n\t\tudp dport 44331 drop\n\t}\n}\n",
-              "dropped"}),
-    [](const auto& test) { return std::string(test.param.name); });
-
-class Iptables : public testing::TestWithParam<Rules> {};
-
-TEST_P(Iptables, DoWithATrigger) {
-  const std::string rules =
-      "*filter\n:INPUT DROP [0:0]\n:FORWARD ACCEPT [0:0]\n:heads - [0:0]\n-A heads -p udp -m udp --dport 44331 -j ACCEPT\n" +
-      GetParam().text + "COMMIT\n";
-  EXPECT_STREQ(inWords(judgeByIptables(rules, trigger).fate), GetParam().fate);
+// What stands before and behind them in all cases.
+std::string whole(const Rules& rules) {
+  switch (rules.kind) {
+    case FirewallKind::iptables:
+      return "*filter\n:INPUT DROP [0:0]\n:FORWARD ACCEPT [0:0]\n:heads - [0:0]\n-A heads -p udp -m udp --dport 44331 -j ACCEPT\n" +
+             rules.text + "COMMIT\n";
+    case FirewallKind::ufw:
+      return "Status: active\nLogging: on (low)\nDefault: deny (incoming), allow (outgoing), disabled (routed)\nNew profiles: skip\n\n"
+             "To                         Action      From\n--                         ------      ----\n" +
+             rules.text;
+    case FirewallKind::firewalld:
+      return "public\nblock\n  target: %%REJECT%%\n  interfaces: \n  sources: \n  ports: \n\n"
+             "public (active)\n  target: default\n  icmp-block-inversion: no\n" +
+             rules.text + "\ntrusted\n  target: ACCEPT\n  interfaces: eth7\n  sources: 10.0.0.0/8\n  ports: \n";
+    case FirewallKind::windows:
+      return "program C:\\Tools\\fringix.exe\nprofile Private on block\n" + rules.text;
+    default:
+      return rules.text;
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rulesets, Iptables,
-    testing::Values(Rules{"Policy", "", "dropped"},
-                    Rules{"ByPort", "-A INPUT -p udp -m udp --dport 44331 -m comment --comment \"for -j DROP\" -j ACCEPT\n", "accepted"},
-                    Rules{"ByPorts", "-A INPUT -p udp -m multiport --dports 53,44330:44332 -j ACCEPT\n", "accepted"},
-                    Rules{"ByNetwork", "-A INPUT -s 192.168.0.0/24 -i eth+ -j ACCEPT\n", "accepted"},
-                    Rules{"ByAnother", "-A INPUT ! -s 192.168.0.0/24 -j ACCEPT\n", "dropped"},
-                    Rules{"OfTcp", "-A INPUT -p tcp -m tcp --dport 44331 -j ACCEPT\n-A INPUT -i lo -j ACCEPT\n", "dropped"},
-                    Rules{"OnlyWhatWasAskedFor", "-A INPUT -m conntrack --ctstate RELATED,ESTABLISHED -j ACCEPT\n", "dropped"},
-                    Rules{"AJump", "-A INPUT -j LOG --log-prefix \"x \"\n-A INPUT -j heads\n", "accepted"},
-                    Rules{"ToNowhere", "-A INPUT -j nobody\n", "unknown"},
-                    Rules{"NotUnderstood", "-A INPUT -m mark --mark 0x1 -j ACCEPT\n", "unknown"},
-                    Rules{"Cut", "-A INPUT -p\n-A INPUT !\n-A INPUT\n-A\n", "dropped"}),
-    [](const auto& test) { return std::string(test.param.name); });
+class FirewallRules : public testing::TestWithParam<Rules> {};
 
-class Ufw : public testing::TestWithParam<Rules> {};
-
-TEST_P(Ufw, DoesWithATrigger) {
-  const std::string status =
-      "Status: active\nLogging: on (low)\nDefault: deny (incoming), allow (outgoing), disabled (routed)\nNew profiles: skip\n\n"
-      "To                         Action      From\n--                         ------      ----\n" +
-      GetParam().text;
-  EXPECT_STREQ(inWords(judgeByUfw(status, trigger).fate), GetParam().fate);
+TEST_P(FirewallRules, DoWithATrigger) {
+  EXPECT_STREQ(inWords(judge({GetParam().kind, true, whole(GetParam())}, trigger).fate), GetParam().fate);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Statuses, Ufw,
-    testing::Values(
-        Rules{"NoRules", "", "dropped"}, Rules{"ByPort", "44331/udp                  ALLOW IN    Anywhere\n", "accepted"},
-        Rules{"ByPortOfBoth", "44331                      ALLOW IN    Anywhere\n", "accepted"},
-        Rules{"OfTcp", "44331/tcp                  ALLOW IN    Anywhere\nOpenSSH                    ALLOW IN    Anywhere\n", "dropped"},
-        Rules{"OfTheOtherFamily", "44331/udp (v6)             ALLOW IN    Anywhere (v6)\n", "dropped"},
-        Rules{"ByNetwork", "Anywhere/udp               ALLOW IN    192.168.0.0/24/udp\n", "accepted"},
-        Rules{"ByAnotherNetwork", "Anywhere                   ALLOW IN    10.0.0.0/8\n", "dropped"},
-        Rules{"ByInterface", "Anywhere on eth0           ALLOW IN    Anywhere\n", "accepted"},
-        Rules{"ByAnotherInterface", "44331/udp on wlan0         ALLOW IN    Anywhere\n", "dropped"},
-        Rules{"TheFirstDecides", "44330:44332/udp            DENY IN     192.168.0.10\n44331/udp                  ALLOW IN    Anywhere\n",
-              "dropped"},
-        Rules{"OutOnly", "44331/udp                  ALLOW OUT   Anywhere\n", "dropped"}),
-    [](const auto& test) { return std::string(test.param.name); });
+constexpr const char* openRule =
+    "  interfaces: eth0\n  sources: \n  services: ssh\n  ports: \n  rich rules: \n\trule family=\"ipv4\" source address=\"";
+
+const Rules allRules[] = {
+    {FirewallKind::nftables, "NftablesNone", "", "accepted"},
+    {FirewallKind::nftables, "NftablesAcceptingPolicy", inputChain("accept", ""), "accepted"},
+    {FirewallKind::nftables, "NftablesDroppingPolicy", inputChain("drop", ""), "dropped"},
+    {FirewallKind::nftables, "NftablesByPort", inputChain("drop", "\t\tudp dport 44331 accept\n"), "accepted"},
+    {FirewallKind::nftables, "NftablesByPortsInASet",
+     inputChain("drop", "\t\tudp dport { 53, 44330-44332 } counter packets 3 bytes 90 accept # handle 4\n"), "accepted"},
+    {FirewallKind::nftables, "NftablesAnotherPort", inputChain("drop", "\t\tudp dport { 53, 123 } accept\n"), "dropped"},
+    {FirewallKind::nftables, "NftablesOfTcpOnly", inputChain("drop", "\t\ttcp dport 44331 accept\n\t\tip6 saddr fe80::/10 accept\n"),
+     "dropped"},
+    {FirewallKind::nftables, "NftablesByNetwork", inputChain("drop", "\t\tip saddr 192.168.0.0/24 meta l4proto udp accept\n"), "accepted"},
+    {FirewallKind::nftables, "NftablesByAnotherNetwork", inputChain("drop", "\t\tip saddr { 10.0.0.0/8, 192.168.1.0/24 } accept\n"),
+     "dropped"},
+    {FirewallKind::nftables, "NftablesByInterface", inputChain("drop", "\t\tiifname \"eth*\" accept\n"), "accepted"},
+    {FirewallKind::nftables, "NftablesByNoInterface", inputChain("drop", "\t\tiif \"lo\" accept\n\t\tiifname != \"eth0\" accept\n"),
+     "dropped"},
+    {FirewallKind::nftables, "NftablesOnlyWhatWasAskedFor",
+     inputChain("drop", "\t\tct state established,related accept\n\t\tct state vmap { invalid : drop, established : accept }\n"),
+     "dropped"},
+    {FirewallKind::nftables, "NftablesWhatIsNew", inputChain("drop", "\t\tct state { new, established } accept\n"), "accepted"},
+    {FirewallKind::nftables, "NftablesWhatIsNewByAMap", inputChain("accept", "\t\tct state vmap { established : accept, new : drop }\n"),
+     "dropped"},
+    {FirewallKind::nftables, "NftablesAJump", inputChain("drop", "\t\tjump heads\n"), "accepted"},
+    {FirewallKind::nftables, "NftablesAJumpThatComesBack", inputChain("drop", "\t\tip saddr 10.0.0.1 jump heads\n"), "dropped"},
+    {FirewallKind::nftables, "NftablesARejection",
+     inputChain("accept", "\t\tudp dport 44331 log prefix \"no heads\" reject with icmp port-unreachable\n"), "dropped"},
+    {FirewallKind::nftables, "NftablesAnEarlierVerdict",
+     inputChain("accept", "\t\tudp dport 44331 accept comment \"heads\"\n\t\tudp dport 44331 drop\n"), "accepted"},
+    {FirewallKind::nftables, "NftablesWhatIsNotUnderstood", inputChain("drop", "\t\tip saddr @friends accept\n"), "unknown"},
+    {FirewallKind::nftables, "NftablesSomethingStrange", inputChain("accept", "\t\tmeta mark 0x1 drop\n"), "unknown"},
+    {FirewallKind::nftables, "NftablesOfTheOtherFamily",
+     "table ip6 x {\n\tchain input {\n\t\ttype filter hook input priority filter; policy drop;\n\t}\n}\n", "accepted"},
+    {FirewallKind::nftables, "NftablesOfASecondTable",
+     inputChain("accept", "") + "table ip raw {\n\tchain early {\n\t\ttype filter hook prerouting priority raw; policy "
+                                "accept;\n\t\tudp dport 44331 drop\n\t}\n}\n",
+     "dropped"},
+    {FirewallKind::iptables, "IptablesPolicy", "", "dropped"},
+    {FirewallKind::iptables, "IptablesByPort", "-A INPUT -p udp -m udp --dport 44331 -m comment --comment \"for -j DROP\" -j ACCEPT\n",
+     "accepted"},
+    {FirewallKind::iptables, "IptablesByPorts", "-A INPUT -p udp -m multiport --dports 53,44330:44332 -j ACCEPT\n", "accepted"},
+    {FirewallKind::iptables, "IptablesByNetwork", "-A INPUT -s 192.168.0.0/24 -i eth+ -j ACCEPT\n", "accepted"},
+    {FirewallKind::iptables, "IptablesByAnother", "-A INPUT ! -s 192.168.0.0/24 -j ACCEPT\n", "dropped"},
+    {FirewallKind::iptables, "IptablesOfTcp", "-A INPUT -p tcp -m tcp --dport 44331 -j ACCEPT\n-A INPUT -i lo -j ACCEPT\n", "dropped"},
+    {FirewallKind::iptables, "IptablesOnlyWhatWasAskedFor", "-A INPUT -m conntrack --ctstate RELATED,ESTABLISHED -j ACCEPT\n", "dropped"},
+    {FirewallKind::iptables, "IptablesAJump", "-A INPUT -j LOG --log-prefix \"x \"\n-A INPUT -j heads\n", "accepted"},
+    {FirewallKind::iptables, "IptablesToNowhere", "-A INPUT -j nobody\n", "unknown"},
+    {FirewallKind::iptables, "IptablesNotUnderstood", "-A INPUT -m mark --mark 0x1 -j ACCEPT\n", "unknown"},
+    {FirewallKind::iptables, "IptablesCut", "-A INPUT -p\n-A INPUT !\n-A INPUT\n-A\n", "dropped"},
+    {FirewallKind::ufw, "UfwNoRules", "", "dropped"},
+    {FirewallKind::ufw, "UfwByPort", "44331/udp                  ALLOW IN    Anywhere\n", "accepted"},
+    {FirewallKind::ufw, "UfwByPortOfBoth", "44331                      ALLOW IN    Anywhere\n", "accepted"},
+    {FirewallKind::ufw, "UfwOfTcp", "44331/tcp                  ALLOW IN    Anywhere\nOpenSSH                    ALLOW IN    Anywhere\n",
+     "dropped"},
+    {FirewallKind::ufw, "UfwOfTheOtherFamily", "44331/udp (v6)             ALLOW IN    Anywhere (v6)\n", "dropped"},
+    {FirewallKind::ufw, "UfwByNetwork", "Anywhere/udp               ALLOW IN    192.168.0.0/24/udp\n", "accepted"},
+    {FirewallKind::ufw, "UfwByAnotherNetwork", "Anywhere                   ALLOW IN    10.0.0.0/8\n", "dropped"},
+    {FirewallKind::ufw, "UfwByInterface", "Anywhere on eth0           ALLOW IN    Anywhere\n", "accepted"},
+    {FirewallKind::ufw, "UfwByAnotherInterface", "44331/udp on wlan0         ALLOW IN    Anywhere\n", "dropped"},
+    {FirewallKind::ufw, "UfwTheFirstDecides",
+     "44330:44332/udp            DENY IN     192.168.0.10\n44331/udp                  ALLOW IN    Anywhere\n", "dropped"},
+    {FirewallKind::ufw, "UfwOutOnly", "44331/udp                  ALLOW OUT   Anywhere\n", "dropped"},
+    {FirewallKind::firewalld, "FirewalldWithoutPorts", "  interfaces: eth0\n  sources: \n  services: ssh\n  ports: \n", "dropped"},
+    {FirewallKind::firewalld, "FirewalldWithThePort", "  interfaces: eth0\n  sources: \n  ports: 8080/tcp 44331/udp\n", "accepted"},
+    {FirewallKind::firewalld, "FirewalldWithThePortOfTcp", "  interfaces: eth0\n  sources: \n  ports: 44331/tcp\n", "dropped"},
+    {FirewallKind::firewalld, "FirewalldByDefault", "  interfaces: eth1\n  sources: \n  ports: 44330-44332/udp\n", "accepted"},
+    {FirewallKind::firewalld, "FirewalldARichRule", openRule + std::string("192.168.0.0/24\" protocol value=\"udp\" accept\n"), "accepted"},
+    {FirewallKind::firewalld, "FirewalldARichRuleForAnother", openRule + std::string("10.0.0.0/24\" protocol value=\"udp\" accept\n"),
+     "dropped"},
+    {FirewallKind::firewalld, "FirewalldARichRuleForAPort",
+     openRule + std::string("192.168.0.0/16\" port port=\"44331\" protocol=\"udp\" accept\n"), "accepted"},
+    {FirewallKind::firewalld, "FirewalldARichRuleThatDrops", openRule + std::string("192.168.0.0/16\" drop\n"), "dropped"},
+    {FirewallKind::windows, "WindowsNoRules", "", "dropped"},
+    {FirewallKind::windows, "WindowsByPort", "v2.31|Action=Allow|Active=TRUE|Dir=In|Protocol=17|LPort=44331|Name=heads|\n", "accepted"},
+    {FirewallKind::windows, "WindowsByPortOfTcp", "v2.31|Action=Allow|Active=TRUE|Dir=In|Protocol=6|LPort=44331|Name=x|\n", "dropped"},
+    {FirewallKind::windows, "WindowsSwitchedOff", "v2.31|Action=Allow|Active=FALSE|Dir=In|Protocol=17|LPort=44331|Name=x|\n", "dropped"},
+    {FirewallKind::windows, "WindowsOutward", "v2.31|Action=Allow|Active=TRUE|Dir=Out|Protocol=17|LPort=44331|Name=x|\n", "dropped"},
+    {FirewallKind::windows, "WindowsOfThisProgram",
+     "v2.31|Action=Allow|Active=TRUE|Dir=In|Protocol=17|Profile=Private|App=c:\\tools\\FRINGIX.exe|Name=x|\n", "accepted"},
+    {FirewallKind::windows, "WindowsOfAnotherProgram",
+     "v2.31|Action=Allow|Active=TRUE|Dir=In|Protocol=17|App=C:\\Tools\\other.exe|Name=x|\n", "dropped"},
+    {FirewallKind::windows, "WindowsOfAnotherProfile",
+     "v2.31|Action=Allow|Active=TRUE|Dir=In|Profile=Public|LPort=44331|Protocol=17|Name=x|\n", "dropped"},
+    {FirewallKind::windows, "WindowsOfSeveralProfiles",
+     "v2.31|Action=Allow|Active=TRUE|Dir=In|Profile=Domain|Profile=Private|LPort=44331|Protocol=17|Name=x|\n", "accepted"},
+    {FirewallKind::windows, "WindowsOfAnotherNetwork", "v2.31|Action=Allow|Active=TRUE|Dir=In|Protocol=17|RA4=10.0.0.0/255.0.0.0|Name=x|\n",
+     "dropped"},
+    {FirewallKind::windows, "WindowsOfTheNetwork",
+     "v2.31|Action=Allow|Active=TRUE|Dir=In|Protocol=17|RA4=10.0.0.0/255.0.0.0|RA4=192.168.0.0/255.255.255.0|Name=x|\n", "accepted"},
+    {FirewallKind::windows, "WindowsOfAService", "v2.31|Action=Allow|Active=TRUE|Dir=In|Protocol=17|App=System|Svc=dhcp|Name=x|\n",
+     "dropped"},
+    {FirewallKind::windows, "WindowsBlockedBesides",
+     "v2.31|Action=Allow|Active=TRUE|Dir=In|Protocol=17|Name=x|\nv2.31|Action=Block|Active=TRUE|Dir=In|LPort=44331|Protocol=17|"
+     "Name=y|\n",
+     "dropped"},
+    {FirewallKind::windows, "WindowsOffInTheOtherProfile", "profile Public off block\nv2.31|Action=Allow|Active=TRUE|Dir=In|Name=x|\n",
+     "accepted"},
+    {FirewallKind::windows, "WindowsOnInTheOtherProfile",
+     "profile Public on block\nv2.31|Action=Allow|Active=TRUE|Dir=In|Profile=Private|Name=x|\n", "dropped"}};
+
+INSTANTIATE_TEST_SUITE_P(Of, FirewallRules, testing::ValuesIn(allRules), [](const auto& test) { return std::string(test.param.name); });
 
 TEST(UfwItself, MayBeOffOrLetEverythingIn) {
   EXPECT_EQ(judgeByUfw("Status: inactive\n", trigger).fate, Fate::accepted);
   EXPECT_EQ(judgeByUfw("Status: active\nDefault: allow (incoming), allow (outgoing)\n", trigger).fate, Fate::accepted);
   EXPECT_EQ(judgeByUfw("Status: active\nDefault: deny (incoming)\n", {"lo", 0x7F000002, 44331}).fate, Fate::accepted);
 }
-
-class Firewalld : public testing::TestWithParam<Rules> {};
-
-TEST_P(Firewalld, DoesWithATrigger) {
-  const std::string zones =
-      "public\nblock\n  target: %%REJECT%%\n  interfaces: \n  sources: \n  ports: \n\npublic (active)\n  target: default\n  "
-      "icmp-block-inversion: no\n" +
-      GetParam().text + "\ntrusted\n  target: ACCEPT\n  interfaces: eth7\n  sources: 10.0.0.0/8\n  ports: \n";
-  EXPECT_STREQ(inWords(judgeByFirewalld(zones, trigger).fate), GetParam().fate);
-}
-
-constexpr const char* openRule =
-    "  interfaces: eth0\n  sources: \n  services: ssh\n  ports: \n  rich rules: \n\trule family=\"ipv4\" source address=\"";
-
-INSTANTIATE_TEST_SUITE_P(
-    Zones, Firewalld,
-    testing::Values(Rules{"WithoutPorts", "  interfaces: eth0\n  sources: \n  services: ssh\n  ports: \n", "dropped"},
-                    Rules{"WithThePort", "  interfaces: eth0\n  sources: \n  ports: 8080/tcp 44331/udp\n", "accepted"},
-                    Rules{"WithThePortOfTcp", "  interfaces: eth0\n  sources: \n  ports: 44331/tcp\n", "dropped"},
-                    Rules{"ByDefault", "  interfaces: eth1\n  sources: \n  ports: 44330-44332/udp\n", "accepted"},
-                    Rules{"ARichRule", openRule + std::string("192.168.0.0/24\" protocol value=\"udp\" accept\n"), "accepted"},
-                    Rules{"ARichRuleForAnother", openRule + std::string("10.0.0.0/24\" protocol value=\"udp\" accept\n"), "dropped"},
-                    Rules{"ARichRuleForAPort", openRule + std::string("192.168.0.0/16\" port port=\"44331\" protocol=\"udp\" accept\n"),
-                          "accepted"},
-                    Rules{"ARichRuleThatDrops", openRule + std::string("192.168.0.0/16\" drop\n"), "dropped"}),
-    [](const auto& test) { return std::string(test.param.name); });
 
 TEST(FirewalldItself, TakesASourceBeforeAnInterface) {
   const std::string zones =
@@ -158,41 +174,6 @@ TEST(FirewalldItself, TakesASourceBeforeAnInterface) {
   EXPECT_EQ(judgeByFirewalld(zones, trigger).fate, Fate::accepted);
   EXPECT_EQ(judgeByFirewalld("", trigger).fate, Fate::unknown);
 }
-
-class WindowsFirewall : public testing::TestWithParam<Rules> {};
-
-TEST_P(WindowsFirewall, DoesWithATrigger) {
-  EXPECT_STREQ(inWords(judgeByWindows("program C:\\Tools\\fringix.exe\nprofile Private on block\n" + GetParam().text, trigger).fate),
-               GetParam().fate);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Registry, WindowsFirewall,
-    testing::Values(
-        Rules{"NoRules", "", "dropped"},
-        Rules{"ByPort", "v2.31|Action=Allow|Active=TRUE|Dir=In|Protocol=17|LPort=44331|Name=heads|\n", "accepted"},
-        Rules{"ByPortOfTcp", "v2.31|Action=Allow|Active=TRUE|Dir=In|Protocol=6|LPort=44331|Name=x|\n", "dropped"},
-        Rules{"SwitchedOff", "v2.31|Action=Allow|Active=FALSE|Dir=In|Protocol=17|LPort=44331|Name=x|\n", "dropped"},
-        Rules{"Outward", "v2.31|Action=Allow|Active=TRUE|Dir=Out|Protocol=17|LPort=44331|Name=x|\n", "dropped"},
-        Rules{"OfThisProgram", "v2.31|Action=Allow|Active=TRUE|Dir=In|Protocol=17|Profile=Private|App=c:\\tools\\FRINGIX.exe|Name=x|\n",
-              "accepted"},
-        Rules{"OfAnotherProgram", "v2.31|Action=Allow|Active=TRUE|Dir=In|Protocol=17|App=C:\\Tools\\other.exe|Name=x|\n", "dropped"},
-        Rules{"OfAnotherProfile", "v2.31|Action=Allow|Active=TRUE|Dir=In|Profile=Public|LPort=44331|Protocol=17|Name=x|\n", "dropped"},
-        Rules{"OfSeveralProfiles", "v2.31|Action=Allow|Active=TRUE|Dir=In|Profile=Domain|Profile=Private|LPort=44331|Protocol=17|Name=x|\n",
-              "accepted"},
-        Rules{"OfAnotherNetwork", "v2.31|Action=Allow|Active=TRUE|Dir=In|Protocol=17|RA4=10.0.0.0/255.0.0.0|Name=x|\n", "dropped"},
-        Rules{"OfTheNetwork",
-              "v2.31|Action=Allow|Active=TRUE|Dir=In|Protocol=17|RA4=10.0.0.0/255.0.0.0|RA4=192.168.0.0/255.255.255.0|Name=x|\n",
-              "accepted"},
-        Rules{"OfAService", "v2.31|Action=Allow|Active=TRUE|Dir=In|Protocol=17|App=System|Svc=dhcp|Name=x|\n", "dropped"},
-        Rules{"BlockedBesides",
-              "v2.31|Action=Allow|Active=TRUE|Dir=In|Protocol=17|Name=x|\nv2.31|Action=Block|Active=TRUE|Dir=In|LPort=44331|Protocol=17|"
-              "Name=y|\n",
-              "dropped"},
-        Rules{"OffInTheOtherProfile", "profile Public off block\nv2.31|Action=Allow|Active=TRUE|Dir=In|Name=x|\n", "accepted"},
-        Rules{"OnInTheOtherProfile", "profile Public on block\nv2.31|Action=Allow|Active=TRUE|Dir=In|Profile=Private|Name=x|\n",
-              "dropped"}),
-    [](const auto& test) { return std::string(test.param.name); });
 
 // A machine beside a head, with a firewall.
 Facts behind(Firewall wall) {

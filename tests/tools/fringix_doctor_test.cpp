@@ -56,6 +56,7 @@ TEST_F(FringixDoctorInRealTime, WithoutAnAddressLooksAtWhoAnswers) {
   const Outcome outcome = doctor("");
   EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
   EXPECT_EQ(Json(outcome.output).at("/heads/0/serial").number(), 4711);
+  EXPECT_EQ(troubles(doctor("--serial 4712")), "red search");
   EXPECT_EQ(Json(doctor("--serial 4711").output).at("/heads/0/address").text(), "127.0.0.1");
 }
 

@@ -1,6 +1,5 @@
 // Whether heads can be reached, and how a session with them begins.
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
 
@@ -65,13 +64,13 @@ Finding notReached(const Facts& facts, const Head& head) {
 }
 
 std::string stepsText(const Head& head) {
-  std::vector<std::string> texts;
+  std::string texts;
   double sum = 0;
   for (const Step& step : head.steps) {
-    texts.push_back(fmt::format("{} {}", step.name, inMilliseconds(step.milliseconds)));
+    texts += fmt::format("{}{} {}", texts.empty() ? "" : ", ", step.name, inMilliseconds(step.milliseconds));
     sum += step.milliseconds;
   }
-  return fmt::format("{} in all: {}", inMilliseconds(sum), fmt::join(texts, ", "));
+  return fmt::format("{} in all: {}", inMilliseconds(sum), texts);
 }
 
 Finding brokenHandshake(const Head& head) {
@@ -100,18 +99,15 @@ Finding checkHandshake(const Head& head) {
   return finding;
 }
 
-// "SLSetMask (3200)", for what the head is too old for.
-std::vector<std::string> missingFunctions(std::int32_t version) {
-  std::vector<std::string> missing;
-  for (const protocol::Command& command : protocol::CommandTable::ofTheProtocol().commands()) {
-    if (command.since > version && command.function != "-") missing.push_back(fmt::format("{} ({})", command.function, command.since));
-  }
-  return missing;
-}
-
 Finding checkVersion(const Head& head) {
-  const std::vector<std::string> missing = missingFunctions(head.protocolVersion);
-  if (missing.empty())
+  std::string missing;  // "SLSetMask (3200)"
+  std::size_t count = 0;
+  for (const protocol::Command& command : protocol::CommandTable::ofTheProtocol().commands()) {
+    if (command.since <= head.protocolVersion || command.function == "-") continue;
+    missing += fmt::format("{}{} ({})", missing.empty() ? "" : ", ", command.function, command.since);
+    ++count;
+  }
+  if (count == 0)
     return {"version",
             head.address,
             Colour::green,
@@ -122,7 +118,7 @@ Finding checkVersion(const Head& head) {
   return {"version",
           head.address,
           Colour::yellow,
-          fmt::format("protocol {}, too old for {} of the functions: {}", head.protocolVersion, missing.size(), fmt::join(missing, ", ")),
+          fmt::format("protocol {}, too old for {} of the functions: {}", head.protocolVersion, count, missing),
           "These functions give SLVERSION_TOO_OLD; all others work.",
           "Do without them, or update the head's system.",
           {},

@@ -1,9 +1,7 @@
 // The interfaces of this machine, their networks, and who answers in them.
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
-#include <set>
 
 #include "diagnosis/checks.h"
 
@@ -17,10 +15,12 @@ std::string speedText(std::int64_t megabits) {
   return megabits % 1000 == 0 ? fmt::format("{} Gbit/s", megabits / 1000) : fmt::format("{} Mbit/s", megabits);
 }
 
-std::vector<std::string> answering(const Interface& place) {
-  std::set<std::string> heads;
-  for (const Answer& answer : place.answers) heads.insert(fmt::format("{} at {}", answer.serial, answer.address));
-  return {heads.begin(), heads.end()};
+std::string answering(const Interface& place) {
+  if (place.answers.empty()) return "no head answers";
+  std::string text = place.answers.size() == 1 ? "1 head answers: " : fmt::format("{} heads answer: ", place.answers.size());
+  for (const Answer& answer : place.answers)
+    text += fmt::format("{}{} at {}", &answer == &place.answers.front() ? "" : ", ", answer.serial, answer.address);
+  return text;
 }
 
 std::string describe(const Interface& place) {
@@ -28,10 +28,7 @@ std::string describe(const Interface& place) {
   if (place.network.mask != 0) text += fmt::format(", asks {}", formatIpv4(place.network.broadcast()));
   if (place.megabits > 0 && place.hasCable) text += ", " + speedText(place.megabits);
   if (place.mtu > 0) text += fmt::format(", MTU {}", place.mtu);
-  const std::vector<std::string> heads = answering(place);
-  if (heads.empty()) return text + "; no head answers";
-  return text + fmt::format("; {}: {}", heads.size() == 1 ? "1 head answers" : fmt::format("{} heads answer", heads.size()),
-                            fmt::join(heads, ", "));
+  return text + "; " + answering(place);
 }
 
 std::string lookAtLink(const Facts& facts, const Interface& place) {
@@ -125,12 +122,27 @@ Findings sharedNetworks(const Facts& facts) {
   return findings;
 }
 
-std::size_t countHeads(const Facts& facts) {
-  std::set<std::pair<std::string, std::int32_t>> heads;
+// A head that is reached over two networks is one.
+std::vector<const Answer*> differentHeads(const Facts& facts) {
+  std::vector<const Answer*> heads;
   for (const Interface& place : facts.interfaces) {
-    for (const Answer& answer : place.answers) heads.insert({answer.address, answer.serial});
+    for (const Answer& answer : place.answers) {
+      const bool known = std::any_of(heads.begin(), heads.end(),
+                                     [&](const Answer* head) { return head->address == answer.address && head->serial == answer.serial; });
+      if (!known) heads.push_back(&answer);
+    }
   }
-  return heads.size();
+  return heads;
+}
+
+Finding noSuchSerial(const Facts& facts) {
+  return {"search",
+          {},
+          Colour::red,
+          fmt::format("other heads answer, but none with serial number {}", *facts.askedSerial),
+          "That head is off, not connected or in another network, or it was exchanged.",
+          "Check the number on the head; if you know its address, ask for that: fringix doctor ADDRESS",
+          {}};
 }
 
 Finding nobodyAnswers(const Facts& facts) {
@@ -188,12 +200,13 @@ Findings checkInterfaces(const Facts& facts) {
 
 Findings checkNetworks(const Facts& facts) {
   Findings findings = sharedNetworks(facts);
-  std::set<std::string> told;
+  std::vector<std::string> told;
   for (const Interface& place : facts.interfaces) {
     for (const Answer& answer : place.answers) {
       const bool outside = answersFromOutside(facts, answer.address);
       const bool unheard = !answer.toSearch && place.network.contains(parseIpv4(answer.address)) && !losesSegmentsTo(facts, answer.address);
-      if ((!outside && !unheard) || !told.insert(answer.address).second) continue;
+      if ((!outside && !unheard) || std::find(told.begin(), told.end(), answer.address) != told.end()) continue;
+      told.push_back(answer.address);
       findings.push_back(outside ? wrongSubnet(facts, place, answer) : otherMask(place, answer));
     }
   }
@@ -201,17 +214,20 @@ Findings checkNetworks(const Facts& facts) {
 }
 
 Findings checkSearch(const Facts& facts) {
-  const std::size_t count = countHeads(facts);
-  if (count == 0 && facts.asked.empty()) {
+  const std::vector<const Answer*> heads = differentHeads(facts);
+  if (heads.empty() && facts.asked.empty()) {
     if (aFirewallDropsAnswers(facts)) return {};
     return {nobodyAnswers(facts)};
   }
+  const bool found =
+      !facts.askedSerial || std::any_of(heads.begin(), heads.end(), [&](const Answer* head) { return head->serial == *facts.askedSerial; });
+  if (!found) return {noSuchSerial(facts)};
   Findings findings;
-  if (count > 0)
+  if (!heads.empty())
     findings.push_back({"search",
                         {},
                         Colour::green,
-                        count == 1 ? "1 head answers" : fmt::format("{} heads answer", count),
+                        heads.size() == 1 ? "1 head answers" : fmt::format("{} heads answer", heads.size()),
                         "\"fringix list\" and serial numbers find it.",
                         {},
                         {}});

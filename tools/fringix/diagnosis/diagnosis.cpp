@@ -16,11 +16,13 @@ constexpr std::size_t mostHeads = 8;  // without an address; each takes a second
 
 std::vector<std::string> headsToExamine(const Facts& facts) {
   if (!facts.asked.empty()) return {facts.asked};
+  const auto isAskedFor = [&](const Answer& answer) { return facts.askedSerial.value_or(answer.serial) == answer.serial; };
   std::vector<std::string> addresses;
   for (const Interface& place : facts.interfaces) {
     for (const Answer& answer : place.answers) {
       const bool known = std::find(addresses.begin(), addresses.end(), answer.address) != addresses.end();
-      if (!known && !answersFromOutside(facts, answer.address) && addresses.size() < mostHeads) addresses.push_back(answer.address);
+      if (!known && !answersFromOutside(facts, answer.address) && isAskedFor(answer) && addresses.size() < mostHeads)
+        addresses.push_back(answer.address);
     }
   }
   return addresses;
@@ -32,6 +34,7 @@ Facts gather(const Task& task) {
   Facts facts;
   facts.system = thisSystem;
   facts.asked = task.address;
+  facts.askedSerial = task.serial;
   facts.waited = task.listen.count() > 0;
   facts.interfaces = readInterfaces();
   searchAll(facts.interfaces);

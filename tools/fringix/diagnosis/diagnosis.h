@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 #include "diagnosis/facts.h"
@@ -10,6 +11,7 @@ namespace fringix::tool::diagnosis {
 
 struct Task {
   std::string address;                 // empty: whichever heads answer
+  std::optional<std::int32_t> serial;  // in place of the address
   std::chrono::milliseconds limit;     // for each step with a head
   std::chrono::milliseconds listen{};  // for triggers; 0: as long as the rest takes
 };

@@ -21,6 +21,7 @@ constexpr std::size_t mostRoundTrips = 100;
 constexpr auto roundTripsLimit = 5s;
 constexpr std::size_t fewestPictures = 2;  // the first one may take its time
 constexpr std::size_t mostPictures = 5;
+constexpr auto longestPicture = 60s;               // of all that comes
 constexpr auto picturesLimit = 2s;                 // no further one is begun then
 constexpr std::size_t largestPicture = 256 << 20;  // bytes; no head has a larger one
 constexpr std::size_t partSize = 1 << 16;
@@ -103,7 +104,10 @@ class Examination {
     const bool none = done >= 2 && part[0] == '\0' && part[1] == '\xFF';
     const std::size_t firstPart = done;
     const auto firstCame = Clock::now();
-    while (done < pictures.bytes) done += receiveSome(part, std::min(part.size(), pictures.bytes - done));
+    while (done < pictures.bytes) {
+      done += receiveSome(part, std::min(part.size(), pictures.bytes - done));
+      if (Clock::now() > asked + longestPicture) throw Broken(fmt::format("{} of {} bytes came in a minute", done, pictures.bytes));
+    }
     const double rest = millisecondsSince(firstCame);
     if (rest > 0 && done > firstPart) pictures.megabits.push_back(static_cast<double>(done - firstPart) * 8 / 1000 / rest);
     const double whole = millisecondsSince(asked);

@@ -88,7 +88,8 @@ enum class System { linux, windows };
 
 struct Facts {
   System system = System::linux;
-  std::string asked;  // the address that the doctor was called to; empty: whoever answers
+  std::string asked;                        // the address that the doctor was called to; empty: whoever answers
+  std::optional<std::int32_t> askedSerial;  // or the serial number
   std::vector<Interface> interfaces;
   std::vector<Head> heads;
   std::optional<std::vector<PortHolder>> portHolders;  // before any session of the doctor's

@@ -19,7 +19,7 @@ constexpr std::uint32_t everybody = 0xFFFFFFFF;
 constexpr auto again = 150ms;  // for the case that a datagram gets lost
 constexpr auto limit = 500ms;
 constexpr auto interval = 5ms;
-constexpr std::size_t mostAnswers = 1000;  // of an interface
+constexpr std::size_t mostAnswers = 1000;  // of an interface, and datagrams that are read at a time
 
 struct Question {
   Interface* place;
@@ -30,7 +30,7 @@ struct Question {
   void collect() {
     std::string text;
     std::uint32_t sender = 0;
-    while (place->answers.size() < mostAnswers && socket.receive(text, sender))
+    for (std::size_t i = 0; i < mostAnswers && place->answers.size() < mostAnswers && socket.receive(text, sender); ++i)
       note({formatIpv4(sender), serialOf(text), receiver != everybody});
   }
 

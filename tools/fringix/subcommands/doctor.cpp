@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <ctime>
 #include <memory>
+#include <optional>
 
 #include "arguments/duration.h"
 #include "console/explain.h"
@@ -43,7 +44,8 @@ struct Round {
 Round look(const DoctorOptions& options, const Context& context) {
   const TransientLine line(stderr, isTerminal(stderr), "looking at networks and heads ...");
   Round round;
-  round.facts = diagnosis::gather({context.address, context.timeout, options.listen});
+  const std::optional<std::int32_t> serial = context.bySerial ? std::optional(context.serial) : std::nullopt;
+  round.facts = diagnosis::gather({context.address, serial, context.timeout, options.listen});
   round.findings = diagnosis::checkAll(round.facts);
   return round;
 }
@@ -97,7 +99,7 @@ void lookAgainAndAgain(const DoctorOptions& options, const Context& context) {
 }
 
 void examine(const DoctorOptions& options, Context& context) {
-  if (context.bySerial || !context.address.empty()) findAddress(context);
+  if (!context.address.empty()) findAddress(context);  // by serial number that is a part of the examination
   options.interval.count() > 0 ? lookAgainAndAgain(options, context) : lookOnce(options, context);
 }
 
