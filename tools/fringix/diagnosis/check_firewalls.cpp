@@ -55,7 +55,7 @@ std::string letIn(const Firewall& wall, const Place& place, const std::string& w
   const std::string network = place.network.text();
   switch (wall.kind) {
     case FirewallKind::ufw:
-      return fmt::format("sudo ufw insert 1 allow proto udp from {}", network);
+      return fmt::format("sudo ufw prepend allow proto udp from {}", network);
     case FirewallKind::firewalld:
       return fmt::format(
           "sudo firewall-cmd --permanent --zone={} --add-rich-rule='rule family=\"ipv4\" source address=\"{}\" protocol "
@@ -64,7 +64,7 @@ std::string letIn(const Firewall& wall, const Place& place, const std::string& w
     case FirewallKind::nftables:
       return fmt::format("sudo nft insert rule {} ip saddr {} meta l4proto udp accept", where, network);
     case FirewallKind::iptables:
-      return fmt::format("sudo iptables -I {} -s {} -p udp -j ACCEPT", where, network);
+      return fmt::format("sudo {} -I {} -s {} -p udp -j ACCEPT", wall.tool, where, network);
     case FirewallKind::windows:
       break;
   }

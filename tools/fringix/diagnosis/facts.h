@@ -82,6 +82,7 @@ struct Firewall {
   FirewallKind kind = FirewallKind::nftables;
   bool readable = true;  // by this user
   std::string text;      // what its own tool says of its rules; of Windows, what the registry has
+  std::string tool{};    // of iptables: the program that changes them
 };
 
 enum class System { linux, windows };

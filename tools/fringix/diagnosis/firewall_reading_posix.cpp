@@ -49,10 +49,16 @@ bool addManaged(std::vector<Firewall>& firewalls) {
   return !firewalls.empty();
 }
 
-void addRules(std::vector<Firewall>& firewalls, FirewallKind kind, const char* program, const char* command) {
-  if (!isThere(program)) return;
+// Of iptables there is a version that has its rules below those of nft, and one that has them beside.
+bool addRules(std::vector<Firewall>& firewalls, FirewallKind kind, const std::string& program, const std::string& command) {
+  if (!isThere(program)) return false;
   Told told = ask(command);
-  if (!told.succeeded || !told.text.empty()) firewalls.push_back({kind, told.succeeded, std::move(told.text)});
+  if (!told.succeeded || !told.text.empty()) firewalls.push_back({kind, told.succeeded, std::move(told.text), program});
+  return true;
+}
+
+bool addIptables(std::vector<Firewall>& firewalls, const std::string& program) {
+  return addRules(firewalls, FirewallKind::iptables, program, program + "-save -t filter");
 }
 
 }  // namespace
@@ -62,8 +68,8 @@ const System thisSystem = System::linux;
 std::vector<Firewall> readFirewalls() {
   std::vector<Firewall> firewalls;
   if (addManaged(firewalls)) return firewalls;
-  addRules(firewalls, FirewallKind::nftables, "nft", "nft list ruleset");
-  addRules(firewalls, FirewallKind::iptables, "iptables-legacy-save", "iptables-legacy-save -t filter");
+  const bool hasNft = addRules(firewalls, FirewallKind::nftables, "nft", "nft list ruleset");
+  if (!addIptables(firewalls, "iptables-legacy") && !hasNft) addIptables(firewalls, "iptables");
   return firewalls;
 }
 

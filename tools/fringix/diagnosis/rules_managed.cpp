@@ -43,7 +43,10 @@ bool isToUs(std::string_view to, const Packet& packet) {
   }
   if (words.size() > 1 && parseIpv4(words.front()) != 0) words.erase(words.begin());
   if (words.size() != 1) return false;
-  return words[0] == "Anywhere" || words[0] == "Anywhere/udp" || isPortOfUdp(words[0], packet.port) || parseIpv4(words[0]) != 0;
+  if (isPortOfUdp(words[0], packet.port)) return true;
+  std::string_view all = words[0];
+  if (all.ends_with("/udp")) all.remove_suffix(4);
+  return all == "Anywhere" || parseIpv4(all) != 0;
 }
 
 // The right column: "Anywhere", "192.168.0.0/24", "192.168.0.0/24/udp", with "(v6)" for those of the other family.
@@ -114,6 +117,8 @@ bool zoneAccepts(const Zone& zone, const Packet& packet) {
   if (behind(zone.text, "\n  target:") == "ACCEPT") return true;
   const Words ports = wordsOf(behind(zone.text, "\n  ports:"));
   if (std::any_of(ports.begin(), ports.end(), [&](std::string_view port) { return isPortOfUdp(port, packet.port); })) return true;
+  const Words protocols = wordsOf(behind(zone.text, "\n  protocols:"));
+  if (std::find(protocols.begin(), protocols.end(), "udp") != protocols.end()) return true;
   const std::vector<std::string_view> lines = linesOf(zone.text);
   return std::any_of(lines.begin(), lines.end(), [&](std::string_view line) { return richRuleAccepts(trimmed(line), packet); });
 }
@@ -128,10 +133,10 @@ Judgement judgeByUfw(const std::string& status, const Packet& packet) {
       const std::size_t column = line.find(action);
       if (column == line.npos || !isToUs(trimmed(line.substr(0, column)), packet)) continue;
       if (!isFromThere(line.substr(column + action.size()), packet)) continue;
-      return {action[1] == 'A' || action[1] == 'L' ? Fate::accepted : Fate::dropped, "ufw"};
+      return {action[1] == 'A' || action[1] == 'L' ? Fate::accepted : Fate::dropped, {}};
     }
   }
-  return {has(status, "Default: allow (incoming)") ? Fate::accepted : Fate::dropped, "ufw"};
+  return {has(status, "Default: allow (incoming)") ? Fate::accepted : Fate::dropped, {}};
 }
 
 Judgement judgeByFirewalld(const std::string& zones, const Packet& packet) {
