@@ -3,31 +3,20 @@
 #include <fmt/format.h>
 
 #include <filesystem>
-#include <new>
 #include <stdexcept>
 #include <system_error>
 
+#include "files/explained.h"
 #include "files/native_file.h"
 
 namespace fringix::files {
-namespace {
 
-[[noreturn]] void refuse(const char* verb, const std::string& path, const std::string& reason) {
+void refuse(const char* verb, const std::string& path, const std::string& reason) {
   const std::string file = path == standardOutput ? "standard output" : fmt::format("\"{}\"", path);
   throw std::runtime_error(fmt::format("cannot {} {}: {}", verb, file, reason));
 }
 
-// The same words on all systems, where they have the same reason.
-template <typename Call>
-auto explained(const char* verb, const std::string& path, Call call) {
-  try {
-    return call();
-  } catch (const std::system_error& error) {
-    refuse(verb, path, error.code().default_error_condition().message());
-  } catch (const std::bad_alloc&) {
-    refuse(verb, path, "there is not enough memory");
-  }
-}
+namespace {
 
 void requireSize(const std::string& path, std::uint64_t size, std::uint64_t limit) {
   if (size > limit) refuse("read", path, fmt::format("it has {} bytes, and at most {} are taken", size, limit));
@@ -44,9 +33,6 @@ std::vector<std::uint8_t> readToTheEnd(InputFile& file, const std::string& path,
   bytes.resize(size);
   return bytes;
 }
-
-// Names are UTF-8 on all systems; a path made of plain characters would take them for those of the process's code page.
-std::filesystem::path pathOf(const std::string& name) { return std::u8string(name.begin(), name.end()); }
 
 std::filesystem::path folderOf(const std::filesystem::path& place) {
   return place.has_parent_path() ? place.parent_path() : std::filesystem::path(".");

@@ -46,6 +46,20 @@ class NewFile {
   std::intptr_t handle_;
 };
 
+// A new file that others may read while it grows. There must be none of that name.
+class AppendedFile {
+ public:
+  explicit AppendedFile(const std::filesystem::path& path);
+  ~AppendedFile();
+  AppendedFile(const AppendedFile&) = delete;
+  AppendedFile& operator=(const AppendedFile&) = delete;
+
+  void append(std::span<const std::uint8_t> bytes);
+
+ private:
+  std::intptr_t handle_;
+};
+
 // Past the buffer of the standard library, without any change to the bytes.
 void writeToStandardOutput(std::span<const std::uint8_t> bytes);
 

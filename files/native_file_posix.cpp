@@ -130,6 +130,12 @@ void NewFile::takePlace(const std::filesystem::path& place) {
   name_.clear();
 }
 
+AppendedFile::AppendedFile(const std::filesystem::path& path) : handle_(createFile(path)) {}
+
+AppendedFile::~AppendedFile() { close(descriptorOf(handle_)); }
+
+void AppendedFile::append(std::span<const std::uint8_t> bytes) { writeAll(descriptorOf(handle_), bytes); }
+
 void writeToStandardOutput(std::span<const std::uint8_t> bytes) { writeAll(STDOUT_FILENO, bytes); }
 
 }  // namespace fringix::files

@@ -89,6 +89,13 @@ void NewFile::takePlace(const std::filesystem::path& place) {
   name_.clear();
 }
 
+AppendedFile::AppendedFile(const std::filesystem::path& path)
+    : handle_(openFile(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, CREATE_NEW)) {}
+
+AppendedFile::~AppendedFile() { CloseHandle(fileOf(handle_)); }
+
+void AppendedFile::append(std::span<const std::uint8_t> bytes) { writeAll(fileOf(handle_), bytes); }
+
 void writeToStandardOutput(std::span<const std::uint8_t> bytes) { writeAll(GetStdHandle(STD_OUTPUT_HANDLE), bytes); }
 
 }  // namespace fringix::files

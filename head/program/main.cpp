@@ -19,6 +19,7 @@
 #include "head/program/options.h"
 #include "head/program/pattern_files.h"
 #include "head/program/printable.h"
+#include "head/program/replay_program.h"
 #include "head/serving/head_server.h"
 
 namespace {
@@ -121,9 +122,15 @@ int main(int argc, char** argv) {
   std::signal(SIGINT, requestStop);
   std::signal(SIGTERM, requestStop);
   try {
-    if (const std::optional<head::Options> options = head::parseOptions(argc, argv)) serve(*options);
+    bool asRecorded = true;
+    if (const std::optional<head::Options> options = head::parseOptions(argc, argv)) {
+      if (options->replay.empty())
+        serve(*options);
+      else
+        asRecorded = head::replay(*options, stopRequested, printLine);
+    }
     requireOutput();
-    return 0;
+    return asRecorded ? 0 : failed;
   } catch (const arguments::UsageError& error) {
     fmt::print(stderr, "{}\nRun with --help for more information.\n", error.what());
     return wrongUsage;

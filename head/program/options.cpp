@@ -226,6 +226,21 @@ std::vector<Fault> parseFaults(const std::vector<std::string>& texts) {
   return faults;
 }
 
+void addReplay(arguments::Command& program, Options& options) {
+  program.option("--replay", &options.replay, "Answer as the head did in this recording of \"fringix record\", in place of simulating one")
+      .valueName("FILE");
+  program.flag("--at-once", &options.atOnce, "Replay without the time that the recorded head took");
+}
+
+// A recorded head is what it was, and does what it did.
+void requireReplayAlone(const Options& options) {
+  if (options.replay.empty() && options.atOnce) throw arguments::UsageError("--at-once", "is for --replay FILE");
+  const bool simulates =
+      options.heads > 1 || !options.faults.empty() || options.triggerInterval.count() > 0 || !options.first.storage.empty();
+  if (!options.replay.empty() && simulates)
+    throw arguments::UsageError("--replay", "a recording is one head, and has no --heads, --fault, --trigger-every or --storage");
+}
+
 // The last head's serial number and address have to be some, too.
 void requireRoomForAll(const Options& options) {
   const auto more = static_cast<std::uint32_t>(options.heads - 1);
@@ -253,6 +268,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
   addClients(program, options.first);
   addSerialPort(program, options.first);
   addPatternFolder(program, options);
+  addReplay(program, options);
   program.flag("--verbose", &options.verbose, "Print every connection and every command, with time and client");
   program.note(
       R"(While it runs: "trigger" on standard input raises a GPIO trigger of each head, "trigger 2" of the second one; "scene ballbar:3" puts another scene before all heads; "fault FAULT" sets a fault, "fault none" ends all of them, "fault list" tells them.)");
@@ -260,6 +276,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
       R"(A FAULT is WHEN: WHAT. WHEN is always, "at NAME" of a command (or greeting), or "after 3 commands" (pictures, triggers, a name, or a time such as 2 s); what comes after strikes once, the others each time, unless ", once", ", 5 times" or ", always" says otherwise. WHAT is stall [at byte N] [for TIME], reset [at byte N], cut [at byte N], drip [every TIME], slow link BYTES/S, wrong status N, wrong length +N or -N, no picture, frozen [for TIME], restart [after TIME], lost trigger or doubled trigger.)");
   if (!arguments::parse(program, argc, argv)) return {};
   options.faults = parseFaults(faults);
+  requireReplayAlone(options);
   requireRoomForAll(options);
   return options;
 }

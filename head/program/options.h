@@ -19,6 +19,8 @@ struct Options {
   std::vector<Fault> faults;                     // of every head
   std::chrono::milliseconds triggerInterval{0};  // between two GPIO triggers of every head; 0: none by themselves
   std::string patternFolder;                     // where every stored pattern is written to; empty: nowhere
+  std::string replay;                            // a recording to answer from, in place of heads; empty: none
+  bool atOnce = false;                           // not as slowly as recorded
   bool verbose = false;
 };
 

@@ -1,15 +1,12 @@
 #include "head/serving/announcer.h"
 
 #include <algorithm>
-#include <array>
 #include <exception>
-#include <stdexcept>
-#include <string_view>
 #include <utility>
 
 #include "head/serving/announcement.h"
 #include "platform/datagram.h"
-#include "platform/ipv4_table.h"
+#include "ports/search_port.h"
 
 namespace fringix::head {
 
@@ -17,27 +14,9 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
-constexpr std::string_view request = "01UDP_SLANNOUNCE";
 constexpr std::chrono::milliseconds stopInterval{50};
 constexpr std::chrono::milliseconds lateness{1000};
 constexpr std::size_t mostWaiting = 1000;  // more requests at once are not answered
-
-// Every head of a machine listens on all addresses, and each hears every broadcast.
-platform::Socket listen() {
-  platform::Socket socket = platform::Socket::openDatagram();
-  if (!socket.setReuseAddress(true) || !socket.bind({0, announcePort}) || !socket.setNonBlocking(true)) {
-    throw std::runtime_error("cannot listen on UDP port " + std::to_string(announcePort) + ": another program holds the port for itself");
-  }
-  return socket;
-}
-
-// A broadcast reaches the heads of its own network only; a head on all addresses is in every network.
-bool shareANetwork(std::uint32_t head, std::uint32_t client) {
-  const std::vector<platform::Ipv4Row> rows = platform::ipv4Table();
-  return head == 0 || std::any_of(rows.begin(), rows.end(), [&](const platform::Ipv4Row& row) {
-           return ((head ^ row.address) & row.mask) == 0 && ((client ^ row.address) & row.mask) == 0;
-         });
-}
 
 }  // namespace
 
@@ -46,7 +25,7 @@ Announcer::Announcer(const HeadModel& model, const FaultPlan& faults, Observer o
 
 void Announcer::start() {
   if (model_.settings().announceFault == AnnounceFault::silent) return;
-  socket_ = listen();
+  socket_ = ports::listenForSearches();
   stopping_ = false;
   thread_ = std::thread([this] { serve(); });
 }
@@ -74,14 +53,11 @@ void Announcer::serve() noexcept {
 }
 
 void Announcer::takeRequest() {
-  std::array<char, 64> buffer;
-  platform::Ipv4Endpoint client;
-  const std::ptrdiff_t size = socket_.receiveFrom(buffer.data(), buffer.size(), &client);
-  if (size < 0 || std::string_view(buffer.data(), static_cast<std::size_t>(size)) != request) return;
-  if (answers_.size() >= mostWaiting || faults_.away() || !shareANetwork(address_, client.address)) return;
+  const auto client = ports::takeSearch(socket_);
+  if (!client || answers_.size() >= mostWaiting || faults_.away() || !ports::shareANetwork(address_, client->address)) return;
   const AnnounceFault fault = model_.settings().announceFault;
   const Time due = SteadyClock::now() + (fault == AnnounceFault::late ? lateness : std::chrono::milliseconds::zero());
-  answers_.insert(answers_.end(), fault == AnnounceFault::doubled ? 2 : 1, {due, client});
+  answers_.insert(answers_.end(), fault == AnnounceFault::doubled ? 2 : 1, {due, *client});
 }
 
 void Announcer::sendDueAnswers() {

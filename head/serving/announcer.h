@@ -14,8 +14,6 @@
 
 namespace fringix::head {
 
-inline constexpr std::uint16_t announcePort = 44332;
-
 class Announcer {
  public:
   // Told of each answer, with the client's address; called on the announcer's thread.

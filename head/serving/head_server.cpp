@@ -11,20 +11,9 @@ namespace fringix::head {
 
 namespace {
 
-constexpr int backlog = 64;
 constexpr std::chrono::milliseconds stopInterval{50};
 constexpr std::chrono::milliseconds restartInterval{10};
 constexpr std::chrono::milliseconds tellInterval{1000};
-
-platform::Socket listenOn(const std::string& address) {
-  platform::Socket listener = platform::Socket::openStream();
-  const platform::Ipv4Endpoint local{platform::parseIpv4(address.c_str()), commandPort};
-  if (!listener.setSoleListener() || !listener.bind(local) || !listener.listen(backlog)) {
-    throw std::runtime_error("cannot listen on " + address + " port " + std::to_string(commandPort) +
-                             ": another program, perhaps another head, holds the port, or the address is none of this machine's");
-  }
-  return listener;
-}
 
 }  // namespace
 
@@ -42,7 +31,7 @@ HeadServer::HeadServer(HeadSettings settings, Observer observer)
 }
 
 void HeadServer::start() {
-  listener_ = listenOn(model_.settings().address);
+  listener_ = ports::listenOn(model_.settings().address);
   announcer_.start();
   stopping_ = false;
   acceptor_ = std::thread([this] { acceptClients(); });
@@ -131,7 +120,7 @@ void HeadServer::restart(std::chrono::milliseconds gone) {
 
 bool HeadServer::listenAgain() noexcept {
   try {
-    platform::Socket listener = listenOn(model_.settings().address);
+    platform::Socket listener = ports::listenOn(model_.settings().address);
     const std::lock_guard lock(listenerMutex_);
     listener_ = std::move(listener);
     return true;

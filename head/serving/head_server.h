@@ -16,10 +16,11 @@
 #include "head/serving/trigger_output.h"
 #include "head/settings/head_settings.h"
 #include "platform/socket.h"
+#include "ports/command_port.h"
 
 namespace fringix::head {
 
-inline constexpr std::uint16_t commandPort = 44330;
+using ports::commandPort;
 
 class HeadServer {
  public:

@@ -1,20 +1,18 @@
 #include "head/serving/trigger_output.h"
 
 #include <algorithm>
-#include <string_view>
 
-#include "platform/datagram.h"
+#include "ports/trigger_port.h"
 
 namespace fringix::head {
 
 namespace {
 
-constexpr std::string_view datagram = "02UDP_GPIO";
 constexpr std::uint32_t thisMachine = 0x7F000001;
 
 bool isLoopback(std::uint32_t address) { return address >> 24 == 127; }
 
-bool send(Link link) { return platform::sendDatagram(link.head, {link.host, triggerPort}, datagram.data(), datagram.size()); }
+bool send(Link link) { return ports::sendTrigger(link.head, link.host); }
 
 }  // namespace
 

@@ -12,8 +12,6 @@
 
 namespace fringix::head {
 
-inline constexpr std::uint16_t triggerPort = 44331;  // of the host
-
 // A connection as its two addresses, in host byte order.
 struct Link {
   std::uint32_t head = 0;

@@ -9,6 +9,7 @@
 #include "head/serving/announcement.h"
 #include "head/serving/head_server.h"
 #include "manual_clock.h"
+#include "ports/search_port.h"
 #include "running_head.h"
 #include "support/child_process.h"
 
@@ -39,7 +40,7 @@ class Searcher {
  public:
   explicit Searcher(std::string_view request = "01UDP_SLANNOUNCE") {
     socket_.setBroadcast(true);
-    EXPECT_EQ(socket_.sendTo(request.data(), request.size(), {0x7FFFFFFF, announcePort}), static_cast<std::ptrdiff_t>(request.size()));
+    EXPECT_EQ(socket_.sendTo(request.data(), request.size(), {0x7FFFFFFF, ports::searchPort}), static_cast<std::ptrdiff_t>(request.size()));
   }
 
   // "SENDER: FIRST FOUR WORDS" of every answer: so many are waited for, and then whether there are more.

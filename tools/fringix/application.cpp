@@ -37,6 +37,8 @@ constexpr Subcommand subcommands[] = {
     {"accept", "Test how well a head measures, with artefacts that are certified", defineAccept},
     {"bench", "Measure what a head and its network give", defineBench},
     {"conform", "Check that a head says what the protocol has it say", defineConform},
+    {"record", "Record what programs and a head say to each other", defineRecord},
+    {"recording", "Show and change recordings", defineRecording},
     {"watch", "Print the triggers of heads as they come", defineWatch},
     {"mask", "Darken parts of everything that is projected", defineMask},
     {"data", "Keep files on the head", defineData},

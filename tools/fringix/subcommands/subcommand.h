@@ -27,6 +27,8 @@ void defineMeasure(arguments::Command& command, Context& context);
 void definePattern(arguments::Command& command, Context& context);
 void definePicture(arguments::Command& command, Context& context);
 void defineProjector(arguments::Command& command, Context& context);
+void defineRecord(arguments::Command& command, Context& context);
+void defineRecording(arguments::Command& command, Context& context);
 void defineScan(arguments::Command& command, Context& context);
 void defineSelect(arguments::Command& command, Context& context);
 void defineSerial(arguments::Command& command, Context& context);

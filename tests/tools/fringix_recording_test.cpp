@@ -1,0 +1,165 @@
+// The built program changing recordings: parts of them, and such that do not tell whose they are.
+#include <gtest/gtest.h>
+
+#include "plain_client.h"
+#include "recorded_head.h"
+#include "recording/conversation_reader.h"
+#include "replaying_head.h"
+#include "support/wire.h"
+
+namespace fringix::test {
+namespace {
+
+using recording::ConversationReader;
+using recording::RecordedCommand;
+
+class FringixRecording : public RecordedHead {
+ protected:
+  // Commands 1 to 9: the greeting, the camera's size, and then these.
+  void recordASession() {
+    record({"-n", "1"});
+    PlainClient client;
+    const auto ask = [&](const Bytes& words, std::size_t size) {
+      client.say(words);
+      return client.receive(size);
+    };
+    ask(text("20MSG_SLGetProtocolVersion"), 4);
+    ask(text("80MSG_SLSaveDataToFile") + integers(13, 2), 4);
+    ask(Bytes("a\0", 2) + "head 4711 a 1", 4);
+    ask(text("21MSG_SLGetSerial"), 4);
+    first_ = ask(text("41MSG_SLGetLiveImage"), std::size_t{64} * 48);
+    ask(text("81MSG_SLReadDataFromFile") + integer(2), 4);
+    ask(Bytes("a\0", 2), 4 + 13 + 4);
+    second_ = ask(text("41MSG_SLGetLiveImage"), std::size_t{64} * 48);
+    client.say(text("ByeBye="));
+  }
+
+  void change(const std::string& arguments, int exitCode = 0) {
+    std::filesystem::remove(scratch_ / "b.fxr");
+    const std::size_t blank = arguments.find(' ');
+    const Outcome outcome = recording(arguments.substr(0, blank) + " " + inQuotes(scratch_ / "a.fxr") + " -o " +
+                                      inQuotes(scratch_ / "b.fxr") + (blank == arguments.npos ? "" : arguments.substr(blank)));
+    EXPECT_EQ(outcome.exitCode, exitCode) << outcome.errors;
+    errors_ = outcome.errors;
+  }
+
+  std::vector<RecordedCommand> commands(const std::string& name = "b.fxr") const {
+    ConversationReader reader((scratch_ / name).string());
+    std::vector<RecordedCommand> commands;
+    while (auto happening = reader.next()) {
+      if (happening->command) commands.push_back(std::move(*happening->command));
+    }
+    return commands;
+  }
+
+  std::vector<std::string> namesOfCommands() const {
+    std::vector<std::string> names;
+    for (const RecordedCommand& command : commands()) names.push_back(command.name.substr(0, 4));
+    return names;
+  }
+
+  Bytes repliesTo(const std::string& name) const {
+    Bytes replies;
+    for (const RecordedCommand& command : commands()) {
+      if (command.name == name) replies += command.by(protocol::Sender::head).bytes;
+    }
+    return replies;
+  }
+
+  Bytes first_;
+  Bytes second_;
+  std::string errors_;
+};
+
+using Names = std::vector<std::string>;
+
+TEST_F(FringixRecording, IsCutByNumbersOfCommands) {
+  recordASession();
+  waitForItsEnd();
+  change("cut --from 6 --to 7");
+  EXPECT_EQ(namesOfCommands(), (Names{"gree", "40MS", "20MS", "21MS", "41MS", "81MS"}));
+  change("cut --from 8");
+  EXPECT_EQ(namesOfCommands(), (Names{"gree", "40MS", "20MS", "21MS", "41MS", "ByeB"}));
+  EXPECT_TRUE(has(show("", "b.fxr").output, "connection 1 ended by the client")) << "its end is in the part";
+  change("cut --to 4");
+  EXPECT_EQ(namesOfCommands(), (Names{"gree", "40MS", "20MS", "80MS"}));
+  EXPECT_FALSE(has(show("", "b.fxr").output, "ended by the client"));
+  change("cut --from 40", 1);
+  EXPECT_TRUE(has(errors_, "there is no command in this part of the recording, which has 9")) << errors_;
+}
+
+TEST_F(FringixRecording, IsCutByTimes) {
+  recordASession();
+  waitForItsEnd();
+  change("cut --from 1ms --to 60min");
+  EXPECT_EQ(commands().size(), 9U);
+  change("cut --from 60min", 1);
+  EXPECT_EQ(recording("cut " + inQuotes(scratch_ / "a.fxr") + " -o " + inQuotes(scratch_ / "c.fxr") + " --from yesterday").exitCode, 2);
+}
+
+TEST_F(FringixRecording, APartIsReplayed) {
+  recordASession();
+  waitForItsEnd();
+  server_.stop();
+  change("cut --from 8");
+  ReplayingHead head(scratch_ / "b.fxr");
+  {
+    PlainClient client;
+    client.say(text("41MSG_SLGetLiveImage"));
+    EXPECT_EQ(client.receive(second_.size()), second_);
+    client.say(text("21MSG_SLGetSerial"));
+    EXPECT_EQ(client.receive(4), integer(4711));
+    client.say(text("ByeBye="));
+  }
+  head.endWith(0);
+}
+
+TEST_F(FringixRecording, OfADamagedOneWhatStandsBeforeIsSaved) {
+  recordASession();
+  waitForItsEnd();
+  std::string file = readBytes(scratch_ / "a.fxr");
+  file[file.size() - 24 - 25 - 8] ^= 1;  // in the farewell
+  writeBytes(scratch_ / "a.fxr", file);
+  change("cut --to 7", 1);
+  EXPECT_TRUE(has(errors_, "the checksum of this record is wrong")) << errors_;
+  EXPECT_EQ(commands().size(), 7U);
+}
+
+TEST_F(FringixRecording, IsAnonymised) {
+  recordASession();
+  waitForItsEnd();
+  change("anonymise");
+  EXPECT_EQ(commands().size(), 9U);
+  EXPECT_EQ(repliesTo("21MSG_SLGetSerial"), integer(1000));
+  EXPECT_EQ(repliesTo("81MSG_SLReadDataFromFile"), integers(0, 13) + "head 1000 a 1" + integer(0)) << "the same as elsewhere";
+  EXPECT_EQ(repliesTo("41MSG_SLGetLiveImage"), first_ + second_);
+  const std::string shown = show("", "b.fxr").output;
+  EXPECT_TRUE(has(shown, ": the head at 192.0.2.1, for clients at 192.0.2.2\n")) << shown;
+  EXPECT_TRUE(has(shown, "\"SERIAL 1000 MODEL 1 ")) << shown;
+  EXPECT_TRUE(has(shown, "connection 1 from 192.0.2.1:")) << "the client is on the head's machine here" << shown;
+  const std::string bytes = readBytes(scratch_ / "b.fxr");
+  EXPECT_EQ(bytes.find("4711"), bytes.npos);
+}
+
+TEST_F(FringixRecording, DataAndPicturesAreAnonymisedWhenAsked) {
+  recordASession();
+  waitForItsEnd();
+  change("anonymise --data --pictures");
+  const Bytes pictures = repliesTo("41MSG_SLGetLiveImage");
+  EXPECT_EQ(pictures.size(), first_.size() + second_.size());
+  EXPECT_EQ(pictures.find(first_.substr(0, 100)), pictures.npos);
+  EXPECT_EQ(first_ == second_, pictures.substr(0, first_.size()) == pictures.substr(first_.size()));
+  std::vector<Bytes> data;
+  for (const RecordedCommand& command : commands()) {
+    for (const auto& value : command.fields) {
+      if (value.field->name == "data") data.emplace_back(command.bytesOf(value));
+    }
+  }
+  ASSERT_EQ(data.size(), 2U);
+  EXPECT_EQ(data[0], data[1]) << "saved and loaded";
+  EXPECT_EQ(data[0].size(), 13U);
+  EXPECT_EQ(data[0].find("head"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace fringix::test
