@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <set>
 
 #include "files/files.h"
 #include "fuzz/target.h"
@@ -32,14 +31,6 @@ TEST_P(CorpusTest, HoldsForEveryInput) {
     ++inputs;
   }
   EXPECT_GT(inputs, 0U) << "a target has inputs to begin with";
-}
-
-TEST(CorporaTest, EveryFolderIsThatOfATarget) {
-  std::set<std::string> names;
-  for (const Target& target : targets()) names.insert(target.name);
-  for (const fs::directory_entry& folder : fs::directory_iterator(CORPORA)) {
-    EXPECT_TRUE(names.contains(folder.path().filename().string())) << folder.path();
-  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Targets, CorpusTest, testing::ValuesIn(targets()), [](const auto& test) { return test.param.name; });

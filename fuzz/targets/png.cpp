@@ -1,5 +1,5 @@
 // Pictures as PNG files. So that inputs get past checksums and compression, the file is made of the input's choices:
-// a header of 13 bytes, then chunks: a byte that chooses the type, a length, and the bytes, which image data are compressed first or not.
+// a header of 13 bytes, then chunks: a byte that chooses the type, a length, and the bytes, packed as zlib does, or not.
 #include "png/png_reader.h"
 
 #include <zlib.h>
@@ -25,13 +25,13 @@ std::string chunk(const std::string& type, const std::string& data) {
   return bigEndian(static_cast<std::uint32_t>(data.size())) + body + bigEndian(static_cast<std::uint32_t>(checksum));
 }
 
-std::string compressed(const std::string& data) {
-  uLongf size = compressBound(static_cast<uLong>(data.size()));
-  std::string packed(size, '\0');
-  compress2(reinterpret_cast<Bytef*>(packed.data()), &size, reinterpret_cast<const Bytef*>(data.data()), static_cast<uLong>(data.size()),
-            1);
-  packed.resize(size);
-  return packed;
+// As one stored block: to compress would take longer than all the rest.
+std::string packed(const std::string& data) {
+  const auto size = static_cast<std::uint32_t>(data.size());
+  const auto low = [](std::uint32_t value) { return static_cast<char>(value & 0xFFU); };
+  const std::string head{'\x78', '\x01', '\x01', low(size), low(size >> 8U), low(~size), low(~size >> 8U)};
+  const uLong checksum = adler32(1, reinterpret_cast<const Bytef*>(data.data()), static_cast<uInt>(data.size()));
+  return head + data + bigEndian(static_cast<std::uint32_t>(checksum));
 }
 
 std::string header(Input& in) {
@@ -47,7 +47,7 @@ std::string nextChunk(Input& in) {
   const std::string type = kind < std::size(types) ? types[kind] : in.text(4);
   const bool packs = in.flag();
   const std::string data = in.text(in.byte()) + std::string(in.byte() % 4 * 100, '\0');
-  return chunk(type, packs ? compressed(data) : data);
+  return chunk(type, packs ? packed(data) : data);
 }
 
 void decode(const std::string& file) {
