@@ -50,6 +50,8 @@ std::uint32_t parseIpv4(const char* text) noexcept {
   return parts[0] << 24 | parts[1] << 16 | parts[2] << 8 | parts[3];
 }
 
+Socket::Socket(Handle handle) noexcept : handle_(handle) {}
+
 Socket Socket::openStream() noexcept { return opened(stream); }
 Socket Socket::openDatagram() noexcept { return opened(datagram); }
 
