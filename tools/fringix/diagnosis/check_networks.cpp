@@ -37,7 +37,7 @@ std::string lookAtLink(const Facts& facts, const Interface& place) {
 
 Finding checkInterface(const Facts& facts, const Interface& place) {
   Finding finding{"interface", place.name, Colour::green, describe(place), "The search asks this network.", {}, {}};
-  const auto worsen = [&](std::string what, std::string meaning, std::string next, std::string paste) {
+  const auto worsen = [&](const std::string& what, std::string meaning, std::string next, std::string paste) {
     finding.colour = Colour::yellow;
     finding.what += "; " + what;
     finding.meaning = std::move(meaning);
