@@ -12,6 +12,7 @@
 #include "machine.h"
 #include "measurement.h"
 #include "private_network.h"
+#include "recordings.h"
 #include "report.h"
 #include "searches.h"
 #include "triggers.h"
@@ -65,6 +66,7 @@ std::vector<Finding> runAll(const Plan& plan, const std::string& only, bool inPr
   std::vector<Finding> all;
   runTable(comparisons(), plan, only, all);
   runTable(triggerComparisons(), plan, only, all);
+  if (inPrivateNetworks) runTable(recordingComparisons(), plan, only, all);
   if (inPrivateNetworks) runTable(searchComparisons(), plan, only, all);
   return all;
 }

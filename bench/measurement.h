@@ -22,10 +22,11 @@ struct Plan {
 };
 
 // A quantity to show, and how large the library's may be in proportion to the other side's; for one of which more is better, how
-// small.
+// small. Or how much more it may be.
 struct Quantity {
   Metric metric;
   std::optional<double> bound;
+  std::optional<double> mostMore = std::nullopt;
 };
 
 // What is measured: does one thing and gives the time at which it was done, in seconds of CLOCK_MONOTONIC.

@@ -33,8 +33,8 @@ void connectTo(int socket, const char* address) {
 
 }  // namespace
 
-MinimalClient::MinimalClient() : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), "minimal client: socket") {
-  connectTo(socket_.get(), headAddress);
+MinimalClient::MinimalClient(const char* address) : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), "minimal client: socket") {
+  connectTo(socket_.get(), address);
   receiveInteger();  // the greeting
   block(protocolVersion);
 }

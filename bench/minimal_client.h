@@ -11,12 +11,13 @@
 #include <vector>
 
 #include "descriptor.h"
+#include "head.h"
 
 namespace fringix::bench {
 
 class MinimalClient {
  public:
-  MinimalClient();  // connects and shakes hands
+  explicit MinimalClient(const char* address = headAddress);  // connects and shakes hands
   ~MinimalClient();
   MinimalClient(const MinimalClient&) = delete;
   MinimalClient& operator=(const MinimalClient&) = delete;

@@ -231,20 +231,21 @@ void serveOne(Descriptor socket, const Head& head, const Picture& picture) {
   }
 }
 
-[[noreturn]] void serveForEver(const Descriptor& listener, const Head& head) {
+[[noreturn]] void serveForEver(const Descriptor& listener, const Head& head, std::uint32_t bytesPerSecond) {
   const Picture picture(head.pixels());
   for (;;) {
     Descriptor socket(accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC), "accept");
+    if (bytesPerSecond > 0) setsockopt(socket.get(), SOL_SOCKET, SO_MAX_PACING_RATE, &bytesPerSecond, sizeof bytesPerSecond);
     std::thread([&, client = std::move(socket)]() mutable { serveOne(std::move(client), head, picture); }).detach();
   }
 }
 
 }  // namespace
 
-ReplayServer::ReplayServer(const Head& head, std::size_t core)
+ReplayServer::ReplayServer(const Head& head, std::size_t core, std::uint32_t bytesPerSecond)
     : listener_(openListener()), process_([&] {
         pinTo(core);
-        serveForEver(listener_, head);
+        serveForEver(listener_, head, bytesPerSecond);
       }) {
   if (clock_getcpuclockid(process_.id(), &cpuClock_) != 0) throw std::runtime_error("replay server: no processor clock");
 }

@@ -5,6 +5,7 @@
 #include <time.h>
 
 #include <cstddef>
+#include <cstdint>
 
 #include "child_process.h"
 #include "descriptor.h"
@@ -14,7 +15,8 @@ namespace fringix::bench {
 
 class ReplayServer {
  public:
-  ReplayServer(const Head& head, std::size_t core);  // listens when the constructor returns
+  // Listens when the constructor returns. `bytesPerSecond`: what it sends on each connection, at most; 0: as much as it can.
+  ReplayServer(const Head& head, std::size_t core, std::uint32_t bytesPerSecond = 0);
 
   clockid_t cpuClock() const noexcept { return cpuClock_; }  // processor time of the whole process
 

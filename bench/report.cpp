@@ -23,7 +23,8 @@ Summary summarize(const std::vector<Batch>& batches, Metric metric) {
   return {values[values.size() / 2], values.front(), values.back()};
 }
 
-bool isMet(const Quantity& quantity, double ratio) {
+bool isMet(const Quantity& quantity, double ratio, double difference) {
+  if (quantity.mostMore) return difference <= *quantity.mostMore;
   if (!quantity.bound) return true;
   return moreIsBetter(quantity.metric) ? ratio >= *quantity.bound : ratio <= *quantity.bound;
 }
@@ -35,11 +36,12 @@ std::string textOf(const Summary& summary) {
 }
 
 std::string boundOf(const Quantity& quantity) {
+  if (quantity.mostMore) return fmt::format("<= +{:.0f}", *quantity.mostMore);
   return quantity.bound ? fmt::format("{} {:.2f}", moreIsBetter(quantity.metric) ? ">=" : "<=", *quantity.bound) : "";
 }
 
 std::string verdictOf(const Finding& finding) {
-  if (!finding.quantity.bound) return "";
+  if (!finding.quantity.bound && !finding.quantity.mostMore) return "";
   return finding.met ? "ok" : "MISSED";
 }
 
@@ -62,6 +64,10 @@ ordered_json jsonOf(const Finding& finding) {
     json[moreIsBetter(finding.quantity.metric) ? "at_least" : "at_most"] = *finding.quantity.bound;
     json["met"] = finding.met;
   }
+  if (finding.quantity.mostMore) {
+    json["more_at_most"] = *finding.quantity.mostMore;
+    json["met"] = finding.met;
+  }
   return json;
 }
 
@@ -73,7 +79,7 @@ std::vector<Finding> findingsOf(const Measurement& measurement) {
     const Summary library = summarize(measurement.library, quantity.metric);
     const Summary byHand = summarize(measurement.byHand, quantity.metric);
     const double ratio = library.median / byHand.median;
-    findings.push_back({measurement.name, quantity, library, byHand, ratio, isMet(quantity, ratio)});
+    findings.push_back({measurement.name, quantity, library, byHand, ratio, isMet(quantity, ratio, library.median - byHand.median)});
   }
   return findings;
 }
