@@ -1,10 +1,13 @@
-// The built program changing recordings: parts of them, and such that do not tell whose they are.
+// Recordings that are changed: parts of them, and such that do not tell whose they are.
 #include <gtest/gtest.h>
 
+#include "arguments/usage_error.h"
 #include "plain_client.h"
 #include "recorded_head.h"
 #include "recording/conversation_reader.h"
 #include "recording/writer.h"
+#include "recordings/anonymise.h"
+#include "recordings/cut.h"
 #include "replaying_head.h"
 #include "support/wire.h"
 
@@ -18,7 +21,7 @@ class FringixRecording : public RecordedHead {
  protected:
   // Commands 1 to 9: the greeting, the camera's size, and then these.
   void recordASession() {
-    record({"-n", "1"});
+    record();
     PlainClient client;
     const auto ask = [&](const Bytes& words, std::size_t size) {
       client.say(words);
@@ -35,13 +38,22 @@ class FringixRecording : public RecordedHead {
     client.say(text("ByeBye="));
   }
 
-  void change(const std::string& arguments, int exitCode = 0) {
+  // Into b.fxr; gives what has failed.
+  std::string cut(const std::string& from, const std::string& to = "") {
+    const auto place = [](const std::string& text) { return text.empty() ? tool::CutPlace{} : tool::toCutPlace(text); };
+    return change([&] { tool::cutRecording(path("a.fxr"), place(from), place(to), path("b.fxr")); });
+  }
+  std::string anonymise(const tool::Anonymity& anonymity) {
+    return change([&] { tool::anonymiseRecording(path("a.fxr"), anonymity, path("b.fxr")); });
+  }
+  std::string change(const std::function<void()>& work) {
     std::filesystem::remove(scratch_ / "b.fxr");
-    const std::size_t blank = arguments.find(' ');
-    const Outcome outcome = recording(arguments.substr(0, blank) + " " + inQuotes(scratch_ / "a.fxr") + " -o " +
-                                      inQuotes(scratch_ / "b.fxr") + (blank == arguments.npos ? "" : arguments.substr(blank)));
-    EXPECT_EQ(outcome.exitCode, exitCode) << outcome.errors;
-    errors_ = outcome.errors;
+    try {
+      work();
+    } catch (const tool::Failure& failure) {
+      return failure.what();
+    }
+    return "";
   }
 
   std::vector<RecordedCommand> commands(const std::string& name = "b.fxr") const {
@@ -69,24 +81,23 @@ class FringixRecording : public RecordedHead {
 
   Bytes first_;
   Bytes second_;
-  std::string errors_;
 };
 
 using Names = std::vector<std::string>;
 
 TEST_F(FringixRecording, IsCutByNumbersOfCommands) {
   recordASession();
-  waitForItsEnd();
-  change("cut --from 6 --to 7");
+  finishRecording(1);
+  EXPECT_EQ(cut("6", "7"), "");
   EXPECT_EQ(namesOfCommands(), (Names{"gree", "40MS", "20MS", "21MS", "41MS", "81MS"}));
-  change("cut --from 8");
+  EXPECT_EQ(cut("8"), "");
   EXPECT_EQ(namesOfCommands(), (Names{"gree", "40MS", "20MS", "21MS", "41MS", "ByeB"}));
-  EXPECT_TRUE(has(show("", "b.fxr").output, "connection 1 ended by the client")) << "its end is in the part";
-  change("cut --to 4");
+  EXPECT_TRUE(has(show("b.fxr").output, "connection 1 ended by the client")) << "its end is in the part";
+  EXPECT_EQ(cut("", "4"), "");
   EXPECT_EQ(namesOfCommands(), (Names{"gree", "40MS", "20MS", "80MS"}));
-  EXPECT_FALSE(has(show("", "b.fxr").output, "ended by the client"));
-  change("cut --from 40", 1);
-  EXPECT_TRUE(has(errors_, "there is no command in this part of the recording, which has 9")) << errors_;
+  EXPECT_FALSE(has(show("b.fxr").output, "ended by the client"));
+  const std::string failure = cut("40");
+  EXPECT_TRUE(has(failure, "there is no command in this part of the recording, which has 9")) << failure;
 }
 
 TEST_F(FringixRecording, IsCutByTimes) {
@@ -102,21 +113,22 @@ TEST_F(FringixRecording, IsCutByTimes) {
     write(recording::Kind::fromClient, 10, text("100MSG_SLNOOP") + text("70MSG_SLEnableCamLogging"));
     write(recording::Kind::fromClient, 90, text("ByeBye="));
   }
-  change("cut --from 10s --to 1min");
+  EXPECT_EQ(cut("10s", "1min"), "");
   EXPECT_EQ(namesOfCommands(), (Names{"gree", "100M", "70MS"}));
-  change("cut --from 0.5");
+  EXPECT_EQ(cut("0.5"), "");
   EXPECT_EQ(namesOfCommands(), (Names{"gree", "100M", "70MS", "ByeB"}));
-  change("cut --to 9999ms");
+  EXPECT_EQ(cut("", "9999ms"), "");
   EXPECT_EQ(namesOfCommands(), (Names{"gree", "100M"}));
-  change("cut --from 2min", 1);
-  EXPECT_EQ(recording("cut " + inQuotes(scratch_ / "a.fxr") + " -o " + inQuotes(scratch_ / "c.fxr") + " --from yesterday").exitCode, 2);
+  const std::string failure = cut("2min");
+  EXPECT_TRUE(has(failure, "there is no command in this part")) << failure;
+  EXPECT_THROW(tool::toCutPlace("yesterday"), arguments::UsageError);
 }
 
 TEST_F(FringixRecording, APartIsReplayed) {
   recordASession();
-  waitForItsEnd();
+  finishRecording(1);
   server_.stop();
-  change("cut --from 8");
+  EXPECT_EQ(cut("8"), "");
   ReplayingHead head(scratch_ / "b.fxr");
   {
     PlainClient client;
@@ -126,29 +138,29 @@ TEST_F(FringixRecording, APartIsReplayed) {
     EXPECT_EQ(client.receive(4), integer(4711));
     client.say(text("ByeBye="));
   }
-  head.endWith(0);
+  EXPECT_EQ(head.differences(1), 0U);
 }
 
 TEST_F(FringixRecording, OfADamagedOneWhatStandsBeforeIsSaved) {
   recordASession();
-  waitForItsEnd();
+  finishRecording(1);
   std::string file = readBytes(scratch_ / "a.fxr");
   file[file.size() - 24 - 25 - 8] ^= 1;  // in the farewell
   writeBytes(scratch_ / "a.fxr", file);
-  change("cut --to 7", 1);
-  EXPECT_TRUE(has(errors_, "the checksum of this record is wrong")) << errors_;
+  const std::string failure = cut("", "7");
+  EXPECT_TRUE(has(failure, "the checksum of this record is wrong")) << failure;
   EXPECT_EQ(commands().size(), 7U);
 }
 
 TEST_F(FringixRecording, IsAnonymised) {
   recordASession();
-  waitForItsEnd();
-  change("anonymise");
+  finishRecording(1);
+  EXPECT_EQ(anonymise({}), "");
   EXPECT_EQ(commands().size(), 9U);
   EXPECT_EQ(repliesTo("21MSG_SLGetSerial"), integer(1000));
   EXPECT_EQ(repliesTo("81MSG_SLReadDataFromFile"), integers(0, 13) + "head 1000 a 1" + integer(0)) << "the same as elsewhere";
   EXPECT_EQ(repliesTo("41MSG_SLGetLiveImage"), first_ + second_);
-  const std::string shown = show("", "b.fxr").output;
+  const std::string shown = show("b.fxr").output;
   EXPECT_TRUE(has(shown, ": the head at 192.0.2.1, for clients at 192.0.2.2\n")) << shown;
   EXPECT_TRUE(has(shown, "\"SERIAL 1000 MODEL 1 ")) << shown;
   EXPECT_TRUE(has(shown, "connection 1 from 192.0.2.1:")) << "the client is on the head's machine here" << shown;
@@ -158,8 +170,8 @@ TEST_F(FringixRecording, IsAnonymised) {
 
 TEST_F(FringixRecording, DataAndPicturesAreAnonymisedWhenAsked) {
   recordASession();
-  waitForItsEnd();
-  change("anonymise --data --pictures");
+  finishRecording(1);
+  EXPECT_EQ(anonymise({true, true}), "");
   const Bytes pictures = repliesTo("41MSG_SLGetLiveImage");
   EXPECT_EQ(pictures.size(), first_.size() + second_.size());
   EXPECT_EQ(pictures.find(first_.substr(0, 100)), pictures.npos);

@@ -1,11 +1,16 @@
-// Recordings of the built program, from which the built head answers.
+// Clients that are answered from a recording.
 #include <gtest/gtest.h>
 
+#include <fringix/fringix.hpp>
+
+#include "head/serving/head_server.h"
 #include "plain_client.h"
-#include "platform/socket.h"
-#include "recorded_head.h"
+#include "program.h"
 #include "recording/writer.h"
 #include "replaying_head.h"
+#include "small_head.h"
+#include "support/child_process.h"
+#include "support/pattern.h"
 #include "support/wire.h"
 
 namespace fringix::test {
@@ -69,7 +74,7 @@ TEST_F(FringixReplay, AnswersAsRecorded) {
     client.say(text("41MSG_SLGetLiveImage"));
     EXPECT_EQ(client.receive(32), noise(10) + noise(22, 2));
   }
-  head.endWith(0);
+  EXPECT_EQ(head.differences(2), 0U);
 }
 
 TEST_F(FringixReplay, TellsOtherArgumentsByNameAndPlaceAndGoesOn) {
@@ -86,7 +91,6 @@ TEST_F(FringixReplay, TellsOtherArgumentsByNameAndPlaceAndGoesOn) {
   client.say(text("82MSG_SLReadIniInt") + text("a") + text("longer"));
   EXPECT_EQ(client.receive(8), integers(7, 0));
   EXPECT_EQ(head.difference(), "command 4, 82MSG_SLReadIniInt, byte 31: key was \"b\", the client says \"longer\"");
-  head.endWith(1);
 }
 
 TEST_F(FringixReplay, ABlockOfAnotherSizeIsReadAndTold) {
@@ -131,7 +135,7 @@ TEST_F(FringixReplay, SignsOfLifeAndWhatNeverChangesMayComeAnywhere) {
          {Kind::fromHead, integer(7)},
          {Kind::fromClient, text("ByeBye=")},
          {Kind::closedByClient, inOrder}});
-  ReplayingHead head(file_, {"--at-once", "--verbose"});
+  ReplayingHead head(file_);
   {
     PlainClient client;
     client.say(text("100MSG_SLNOOP") + text("56MSG_SLGetGain"));
@@ -140,8 +144,7 @@ TEST_F(FringixReplay, SignsOfLifeAndWhatNeverChangesMayComeAnywhere) {
     EXPECT_EQ(client.receive(4), integer(3300));
     client.say(text("ByeBye="));
   }
-  EXPECT_NE(head.told().find("  connected"), std::string::npos);
-  EXPECT_NE(head.told().find("  disconnected"), std::string::npos) << "nothing differed";
+  EXPECT_EQ(head.differences(1), 0U);
 }
 
 TEST_F(FringixReplay, TellsOfAClientThatSaysMoreOrLess) {
@@ -190,7 +193,7 @@ TEST_F(FringixReplay, TakesTheRecordedTimeUnlessAtOnce) {
     return std::chrono::steady_clock::now() - begin;
   };
   {
-    ReplayingHead head(file_, {});
+    ReplayingHead head(file_, false);
     EXPECT_GE(timed(), std::chrono::milliseconds(pause)) << "and not the minute before, which was the client's";
   }
   ReplayingHead head(file_);
@@ -217,9 +220,8 @@ TEST_F(FringixReplay, WhatIsNoRecordingIsRefused) {
   writeBytes(scratch_ / "text.fxr", "hello");
   const Outcome text = runProgram(FRINGIX_HEAD, "--replay " + inQuotes(scratch_ / "text.fxr"));
   EXPECT_EQ(text.exitCode, 1);
-  EXPECT_TRUE(has(text.errors, "text.fxr\": it is no recording")) << text.errors;
+  EXPECT_TRUE(contains(text.errors, "text.fxr\": it is no recording")) << text.errors;
   EXPECT_EQ(runProgram(FRINGIX_HEAD, "--replay a.fxr --heads 2").exitCode, 2);
-  EXPECT_EQ(runProgram(FRINGIX_HEAD, "--at-once").exitCode, 2);
 }
 
 head::HeadSettings scannedHead() {
@@ -230,32 +232,33 @@ head::HeadSettings scannedHead() {
   return settings;
 }
 
-class FringixReplayOfAScan : public RecordedHead {
- protected:
-  FringixReplayOfAScan() : RecordedHead(scannedHead()) {}
-
-  Outcome scan(const std::string& folder) const { return runProgram(FRINGIX_TOOL, "scan 127.0.0.3 -o " + inQuotes(scratch_ / folder)); }
-  void expectSameClouds() const {
-    for (const char* name : {"cloud.ply", "cloud.pcd", "range.npy", "depth.png"}) {
-      const std::string cloud = readBytes(scratch_ / "recorded" / name);
-      EXPECT_GT(cloud.size(), 1000U) << name;
-      EXPECT_EQ(readBytes(scratch_ / "replayed" / name), cloud) << name;
-    }
+// The built programs, from the beginning to the end.
+TEST(FringixReplayOfAScan, GivesTheSameClouds) {
+  const ScratchFolder scratch;
+  const std::string file = (scratch / "a.fxr").string();
+  const auto scan = [&](const std::string& folder) { return runProgram(FRINGIX_TOOL, "scan 127.0.0.3 -o " + inQuotes(scratch / folder)); };
+  {
+    head::HeadServer server(scannedHead());
+    server.start();
+    ChildProcess recorder(FRINGIX_TOOL, {"record", "127.0.0.1", "--listen", "127.0.0.3", "-o", file, "-n", "2", "--compress"});
+    EXPECT_EQ(recorder.waitForLine("recording"), "recording 127.0.0.1 for clients at 127.0.0.3, end with Ctrl-C");
+    EXPECT_EQ(scan("recorded").exitCode, 0);
+    EXPECT_EQ(recorder.wait(), 0);
   }
-};
-
-TEST_F(FringixReplayOfAScan, GivesTheSameClouds) {
-  record({"-n", "2", "--compress"});
-  EXPECT_EQ(scan("recorded").exitCode, 0);
-  waitForItsEnd();
-  server_.stop();
-  ReplayingHead head(scratch_ / "a.fxr");
+  ChildProcess head(FRINGIX_HEAD, {"--replay", file, "--at-once", "--address", "127.0.0.3"});
+  EXPECT_NE(head.waitForLine("ready: "), "");
   const Outcome outcome = scan("replayed");
   EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-  expectSameClouds();
-  const Outcome list = runProgram(FRINGIX_TOOL, "list");
-  EXPECT_TRUE(has(list.output, "4711           QOR_T3D         127.0.0.3")) << list.output;
-  head.endWith(0);
+  for (const char* name : {"cloud.ply", "cloud.pcd", "range.npy", "depth.png"}) {
+    const std::string cloud = readBytes(scratch / "recorded" / name);
+    EXPECT_GT(cloud.size(), 1000U) << name;
+    EXPECT_EQ(readBytes(scratch / "replayed" / name), cloud) << name;
+  }
+  const auto devices = findDevices();
+  EXPECT_TRUE(devices.size() == 1 && devices[0].serial == 4711 && devices[0].address == "127.0.0.3") << "it is found, too";
+  if (head.interrupt()) {
+    EXPECT_EQ(head.wait(), 0) << "nothing differed";
+  }
 }
 
 }  // namespace

@@ -1,16 +1,19 @@
-// A small simulated head with "fringix record" before it.
+// A small simulated head and what is said to it, recorded in this process.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <optional>
 #include <string>
-#include <vector>
 
+#include "console/explain.h"
 #include "head/serving/head_server.h"
-#include "program.h"
+#include "recording/recorder.h"
+#include "recordings/listing.h"
+#include "relay/relay.h"
 #include "small_head.h"
-#include "support/child_process.h"
+#include "support/eventually.h"
+#include "support/scratch_folder.h"
 
 namespace fringix::test {
 
@@ -18,24 +21,51 @@ class RecordedHead : public testing::Test {
  protected:
   explicit RecordedHead(const head::HeadSettings& settings = smallHead()) : server_(settings) { server_.start(); }
 
-  void record(std::vector<std::string> options = {}, const std::string& name = "a.fxr") {
-    const std::vector<std::string> usual{"record", "127.0.0.1", "--listen", "127.0.0.3", "-o", (scratch_ / name).string()};
-    options.insert(options.begin(), usual.begin(), usual.end());
-    recorder_.emplace(FRINGIX_TOOL, options);
-    EXPECT_NE(recorder_->waitForLine("recording 127.0.0.1 for clients at 127.0.0.3, end with Ctrl-C"), "");
+  // At 127.0.0.3, into a.fxr.
+  void record(bool compressed = false) {
+    relay_.emplace(tool::RelaySettings{"127.0.0.1", "127.0.0.3", std::chrono::seconds(5)},
+                   [this](const std::string& what) { warnings_ += what; });
+    recording::Header header = relay_->header();
+    header.compressed = compressed;
+    recorder_.emplace(path("a.fxr"), header);
+    relay_->start(*recorder_);
   }
 
-  // Of a recorder that was told how many connections to take.
-  void waitForItsEnd() { EXPECT_EQ(recorder_->wait(), 0); }
+  // When so many connections have ended.
+  void finishRecording(std::size_t connections) {
+    EXPECT_TRUE(eventually([&] { return relay_->endedConnections() == connections; }));
+    relay_.reset();
+    recorder_->finish();
+    EXPECT_EQ(recorder_->failure() + warnings_, "");
+  }
 
-  Outcome recording(const std::string& arguments) const { return runProgram(FRINGIX_TOOL, "recording " + arguments); }
-  Outcome show(const std::string& options = "", const std::string& name = "a.fxr") const {
-    return recording("show " + inQuotes(scratch_ / name) + " " + options);
+  std::string path(const std::string& name) const { return (scratch_ / name).string(); }
+
+  // What the tool shows of a recording, and says of it.
+  struct Shown {
+    std::string output;
+    std::string errors;
+    std::string failure;
+  };
+  Shown show(const std::string& name = "a.fxr", bool json = false) const {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    std::string failure;
+    try {
+      tool::showRecording(path(name), json);
+    } catch (const tool::Failure& error) {
+      failure = error.what();
+    }
+    Shown shown{testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr(), failure};
+    for (std::string* const text : {&shown.output, &shown.errors}) std::erase(*text, '\r');
+    return shown;
   }
 
   const ScratchFolder scratch_;
   head::HeadServer server_;
-  std::optional<ChildProcess> recorder_;
+  std::string warnings_;
+  std::optional<recording::Recorder> recorder_;
+  std::optional<tool::Relay> relay_;
 };
 
 inline bool has(const std::string& text, const std::string& part) { return text.find(part) != text.npos; }

@@ -1,51 +1,57 @@
-// fringix-head with a recording, at 127.0.0.3.
+// A recording from which a client is answered at 127.0.0.3, in this process.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <condition_variable>
+#include <deque>
 #include <filesystem>
+#include <mutex>
 #include <string>
-#include <utility>
-#include <vector>
 
-#include "support/child_process.h"
+#include "head/replay/replay_server.h"
 
 namespace fringix::test {
 
 class ReplayingHead {
  public:
-  explicit ReplayingHead(const std::filesystem::path& file, std::vector<std::string> options = {"--at-once"})
-      : program_(FRINGIX_HEAD, arguments(file, std::move(options))) {
-    EXPECT_NE(program_.waitForLine("ready: "), "");
+  explicit ReplayingHead(const std::filesystem::path& file, bool atOnce = true)
+      : server_({file.string(), atOnce}, "127.0.0.3",
+                [this](head::ReplayServer::News news, const std::string&, const std::string& text) { take(news, text); }) {
+    server_.start();
   }
 
-  // The next line that is told.
-  std::string told() { return program_.nextLine().value_or("nothing"); }
-  // Whatever was told, from which the addresses of clients are removed.
+  // The next difference that is told.
   std::string difference() {
-    const std::string line = told();
-    const std::size_t at = line.find("differs: ");
-    return at == line.npos ? line : line.substr(at + 9);
+    std::unique_lock lock(mutex_);
+    if (!changed_.wait_for(lock, std::chrono::seconds(20), [&] { return !told_.empty(); })) return "none";
+    std::string text = told_.front();
+    told_.pop_front();
+    return text;
   }
 
-  // Ends it as a person does, where a program can do that to another.
-  void endWith(int exitCode) {
-    if (program_.interrupt()) {
-      EXPECT_EQ(program_.wait(), exitCode);
-    } else {
-      program_.kill();
-    }
-    const auto more = program_.nextLine();
-    EXPECT_EQ(more.value_or("nothing more"), "nothing more");
+  // In all, when the clients have gone.
+  std::size_t differences(int clients) {
+    std::unique_lock lock(mutex_);
+    EXPECT_TRUE(changed_.wait_for(lock, std::chrono::seconds(20), [&] { return left_ == clients; }));
+    return server_.differences();
   }
 
  private:
-  ChildProcess program_;
+  using News = head::ReplayServer::News;
 
-  static std::vector<std::string> arguments(const std::filesystem::path& file, std::vector<std::string> options) {
-    options.insert(options.begin(), {"--replay", file.string(), "--address", "127.0.0.3"});
-    return options;
+  void take(News news, const std::string& text) {
+    const std::lock_guard lock(mutex_);
+    if (news == News::disconnected) ++left_;
+    if (news == News::difference || news == News::trouble) told_.push_back(text);
+    changed_.notify_all();
   }
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::deque<std::string> told_;
+  int left_ = 0;
+  head::ReplayServer server_;
 };
 
 }  // namespace fringix::test
