@@ -37,6 +37,7 @@ class RecordedHead : public testing::Test {
     relay_.reset();
     recorder_->finish();
     EXPECT_EQ(recorder_->failure() + warnings_, "");
+    recorder_.reset();
   }
 
   std::string path(const std::string& name) const { return (scratch_ / name).string(); }
