@@ -108,16 +108,22 @@ void ReplayServer::acceptClients() noexcept {
   while (!stopping_) {
     const platform::Readiness readiness = listener_.waitReadable(stopInterval);
     sessions_.remove_if([](const auto& session) { return session->finished(); });
-    if (readiness != platform::Readiness::ready || sessions_.size() >= mostSessions) continue;
     try {
-      platform::Ipv4Endpoint peer;
-      platform::Socket socket = listener_.accept(&peer);
-      socket.setNoDelay(true);
-      if (socket.valid()) sessions_.push_back(std::make_unique<Session>(*this, std::move(socket), peer));
+      if (readiness == platform::Readiness::ready) acceptClient();
     } catch (const std::exception&) {  // no thread or no memory for this client just now
       platform::sleepFor(stopInterval);
     }
   }
+}
+
+// Who comes when there are many waits, and so does whoever finds no descriptor free.
+void ReplayServer::acceptClient() {
+  if (sessions_.size() >= mostSessions) return platform::sleepFor(stopInterval);
+  platform::Ipv4Endpoint peer;
+  platform::Socket socket = listener_.accept(&peer);
+  if (!socket.valid()) return platform::sleepFor(stopInterval);
+  socket.setNoDelay(true);
+  sessions_.push_back(std::make_unique<Session>(*this, std::move(socket), peer));
 }
 
 void ReplayServer::answerSearches() noexcept {

@@ -41,6 +41,7 @@ class ReplayServer {
   class Session;
 
   void acceptClients() noexcept;
+  void acceptClient();
   void answerSearches() noexcept;
   const RecordedConnection* next();
   const RecordedConnection* claim();

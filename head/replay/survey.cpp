@@ -50,7 +50,8 @@ class Surveyor {
     places_.push_back({command.begin(), command.connection});
     if (!command.by(Sender::client).bytes.empty()) connection.clientSpoke = true;
     if (command.command == &recording::greeting()) connection.greeting = command.by(Sender::head).bytes;
-    if (command.complete && command.surplus == 0 && recording::hasConstantReply(command.name)) connection.constants.try_emplace(command.name, command);
+    if (command.complete && command.surplus == 0 && recording::hasConstantReply(command.name))
+      connection.constants.try_emplace(command.name, command);
   }
 
   void take(const Record& record) {
