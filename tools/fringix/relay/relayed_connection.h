@@ -33,7 +33,7 @@ class RelayedConnection {
  private:
   void run() noexcept;
   bool connect();
-  void pump(platform::Socket& from, platform::Socket& to, recording::Kind kind, recording::Kind end) noexcept;
+  void pump(platform::Socket& from, platform::Socket& to, recording::Kind kind, recording::Kind closing) noexcept;
   bool sendAll(platform::Socket& to, std::span<const std::uint8_t> bytes) noexcept;
   void end(recording::Kind kind, recording::Ending ending) noexcept;
 
