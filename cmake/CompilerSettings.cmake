@@ -5,7 +5,8 @@ check_pie_supported()
 add_library(fringix_settings INTERFACE)
 
 target_compile_options(fringix_settings INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wundef -Wcast-align -Wnull-dereference -Wimplicit-fallthrough -Werror
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wundef -Wcast-align -Wnull-dereference -Wimplicit-fallthrough -Werror
+  $<$<NOT:$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wshadow>  # where several files are compiled as one, a local name may hide a neighbour's
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wextra-semi>
   -fstack-protector-strong)
 
