@@ -6,7 +6,6 @@ add_library(fringix_settings INTERFACE)
 
 target_compile_options(fringix_settings INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wundef -Wcast-align -Wnull-dereference -Wimplicit-fallthrough -Werror
-  $<$<NOT:$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wshadow>  # where several files are compiled as one, a local name may hide a neighbour's
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wextra-semi>
   -fstack-protector-strong)
 
@@ -33,3 +32,12 @@ if(FRINGIX_SANITIZE)
 endif()
 
 find_package(Threads REQUIRED)
+
+# fringix_note_coverage(TARGET): in the build for that it notes which of its lines and branches run. What is precompiled has other options.
+function(fringix_note_coverage target)
+  if(FRINGIX_COVERAGE)
+    target_compile_options(${target} PRIVATE --coverage -Og -fprofile-update=atomic)
+    target_link_options(${target} PUBLIC --coverage)
+    set_target_properties(${target} PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
+  endif()
+endfunction()

@@ -236,9 +236,7 @@ class Device {
 
   // The projector. An image that is smaller than the projector is put where the head puts it.
   void show(const RgbImage& image) const {
-    constexpr std::uint32_t largestSide = (std::numeric_limits<std::int32_t>::max)() / 3;
-    const bool whole = image.pixels.size() == std::uint64_t{image.width} * image.height * 3;
-    if (!whole || image.width > largestSide || image.height > largestSide) throw Error("SLShowImage", SLBAD_PARAMETER);
+    requireWhole("SLShowImage", image);
     call("SLShowImage", SLShowImage, image.pixels.data(), static_cast<std::int32_t>(image.width), static_cast<std::int32_t>(image.height),
          static_cast<std::int32_t>(image.width * 3));
   }
@@ -361,7 +359,7 @@ class Device {
   std::uint32_t allocateSequence(std::uint32_t imageCount) const { return get<std::uint32_t>("SLSeqAlloc", SLSeqAlloc, imageCount); }
   void freeSequence(std::uint32_t id) const { call("SLSeqFree", SLSeqFree, id); }
   void putImage(std::uint32_t id, std::uint8_t index, const RgbImage& image) const {
-    if (image.pixels.size() != std::uint64_t{image.width} * image.height * 3) throw Error("SLSeqPut", SLBAD_PARAMETER);
+    requireWhole("SLSeqPut", image);
     call("SLSeqPut", SLSeqPut, id, image.pixels.data(), image.width, image.height, image.width * 3, index);
   }
   void makeGrayCode(std::uint32_t id, std::uint8_t g1, std::uint8_t g2, std::uint8_t g3, std::uint8_t g4) const {
@@ -394,6 +392,13 @@ class Device {
   static constexpr std::int32_t closedHandle = -1;
   static constexpr std::uint32_t unknownSize = 0xFFFFFFFF;
   static constexpr std::size_t longestText = 999999;  // that a head can send
+
+  // Its rows, 3 bytes a pixel, are to fit into the integers of the C functions.
+  static void requireWhole(const char* operation, const RgbImage& image) {
+    constexpr std::uint32_t largestSide = (std::numeric_limits<std::int32_t>::max)() / 3;
+    const bool fits = image.width <= largestSide && image.height <= largestSide;
+    if (!fits || image.pixels.size() != std::uint64_t{image.width} * image.height * 3) throw Error(operation, SLBAD_PARAMETER);
+  }
 
   // One command: the C function with this session's handle before its other arguments.
   template <class Function, class... Arguments>

@@ -269,10 +269,25 @@ TEST(WrapperProjection, AMeasurementOfAllImagesAsksForTheSerialNumberToo) {
   EXPECT_NO_THROW(device.measure(7));
 }
 
+template <class Call>
+int refusal(Call call) {
+  try {
+    call();
+  } catch (const Error& error) {
+    return error.code();
+  }
+  return SLALL_OKAY;
+}
+
 TEST(WrapperProjection, ImageWhosePixelsDoNotMatchItsSizeIsRefused) {
   test::ScriptedHead head(scriptFor({"", false, "", "", {}}));
   const Device device("127.0.0.1");
-  EXPECT_THROW(device.show({2, 1, {1, 2, 3}}), Error);
+  const RgbImage lacking{2, 1, {1, 2, 3}};
+  const RgbImage endless{0x60000000, 0, {}};  // three times its width is no longer its width
+  for (const RgbImage& image : {lacking, endless}) {
+    EXPECT_EQ(refusal([&] { device.show(image); }), SLBAD_PARAMETER);
+    EXPECT_EQ(refusal([&] { device.putImage(1, 0, image); }), SLBAD_PARAMETER);
+  }
 }
 
 }  // namespace

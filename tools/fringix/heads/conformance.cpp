@@ -99,11 +99,11 @@ class Conformance {
   explicit Conformance(const ConformanceTask& task) : task_(task) {}
 
   ConversationResult check(const protocol::Command& command, const Example& example) {
-    ConversationResult result{command.name, example.title, Verdict::asExpected, {}};
+    ConversationResult result{command.name, example.title, Conformity::asExpected, {}};
     try {
       connect();
       if (const std::string reason = reasonToLeaveOut(command, example); !reason.empty()) {
-        result.verdict = Verdict::leftOut;
+        result.verdict = Conformity::leftOut;
         result.reasons.push_back(reason);
       } else {
         play(example, result);
@@ -112,7 +112,7 @@ class Conformance {
     } catch (const Failure&) {
       throw;
     } catch (const std::runtime_error& error) {
-      result.verdict = Verdict::broken;
+      result.verdict = Conformity::broken;
       result.reasons.emplace_back(error.what());
       partner_.reset();
     }
@@ -139,7 +139,7 @@ class Conformance {
   void play(const Example& example, ConversationResult& result) {
     const protocol::Played played = partner_->play(example);
     for (const auto& [command, field, offset, expected, found] : played.differences) {
-      result.verdict = Verdict::differs;
+      result.verdict = Conformity::differs;
       result.reasons.push_back(
           fmt::format("{}: {}, byte {} of the reply, should be {} and is {}", command, field, offset, expected, found));
     }

@@ -8,12 +8,12 @@
 
 namespace fringix::tool {
 
-enum class Verdict { asExpected, differs, broken, leftOut };
+enum class Conformity { asExpected, differs, broken, leftOut };
 
 struct ConversationResult {
   std::string command;
   std::string example;
-  Verdict verdict = Verdict::asExpected;
+  Conformity verdict = Conformity::asExpected;
   std::vector<std::string> reasons;  // what differs, why it broke, or why it was left out
 };
 

@@ -27,21 +27,21 @@ struct ConformOptions {
   std::string junit;
 };
 
-const char* inWords(Verdict verdict) {
+const char* inWords(Conformity verdict) {
   switch (verdict) {
-    case Verdict::asExpected:
+    case Conformity::asExpected:
       return "as expected";
-    case Verdict::differs:
+    case Conformity::differs:
       return "differs";
-    case Verdict::broken:
+    case Conformity::broken:
       return "broken";
-    case Verdict::leftOut:
+    case Conformity::leftOut:
       break;
   }
   return "left out";
 }
 
-std::size_t count(const Results& results, Verdict verdict) {
+std::size_t count(const Results& results, Conformity verdict) {
   return static_cast<std::size_t>(
       std::count_if(results.begin(), results.end(), [=](const auto& result) { return result.verdict == verdict; }));
 }
@@ -53,7 +53,7 @@ void print(const ConversationResult& result) {
 
 void printTable(const Results& results) {
   fmt::print("\n");
-  for (const Verdict verdict : {Verdict::asExpected, Verdict::differs, Verdict::broken, Verdict::leftOut}) {
+  for (const Conformity verdict : {Conformity::asExpected, Conformity::differs, Conformity::broken, Conformity::leftOut}) {
     fmt::print("{:<11}  {:>3}\n", inWords(verdict), count(results, verdict));
   }
 }
@@ -83,11 +83,14 @@ std::string escaped(std::string_view text) {
 std::string toJunit(const Results& results, const std::string& address) {
   std::string xml = "<?xml version='1.0' encoding='UTF-8'?>\n";
   xml += fmt::format(R"(<testsuite name="conversations with {}" tests="{}" failures="{}" errors="{}" skipped="{}">)", escaped(address),
-                     results.size(), count(results, Verdict::differs), count(results, Verdict::broken), count(results, Verdict::leftOut));
+                     results.size(), count(results, Conformity::differs), count(results, Conformity::broken),
+                     count(results, Conformity::leftOut));
   xml += "\n";
   for (const ConversationResult& result : results) {
     xml += fmt::format(R"(  <testcase classname="{}" name="{}">)", escaped(result.command), escaped(result.example));
-    const char* const element = result.verdict == Verdict::differs ? "failure" : result.verdict == Verdict::broken ? "error" : "skipped";
+    const char* const element = result.verdict == Conformity::differs  ? "failure"
+                                : result.verdict == Conformity::broken ? "error"
+                                                                       : "skipped";
     for (const std::string& reason : result.reasons) xml += fmt::format(R"(<{} message="{}"/>)", element, escaped(reason));
     xml += "</testcase>\n";
   }
@@ -99,10 +102,11 @@ void write(const std::string& path, const std::string& text) {
 }
 
 void judge(const Results& results) {
-  const std::size_t wrong = count(results, Verdict::differs) + count(results, Verdict::broken);
+  const std::size_t wrong = count(results, Conformity::differs) + count(results, Conformity::broken);
   if (wrong == 0) return;
-  throw Failure({fmt::format("{} of {} conversations are not as they should be", wrong, results.size() - count(results, Verdict::leftOut)),
-                 "docs/protocol-commands.md has each of them, byte by byte.", "differs"});
+  throw Failure(
+      {fmt::format("{} of {} conversations are not as they should be", wrong, results.size() - count(results, Conformity::leftOut)),
+       "docs/protocol-commands.md has each of them, byte by byte.", "differs"});
 }
 
 void conform(const ConformOptions& options, Context& context) {
