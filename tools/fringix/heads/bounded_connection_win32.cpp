@@ -1,9 +1,3 @@
-// The headers tell of SIO_TCP_INFO for the system that has it; an older one refuses it.
-#undef _WIN32_WINNT
-#undef NTDDI_VERSION
-#define _WIN32_WINNT 0x0A00
-#define NTDDI_VERSION 0x0A000003
-
 #include <winsock2.h>
 
 #include <mstcpip.h>
