@@ -3,6 +3,9 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
 #include <thread>
 
 TEST(Passes, First) {}
@@ -31,3 +34,20 @@ TEST(FailsAtExit, Passes) {
 class Takes : public testing::TestWithParam<int> {};
 TEST_P(Takes, OddNumbers) { EXPECT_EQ(GetParam() % 2, 1); }
 INSTANTIATE_TEST_SUITE_P(Each, Takes, testing::Values(1, 2));
+
+TEST(StartsLate, Passes) {}
+TEST(NeverStarts, Passes) {}
+
+// The runner's last argument lies in the folder of the suite.
+bool starts(const std::string& flags) {
+  if (flags.find("/NeverStarts/") != flags.npos) return false;
+  if (flags.find("/StartsLate/") == flags.npos) return true;
+  const std::string tried = flags.substr(flags.find('=') + 1) + ".tried";
+  return std::filesystem::exists(tried) || !std::ofstream(tried);
+}
+
+int main(int count, char** arguments) {
+  if (!starts(arguments[count - 1])) return 9;
+  testing::InitGoogleTest(&count, arguments);
+  return RUN_ALL_TESTS();
+}
