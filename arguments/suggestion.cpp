@@ -33,6 +33,8 @@ std::string didYouMean(std::string_view word, std::span<const std::string> known
   const std::string* nearest = nullptr;
   std::size_t least = std::max(std::size_t{1}, word.size() / 3) + 1;
   for (const std::string& candidate : known) {
+    const std::size_t longer = std::max(word.size(), candidate.size()) - std::min(word.size(), candidate.size());
+    if (longer >= least) continue;
     const std::size_t steps = distance(word, candidate);
     if (steps >= least || steps >= candidate.size()) continue;
     least = steps;
