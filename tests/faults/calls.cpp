@@ -23,13 +23,19 @@ int loadData(Stage& stage) {
 
 int freeSequence(Stage& stage) {
   std::uint32_t id = 0;
-  stage.model.allocateSequence(1, id);
+  if (stage.model != nullptr)
+    stage.model->allocateSequence(1, id);
+  else
+    SLSeqAlloc(stage.handle, 1, &id);
   return SLSeqFree(stage.handle, id);
 }
 
 int allocateSequence(Stage& stage) {
   const int result = SLSeqAlloc(stage.handle, 1, size(stage));
-  stage.model.freeSequence(*size(stage));
+  if (stage.model != nullptr)
+    stage.model->freeSequence(*size(stage));
+  else
+    SLSeqFree(stage.handle, *size(stage));
   return result;
 }
 

@@ -17,10 +17,11 @@ enum class Reply {
   picture
 };
 
-// What a call works with: a session, the head behind it, a sequence of two images there, and room for what the call gives.
+// What a call works with: a session, the head behind it where that is in this process, a sequence of two images there, and room for what
+// the call gives.
 struct Stage {
   std::int32_t handle;
-  head::HeadModel& model;
+  head::HeadModel* model;
   std::uint32_t sequence;
   alignas(8) std::uint8_t output[512];
 };

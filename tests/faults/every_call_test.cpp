@@ -92,7 +92,7 @@ class Worker {
 
   std::string cell(const Call& call, const FaultRow& fault) {
     head_.set(std::string("at ") + call.command + ": " + fault.what);
-    Stage stage{handle_, head_.server.model(), head_.sequence, {}};
+    Stage stage{handle_, &head_.server.model(), head_.sequence, {}};
     const auto begin = Clock::now();
     const int result = call.run(stage);
     const auto took = std::chrono::duration_cast<milliseconds>(Clock::now() - begin);

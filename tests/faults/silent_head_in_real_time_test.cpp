@@ -29,7 +29,7 @@ struct Outcome {
 Outcome waitFor(FaultyHead& head, const Call& call, std::int32_t handle) {
   Outcome outcome;
   std::int32_t gain = 0;
-  Stage stage{handle, head.server.model(), head.sequence, {}};
+  Stage stage{handle, &head.server.model(), head.sequence, {}};
   const auto begin = Clock::now();
   outcome.result = call.run(stage);
   if (call.reply == Reply::none && outcome.result == SLALL_OKAY) outcome.result = SLGetGain(handle, &gain);

@@ -1,5 +1,6 @@
 #include "support/process_state.h"
 
+#include <malloc.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -33,6 +34,11 @@ std::size_t residentBytes() {
   std::size_t resident = 0;
   std::ifstream("/proc/self/statm") >> all >> resident;
   return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+std::size_t heapBytes() {
+  const struct mallinfo2 all = mallinfo2();
+  return all.uordblks + all.hblkhd;
 }
 
 }  // namespace fringix::test

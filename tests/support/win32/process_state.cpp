@@ -43,4 +43,10 @@ std::size_t residentBytes() {
   return counters.WorkingSetSize;
 }
 
+std::size_t heapBytes() {
+  PROCESS_MEMORY_COUNTERS counters{};
+  K32GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+  return counters.PagefileUsage;
+}
+
 }  // namespace fringix::test
