@@ -19,7 +19,7 @@ inline constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max()
 // What follows the last byte that the peer says.
 enum class End { closed, reset, silence };
 
-// The one connection: every stream socket is it.
+// What a stream socket is connected to.
 struct Connection {
   std::string arriving;
   std::size_t taken = 0;  // of them
@@ -31,6 +31,8 @@ struct Connection {
 
   std::size_t waiting() const { return arriving.size() - taken; }
 };
+
+inline constexpr std::uint32_t firstOther = 0x7F000100;  // 127.0.1.0
 
 struct Datagram {
   std::uint32_t sender;  // host byte order
@@ -44,7 +46,8 @@ struct Turn {
 };
 
 struct Network {
-  Connection connection;
+  Connection connection;           // that of every stream socket, but for those to
+  std::vector<Connection> others;  // the address firstOther and those behind it
   std::deque<Datagram> datagrams;
   std::vector<platform::Ipv4Row> addresses;
 

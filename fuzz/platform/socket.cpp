@@ -22,19 +22,23 @@ namespace {
 
 using fuzz::Connection;
 using fuzz::End;
+using fuzz::network;
 
 constexpr Socket::Handle stream = 1000;
 constexpr Socket::Handle datagram = 1001;
+constexpr Socket::Handle other = 1002;  // and above
 
-Connection& connection() { return fuzz::network().connection; }
+Connection& connectionOf(Socket::Handle socket) {
+  return socket < other ? network().connection : network().others[static_cast<std::size_t>(socket - other)];
+}
 
 Socket opened(Socket::Handle handle) noexcept {
-  ++fuzz::network().open;
+  ++network().open;
   return Socket(handle);
 }
 
 Readiness silence(std::chrono::milliseconds limit) noexcept {
-  if (limit < std::chrono::milliseconds::zero()) fuzz::network().waitedForEver = true;
+  if (limit < std::chrono::milliseconds::zero()) network().waitedForEver = true;
   return limit < std::chrono::milliseconds::zero() ? Readiness::failed : Readiness::timedOut;
 }
 
@@ -58,10 +62,14 @@ Socket Socket::openDatagram() noexcept { return opened(datagram); }
 void Socket::close() noexcept {
   if (!valid()) return;
   release();
-  --fuzz::network().open;
+  --network().open;
 }
 
-bool Socket::connect(Ipv4Endpoint) noexcept { return !connection().refused; }
+bool Socket::connect(Ipv4Endpoint to) noexcept {
+  const std::uint32_t place = to.address - fuzz::firstOther;
+  if (place < network().others.size()) handle_ = other + static_cast<Handle>(place);
+  return !connectionOf(handle_).refused;
+}
 bool Socket::connectInProgress() noexcept { return false; }
 bool Socket::bind(Ipv4Endpoint) noexcept { return true; }
 bool Socket::listen(int) noexcept { return true; }
@@ -78,7 +86,7 @@ Socket Socket::accept(Ipv4Endpoint*) noexcept { return {}; }
 Ipv4Endpoint Socket::localEndpoint() const noexcept { return {0x7F000001, 44330}; }
 
 std::ptrdiff_t Socket::send(const void* data, std::size_t size) noexcept {
-  Connection& to = connection();
+  Connection& to = connectionOf(handle_);
   const std::size_t taken = std::min(size, to.room);
   if (taken == 0 && size > 0) return -1;
   if (to.room != fuzz::unlimited) to.room -= taken;
@@ -90,7 +98,7 @@ bool Socket::sendHadNoRoom() noexcept { return false; }
 bool Socket::hasUnconfirmed() const noexcept { return false; }
 
 std::ptrdiff_t Socket::receive(void* buffer, std::size_t size) noexcept {
-  Connection& from = connection();
+  Connection& from = connectionOf(handle_);
   const std::size_t count = std::min({size, from.waiting(), from.atOnce});
   if (count == 0) return from.end == End::closed ? 0 : -1;
   std::memcpy(buffer, from.arriving.data() + from.taken, count);
@@ -101,7 +109,7 @@ std::ptrdiff_t Socket::receive(void* buffer, std::size_t size) noexcept {
 std::ptrdiff_t Socket::sendTo(const void*, std::size_t size, Ipv4Endpoint) noexcept { return static_cast<std::ptrdiff_t>(size); }
 
 std::ptrdiff_t Socket::receiveFrom(void* buffer, std::size_t size, Ipv4Endpoint* sender) noexcept {
-  auto& waiting = fuzz::network().datagrams;
+  auto& waiting = network().datagrams;
   if (waiting.empty()) return -1;
   const fuzz::Datagram next = std::move(waiting.front());
   waiting.pop_front();
@@ -112,8 +120,8 @@ std::ptrdiff_t Socket::receiveFrom(void* buffer, std::size_t size, Ipv4Endpoint*
 }
 
 Readiness Socket::waitReadable(std::chrono::milliseconds limit) const noexcept {
-  if (handle_ == datagram) return fuzz::network().datagrams.empty() ? silence(limit) : Readiness::ready;
-  const Connection& from = connection();
+  if (handle_ == datagram) return network().datagrams.empty() ? silence(limit) : Readiness::ready;
+  const Connection& from = connectionOf(handle_);
   return from.waiting() > 0 || from.end != End::silence ? Readiness::ready : silence(limit);
 }
 

@@ -46,7 +46,7 @@ int executeSerial(Call& c) {
   std::array<char, 64> reply{};
   const int result = SLExecRS232(c.handle(), c.content("request").c_str(), reply.data(), static_cast<std::int32_t>(reply.size()));
   if (result == SLALL_OKAY) {
-    EXPECT_EQ(std::string(reply.data()), c.content("reply"));
+    EXPECT_STREQ(reply.data(), c.content("reply").c_str());
   }
   return result;
 }

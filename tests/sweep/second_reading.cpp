@@ -37,14 +37,45 @@ Outcome SecondReading::call(const EncodedExchange& exchange) {
   return outcome;
 }
 
+void SecondReading::hear(const Bytes& more) {
+  if (!deaf_) rest_ += more;
+}
+
+void SecondReading::stopRequests() {
+  deaf_ = true;
+  rest_.clear();
+}
+
+bool SecondReading::needsNot(const std::string& command) const {
+  if (command == "20MSG_SLGetProtocolVersion") return version_ && *version_ >= 0;
+  if (command == "21MSG_SLGetSerial") return serial_ && *serial_ >= 0;
+  return known_.count(command) > 0;
+}
+
 int SecondReading::read(const EncodedExchange& exchange, Outcome& outcome) {
   if (const auto result = readBefore(exchange, outcome)) return *result;
+  if (deaf_) {
+    connected_ = false;
+    return SLCONNECTION_ERROR;
+  }
+  int result = SLALL_OKAY;
   for (const Field& field : exchange.command->fields) {
     if (field.sender == protocol::Sender::client) continue;
-    if (const auto result = read(field, outcome, exchange.command->name)) return *result;
+    const auto decided = read(field, outcome, exchange.command->name);
+    result = decided.value_or(SLALL_OKAY);
+    if (decided) break;
   }
-  outcome.isTold = true;
-  return SLALL_OKAY;
+  if (result == SLALL_OKAY) outcome.isTold = true;
+  if (connected_) remember(exchange, outcome);
+  return result;
+}
+
+// The range of the gain unless both are below 0, and the depth of pixels unless it is, whatever status follows.
+void SecondReading::remember(const EncodedExchange& exchange, const Outcome& outcome) {
+  const auto isTold = [&](const char* field) { return outcome.numbers.at(field) >= 0; };
+  const bool isRange = isCommand(exchange, "57MSG_SLGetGainMinMax") && (isTold("minimum") || isTold("maximum"));
+  const bool isDepth = isCommand(exchange, "22MSG_SLGetPixelDepth") && isTold("depth");
+  if (isRange || isDepth) known_[exchange.command->name] = outcome.numbers;
 }
 
 // What the library asks by itself, and what it knows already.
@@ -53,13 +84,18 @@ std::optional<int> SecondReading::readBefore(const EncodedExchange& exchange, Ou
     outcome.mayHide = true;
     return SLCONNECTION_ERROR;
   }
-  if (exchange.command->since > version_.value_or(exchange.command->since)) return SLVERSION_TOO_OLD;
+  if (exchange.command->since > 0 && exchange.command->since > *version_) return SLVERSION_TOO_OLD;
   if (isCommand(exchange, "51MSG_SLSetLEDPower")) {
     const auto least = takeInteger();
     const auto most = takeInteger();
     if (!most) return SLCONNECTION_ERROR;
     const std::int64_t power = exchange.numbers.at("power");
     if (power < *least || power > *most) return SLBAD_PARAMETER;
+  }
+  if (const auto known = known_.find(exchange.command->name); known != known_.end()) {
+    outcome.numbers = known->second;
+    outcome.isTold = true;
+    return SLALL_OKAY;
   }
   const bool asksVersion = isCommand(exchange, "20MSG_SLGetProtocolVersion");
   if (!asksVersion && !isCommand(exchange, "21MSG_SLGetSerial")) return std::nullopt;

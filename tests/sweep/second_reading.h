@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
+#include <string>
 
 #include "device/encoded_conversation.h"
 
@@ -24,6 +26,13 @@ class SecondReading {
 
   bool connected() const { return connected_; }
   Outcome call(const EncodedExchange& exchange);
+
+  // A session that goes on: what its head says more, or that it takes no further request.
+  void hear(const Bytes& more);
+  void stopRequests();
+  bool takesRequests() const { return !deaf_; }
+  bool needsNot(const std::string& command) const;  // what it asks is known
+  std::optional<std::int32_t> serial() const { return serial_; }
   static int withoutConnection(const EncodedExchange& exchange);
 
  private:
@@ -35,9 +44,12 @@ class SecondReading {
   std::optional<std::int32_t> takeInteger();
   std::optional<Bytes> take(std::size_t size);
   bool knows(std::optional<std::int32_t>& fact);  // asks, where need be
+  void remember(const EncodedExchange& exchange, const Outcome& outcome);
 
   Bytes rest_;
   bool connected_ = true;
+  bool deaf_ = false;
+  std::map<std::string, protocol::Facts> known_;  // what some commands have told, which are not sent again then
   std::optional<std::int32_t> version_;
   std::optional<std::int32_t> serial_;
 };
