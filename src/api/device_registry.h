@@ -20,7 +20,7 @@ class DeviceRegistry {
   // Gives the session the next handle, which is never given again.
   std::int32_t add(std::shared_ptr<ICameraDevice> session);
 
-  // Whether the caller is the first who is about to close the session of a handle, and so the one who has to remove it.
+  // Whether the caller is the first who is about to close the session of a handle, and so the one who reports how that went.
   bool claim(std::int32_t handle);
 
   // Takes the entry of a handle out of the registry.

@@ -35,9 +35,8 @@ int32_t SLDevFree(int32_t handle) {
   return ExportCall("SLDevFree", "%s, Parameter: %i", handle).device(handle, [&](ICameraDevice& device) {
     const bool first = DeviceRegistry::instance().claim(handle);
     const int result = device.Close();
-    if (!first) return SLUNKNOWN_DEVICE_ID;
-    DeviceRegistry::instance().remove(handle);
-    return result;
+    DeviceRegistry::instance().remove(handle);  // whoever it is, nobody finds the session any more after its return
+    return first ? result : SLUNKNOWN_DEVICE_ID;
   });
 }
 

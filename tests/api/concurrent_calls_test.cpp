@@ -74,17 +74,20 @@ TEST_F(ConcurrentCallsTest, OfThreadsThatFreeASessionAtOnceOneDoes) {
   constexpr int threads = 8;
   OpenSession session(Script{});
   std::atomic<int> ready{0};
+  std::atomic<int> stillKnown{0};
   std::vector<int> results(threads);
   std::vector<std::thread> freeing;
   for (int& result : results) {
     freeing.emplace_back([&] {
       for (++ready; ready < threads;) std::this_thread::yield();
       result = SLDevFree(session.handle());
+      if (SLGetCameraSize(session.handle(), nullptr, nullptr) != SLUNKNOWN_DEVICE_ID) ++stillKnown;
     });
   }
   for (std::thread& thread : freeing) thread.join();
   EXPECT_EQ(std::count(results.begin(), results.end(), SLALL_OKAY), 1);
   EXPECT_EQ(std::count(results.begin(), results.end(), SLUNKNOWN_DEVICE_ID), threads - 1);
+  EXPECT_EQ(stillKnown, 0) << "for each of them the handle is gone";
   EXPECT_EQ(readable(session.sent()), "") << "one farewell";
 }
 
