@@ -13,8 +13,8 @@
 
 namespace fringix::test {
 
-// What a head may do wrong while it answers; most steps have larger numbers, which stand for nothing.
-enum class Damage { none, close, reset, silence, flip, more, pieces, deaf, status, kinds };
+// What a head may do wrong while it answers.
+enum class Damage { none, close, reset, silence, flip, more, pieces, deaf, status };
 
 Damage damageOf(const Step& step);
 
