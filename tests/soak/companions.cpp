@@ -72,7 +72,9 @@ Heads::Heads(const SoakPlan& plan) : sequences_(plan.heads), reader_(FRINGIX_HEA
 // What the calls ask for.
 void Heads::prepare(std::size_t head) {
   Stage stage{-1, nullptr, 0, {}};
-  require(SLDevAlloc(address(head).c_str(), &stage.handle), "opening a head");
+  const auto opens = [&] { return SLDevAlloc(address(head).c_str(), &stage.handle) == SLALL_OKAY; };
+  if (!eventually(opens))
+    throw std::runtime_error("the head at " + address(head) + " cannot be opened: does another program use its port?");
   require(SLSeqAlloc(stage.handle, 2, &stage.sequence), "SLSeqAlloc");
   sequences_[head] = stage.sequence;
   for (const Call& call : calls()) {

@@ -44,7 +44,7 @@ TEST(SoakInRealTimeTest, FindsNothingWrong) {
 TEST(LeakingSoakInRealTimeTest, IsNoticed) {
   if (builtWithSanitizers) GTEST_SKIP() << "sanitizers keep what is freed, so memory is not judged";
   const Soaked soaked = soak(
-      {"6s", "--heads", "2", "--threads", "2", "--sessions", "2", "--rate", "50", "--triggers", "20", "--faults", "0", "--leak", "4096"});
+      {"6s", "--heads", "2", "--threads", "2", "--sessions", "2", "--rate", "50", "--triggers", "20", "--faults", "0", "--leak", "65536"});
   EXPECT_EQ(soaked.status, 1);
   EXPECT_TRUE(soaked.tell("VIOLATION: heap grows"));
 }
