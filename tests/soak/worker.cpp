@@ -1,7 +1,7 @@
 #include "soak/worker.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <cstring>
 #include <string>
 #include <thread>
 
@@ -55,14 +55,10 @@ bool isHeardWell(std::int32_t handle) {
   return camera[0] == 8 && camera[1] == 4 && projector[0] == 6 && projector[1] == 5;
 }
 
-// Lost for good, but still pointed to: no leak checker minds.
+// For good, and each page of it is used.
 void lose(std::size_t bytes) {
-  thread_local void* lost = nullptr;
-  if (bytes < sizeof(void*)) return;
-  auto** const block = static_cast<void**>(std::calloc(1, bytes));
-  if (block == nullptr) return;
-  *block = lost;
-  lost = block;
+  static std::atomic<void*> last = nullptr;
+  if (bytes > 0) last = std::memset(::operator new(bytes), 1, bytes);
 }
 
 }  // namespace
