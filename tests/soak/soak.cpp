@@ -126,6 +126,7 @@ class Soak {
     std::printf("openings: %llu; triggers: %llu sent, %llu heard by sessions here, %llu in the other process; faults that struck: %llu\n",
                 shown(common_.openings), shown(triggersSent_), shown(common_.triggersHeard), shown(follower_.heard()),
                 shown(heads_.faultsStruck()));
+    if (samples_.size() < fewestSamples) std::printf("too few samples to tell whether anything grows\n");
     for (std::size_t held = 0; held < heldKinds; ++held) reportGrowth(static_cast<Held>(held));
     const auto violations = common_.violations.list();
     for (const std::string& violation : violations) std::printf("VIOLATION: %s\n", violation.c_str());
