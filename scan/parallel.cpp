@@ -4,7 +4,6 @@
 #include <atomic>
 #include <exception>
 #include <mutex>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -17,17 +16,20 @@ class Team {
   Team(std::size_t pieces, const std::function<void(std::size_t)>& work) : pieces_(pieces), work_(work) {}
 
   void run(std::size_t members) {
-    std::vector<std::thread> others;
-    try {
-      for (std::size_t i = 1; i < members; ++i) others.emplace_back([this] { takePieces(); });
-    } catch (const std::system_error&) {  // fewer do it as well
-    }
-    takePieces();
-    for (std::thread& other : others) other.join();
+    work(members);
     if (failure_) std::rethrow_exception(failure_);
   }
 
  private:
+  void work(std::size_t members) {
+    std::vector<std::jthread> others;  // are waited for here, however this ends
+    try {
+      for (std::size_t i = 1; i < members; ++i) others.emplace_back([this] { takePieces(); });
+    } catch (const std::exception&) {  // no thread, or no memory for one: fewer do it as well
+    }
+    takePieces();
+  }
+
   void takePieces() noexcept {
     try {
       for (std::size_t piece = next_++; piece < pieces_; piece = next_++) work_(piece);

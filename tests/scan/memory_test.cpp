@@ -1,4 +1,4 @@
-// How much memory the library takes: all of it comes through operator new, which is counted here.
+// How much memory the library takes, and what it does without: all of it comes through operator new, which is counted and refused here.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -7,12 +7,16 @@
 #include <new>
 
 #include "rendering.h"
+#include "scan/parallel.h"
 #include "scan/scanner.h"
 
 namespace {
 
 std::atomic<std::size_t> taken{0};
 std::atomic<std::size_t> most{0};
+
+// How many more blocks the calling thread gets; none is refused below 0.
+constinit thread_local int granted = -1;
 
 // Before each block stands its size.
 constexpr std::size_t before = alignof(std::max_align_t) > 16 ? alignof(std::max_align_t) : 16;
@@ -27,6 +31,8 @@ void count(std::size_t size) {
 }  // namespace
 
 void* operator new(std::size_t size) {
+  if (granted == 0) throw std::bad_alloc();
+  if (granted > 0) --granted;
   auto* const block = static_cast<std::byte*>(std::malloc(before + size));
   if (block == nullptr) throw std::bad_alloc();
   *reinterpret_cast<std::size_t*>(block) = size;
@@ -101,6 +107,17 @@ TEST_P(MemoryTest, OnePictureAtATimeTakesNoMore) {
   EXPECT_LE(pixels + resultBytes + peak(), 3 * picturesBytes);
   EXPECT_GT(sums, 20 * pixels);
   EXPECT_LT(taken - start, 9 * pixels) << "the sums are gone";
+}
+
+// Whichever block is refused while threads are started, those that run do the work.
+TEST(ScarceMemoryTest, StartsFewerThreads) {
+  for (int blocks = 0; blocks < 20; ++blocks) {
+    std::atomic<int> done{0};
+    granted = blocks;
+    inParallel(4, 100, [&](std::size_t) { ++done; });
+    granted = -1;
+    EXPECT_EQ(done, 100) << blocks;
+  }
 }
 
 }  // namespace
