@@ -1,0 +1,21 @@
+// A head that shakes hands, tells its gain if it is asked, and then only reads.
+#pragma once
+
+#include "support/scripted_head.h"
+
+namespace fringix::test {
+
+inline constexpr int gainOfTheHead = 17;
+
+inline Script greetingHead() {
+  return {reply(integer(1)),
+          expect(integer(3300)),
+          expect(text("40MSG_SLGetMaxImageSize")),
+          reply(integers(8, 4, 0)),
+          expect(text("45MSG_SLGetProjDimension")),
+          reply(integers(6, 5, 0)),
+          expect(text("56MSG_SLGetGain")),
+          reply(integer(gainOfTheHead))};
+}
+
+}  // namespace fringix::test
