@@ -21,6 +21,10 @@ if(WIN32)
     -Wl,--no-insert-timestamp)
 else()
   target_link_options(fringix_settings INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,--as-needed)
+  # A host whose system guards return addresses with a second stack would lose that guard with a library that does not say it is used to it.
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
+    target_link_options(fringix_settings INTERFACE -Wl,-z,shstk)
+  endif()
   target_compile_options(fringix_settings INTERFACE -fstack-clash-protection)
 endif()
 
