@@ -5,9 +5,10 @@ function(fringix_symbols_apart target)
     return()
   endif()
   set(program $<TARGET_FILE:${target}>)
+  set(timeless ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0)  # what writes such a file anew would put the time into it
   add_custom_command(TARGET ${target} POST_BUILD
-    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug ${program} ${program}.debug
-    COMMAND ${CMAKE_STRIP} ${program}
-    COMMAND ${CMAKE_OBJCOPY} --add-gnu-debuglink=${program}.debug ${program}
+    COMMAND ${timeless} ${CMAKE_OBJCOPY} --only-keep-debug ${program} ${program}.debug
+    COMMAND ${timeless} ${CMAKE_STRIP} ${program}
+    COMMAND ${timeless} ${CMAKE_OBJCOPY} --add-gnu-debuglink=${program}.debug ${program}
     VERBATIM)
 endfunction()

@@ -24,7 +24,7 @@ quietly() { # LOG COMMAND...
 install_tree() { # PLATFORM
   step "installing into dist/$1"
   rm -rf "dist/$1"
-  quietly "$1-install.log" cmake --install "build/$1" --strip
+  quietly "$1-install.log" env SOURCE_DATE_EPOCH=0 cmake --install "build/$1" --strip
 }
 
 # What is packed says that it was made when the sources were last changed, so that it is the same whenever it is packed.
