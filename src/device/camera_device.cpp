@@ -17,7 +17,7 @@ constexpr std::chrono::milliseconds farewellPause{100};
 
 }  // namespace
 
-CameraDevice::~CameraDevice() { Close(); }
+CameraDevice::~CameraDevice() { CameraDevice::Close(); }
 
 std::shared_ptr<CameraDevice> CameraDevice::create(HeartbeatClock& clock) {
   auto session = std::make_shared<CameraDevice>(clock);
