@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "files/native_file.h"
 
@@ -119,9 +120,9 @@ void NewFile::takePlace(const std::filesystem::path& place) {
   if (lstat(place.c_str(), &older) == 0) require(fchmod(descriptorOf(handle_), older.st_mode & permissions));
   const HeldSignals held;
   if (name_.empty()) {
-    const std::filesystem::path name = place.parent_path() / uniqueName();
+    std::filesystem::path name = place.parent_path() / uniqueName();
     require(linkat(AT_FDCWD, openFilePath(handle_).c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW));
-    name_ = name;
+    name_ = std::move(name);  // to copy it would take memory, and it is already to be removed
   }
   const int descriptor = descriptorOf(handle_);
   handle_ = -1;

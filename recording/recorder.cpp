@@ -1,6 +1,7 @@
 #include "recording/recorder.h"
 
 #include <exception>
+#include <new>
 #include <stdexcept>
 #include <utility>
 
@@ -58,8 +59,12 @@ std::string Recorder::failure() const {
 
 void Recorder::fail(const char* reason) noexcept {
   const std::lock_guard lock(mutex_);
-  if (!failed_) failure_ = reason;
-  failed_ = true;
+  if (failed_.exchange(true)) return;
+  try {
+    failure_ = reason;
+  } catch (const std::bad_alloc&) {
+    failure_ = "no memory";  // so short a text takes none
+  }
 }
 
 void Recorder::run() noexcept {

@@ -1,54 +1,54 @@
 #include "calibration_json.h"
 
+#include <array>
 #include <limits>
-#include <nlohmann/json.hpp>
+#include <stdexcept>
 
 #include "failure.h"
+#include "json_value.h"
 
 namespace fringix::scan {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Kind = JsonValue::Kind;
 
 [[noreturn]] void refuse(const std::string& text) { throw Failure(Status::badCalibration, "calibration: " + text); }
 
 // A member of an object together with the way to it, for messages such as "cameras[0].fx is missing".
 class Member {
  public:
-  Member(const Json& value, std::string path) : value_(value), path_(std::move(path)) {}
+  Member(const JsonValue& value, std::string path) : value_(value), path_(std::move(path)) {}
 
   Member operator[](const char* name) const {
-    if (!value_.is_object()) refuse(path_ + " is no object");
-    const auto found = value_.find(name);
+    if (value_.kind != Kind::object) refuse(path_ + " is no object");
+    const JsonValue* const found = value_.find(name);
     const std::string path = path_.empty() ? name : path_ + "." + name;
-    if (found == value_.end()) refuse(path + " is missing");
+    if (found == nullptr) refuse(path + " is missing");
     return {*found, path};
   }
-  Member operator[](std::size_t index) const { return {value_[index], path_ + "[" + std::to_string(index) + "]"}; }
+  Member operator[](std::size_t index) const { return {value_.values[index], path_ + "[" + std::to_string(index) + "]"}; }
 
   std::size_t size() const {
-    if (!value_.is_array()) refuse(path_ + " is no array");
-    return value_.size();
+    if (value_.kind != Kind::array) refuse(path_ + " is no array");
+    return value_.values.size();
   }
   void requireSize(std::size_t size) const {
-    if (this->size() != size) refuse(path_ + " has " + std::to_string(value_.size()) + " entries; " + std::to_string(size) + " are needed");
+    if (this->size() != size) refuse(path_ + " has " + std::to_string(this->size()) + " entries; " + std::to_string(size) + " are needed");
   }
   double number() const {
-    if (!value_.is_number()) refuse(path_ + " is no number");
-    return value_.get<double>();
+    if (value_.kind != Kind::number) refuse(path_ + " is no number");
+    return value_.number;
   }
   std::int32_t integer() const {
-    if (!value_.is_number_integer()) refuse(path_ + " is no integer");
+    if (value_.kind != Kind::number || !value_.integer) refuse(path_ + " is no integer");
     constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
-    const bool fits = value_.is_number_unsigned() ? value_.get<std::uint64_t>() <= static_cast<std::uint64_t>(most)
-                                                  : value_.get<std::int64_t>() >= -most && value_.get<std::int64_t>() <= most;
-    if (!fits) refuse(path_ + " does not fit into 32 bits");
-    return value_.get<std::int32_t>();
+    if (*value_.integer < -most || *value_.integer > most) refuse(path_ + " does not fit into 32 bits");
+    return static_cast<std::int32_t>(*value_.integer);
   }
   std::string text() const {
-    if (!value_.is_string()) refuse(path_ + " is no text");
-    return value_.get<std::string>();
+    if (value_.kind != Kind::text) refuse(path_ + " is no text");
+    return value_.text;
   }
   Vector vector() const {
     requireSize(3);
@@ -56,7 +56,7 @@ class Member {
   }
 
  private:
-  const Json& value_;
+  const JsonValue& value_;
   std::string path_;
 };
 
@@ -93,38 +93,32 @@ void checkKind(const Member& json) {
   if (unit != "mm") refuse("the unit is \"" + unit + "\"; it has to be \"mm\"");
 }
 
-// A message of the parser without its own prefix.
-std::string reasonOf(const nlohmann::json::exception& error) {
-  const std::string text = error.what();
-  const auto end = text.find("] ");
-  return end == std::string::npos ? text : text.substr(end + 2);
-}
-
-Json parsed(std::string_view text) {
+JsonValue parsed(std::string_view text) {
   try {
-    return Json::parse(text);
-  } catch (const nlohmann::json::exception& error) {
-    refuse("the text is no JSON: " + reasonOf(error));
+    return parseJson(text);
+  } catch (const std::runtime_error& error) {
+    refuse("the text is no JSON: " + std::string(error.what()));
   }
 }
 
-Json jsonOf(const Optics& optics) {
+JsonValue arrayOf(const Matrix& matrix) {
+  std::vector<JsonValue> rows;
+  for (const Vector& row : matrix) rows.push_back(JsonValue::arrayOf(row));
+  return JsonValue::arrayOf(rows);
+}
+
+JsonValue jsonOf(const Optics& optics) {
   const Distortion& lens = optics.distortion;
-  return {{"width", optics.width},
-          {"height", optics.height},
-          {"fx", optics.fx},
-          {"fy", optics.fy},
-          {"cx", optics.cx},
-          {"cy", optics.cy},
-          {"distortion", {lens.k1, lens.k2, lens.p1, lens.p2, lens.k3}},
-          {"rotation", optics.rotation},
-          {"translation", optics.translation}};
+  return {{"width", "height", "fx", "fy", "cx", "cy", "distortion", "rotation", "translation"},
+          {optics.width, optics.height, optics.fx, optics.fy, optics.cx, optics.cy,
+           JsonValue::arrayOf(std::array{lens.k1, lens.k2, lens.p1, lens.p2, lens.k3}), arrayOf(optics.rotation),
+           JsonValue::arrayOf(optics.translation)}};
 }
 
 }  // namespace
 
 Calibration calibrationFrom(std::string_view text) {
-  const Json json = parsed(text);
+  const JsonValue json = parsed(text);
   const Member root(json, "");
   checkKind(root);
   Calibration calibration;
@@ -139,16 +133,12 @@ Calibration calibrationFrom(std::string_view text) {
 }
 
 std::string textOf(const Calibration& calibration) {
-  Json cameras = Json::array();
+  std::vector<JsonValue> cameras;
   for (const Optics& camera : calibration.cameras) cameras.push_back(jsonOf(camera));
-  const Json json = {{"format", "fringix-calibration"},
-                     {"version", 1},
-                     {"unit", "mm"},
-                     {"serial", calibration.serial},
-                     {"date", calibration.date},
-                     {"cameras", cameras},
-                     {"projector", jsonOf(calibration.projector)}};
-  return json.dump(2) + "\n";
+  const JsonValue json({"format", "version", "unit", "serial", "date", "cameras", "projector"},
+                       {std::string("fringix-calibration"), 1, std::string("mm"), calibration.serial, calibration.date,
+                        JsonValue::arrayOf(cameras), jsonOf(calibration.projector)});
+  return dumpJson(json) + "\n";
 }
 
 }  // namespace fringix::scan

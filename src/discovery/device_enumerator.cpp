@@ -20,7 +20,8 @@ constexpr std::string_view announceRequest = "01UDP_SLANNOUNCE";  // without the
 constexpr std::chrono::milliseconds silenceThatEnds{300};
 constexpr std::size_t bufferSize = 300;
 constexpr std::ptrdiff_t longestReply = 298;
-constexpr int receiveBuffer = 8 << 20;      // bytes; a burst of many heads waits there until it is read
+constexpr int receiveBuffer = 8 << 20;  // bytes; a burst of many heads waits there until it is read
+constexpr int mostInVain = 100;  // waits that end at once and leave nothing to receive; a socket that only fails would go on for ever
 constexpr std::size_t longestAccess = 256;  // entries beyond are listed and counted, but never handed out; kept on purpose
 
 platform::Socket openBroadcastSocket() noexcept {
@@ -70,14 +71,22 @@ void DeviceEnumerator::askNetwork(const std::string& broadcastAddress) {
   if (!library.usable()) return;
   platform::Socket socket = openBroadcastSocket();
   if (!socket.valid() || !ask(socket, broadcastAddress)) return;
-  while (socket.waitReadable(silenceThatEnds) == platform::Readiness::ready) {
-    std::array<char, bufferSize> buffer;
-    platform::Ipv4Endpoint sender;
-    // All that is there, then the next wait: a burst of replies is read as fast as it can be.
-    for (std::ptrdiff_t size = 0; (size = socket.receiveFrom(buffer.data(), buffer.size(), &sender)) > 0;) {
-      if (size <= longestReply) take({buffer.data(), static_cast<std::size_t>(size)}, sender.address);
-    }
+  int inVain = 0;  // waits since the last datagram
+  while (inVain < mostInVain && socket.waitReadable(silenceThatEnds) == platform::Readiness::ready) {
+    inVain = takeThoseThatWait(socket) ? 0 : inVain + 1;
   }
+}
+
+// All that is there, then the next wait: a burst of replies is read as fast as it can be. Whether there was any.
+bool DeviceEnumerator::takeThoseThatWait(platform::Socket& socket) {
+  std::array<char, bufferSize> buffer;
+  platform::Ipv4Endpoint sender;
+  std::ptrdiff_t size = socket.receiveFrom(buffer.data(), buffer.size(), &sender);
+  const bool any = size >= 0;
+  for (; size > 0; size = socket.receiveFrom(buffer.data(), buffer.size(), &sender)) {
+    if (size <= longestReply) take({buffer.data(), static_cast<std::size_t>(size)}, sender.address);
+  }
+  return any;
 }
 
 void DeviceEnumerator::take(std::string_view datagram, std::uint32_t sender) {

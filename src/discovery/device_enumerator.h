@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "discovery/announce_reply.h"
+#include "platform/socket.h"
 
 namespace fringix {
 
@@ -35,6 +36,7 @@ class DeviceEnumerator {
 
  private:
   void askNetwork(const std::string& broadcastAddress);
+  bool takeThoseThatWait(platform::Socket& socket);
   void take(std::string_view datagram, std::uint32_t sender);
 
   std::mutex lock_;

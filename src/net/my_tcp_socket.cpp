@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <new>
 
 #include "net/little_endian.h"
 
@@ -16,12 +18,23 @@ namespace {
 constexpr int failed = -1;
 constexpr std::size_t lengthFieldSize = 6;
 constexpr std::size_t longestText = 999999;  // what the length field can hold
+constexpr std::size_t usualMessage = 1024;
 constexpr std::size_t chunkSize = 8096;
 constexpr std::chrono::milliseconds roomLook{1000};
 
 using Clock = std::chrono::steady_clock;
 
 int toResult(bool ok) noexcept { return ok ? 0 : failed; }
+
+// A text for which there is no memory cannot be read, and the next answer would be taken out of its middle.
+bool hasRoom(std::string& text, std::size_t length) noexcept {
+  try {
+    text.resize(length);
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
 
 }  // namespace
 
@@ -59,13 +72,18 @@ int myTcpSocket::ConnectWithTimeout(const std::string& address, std::uint32_t se
   return wasNonBlocking ? 0 : setNonBlocking(false);
 }
 
+// Without memory for a text that is longer than usual nothing is sent.
 int myTcpSocket::SendString(std::string_view text) {
   if (text.size() > longestText) return failed;
   // Length and text leave in one send: two would cost the head a second wake-up.
-  std::string message(lengthFieldSize + text.size(), '\0');
-  std::snprintf(message.data(), lengthFieldSize + 1, "%6d", static_cast<int>(text.size()));
-  std::copy(text.begin(), text.end(), message.begin() + lengthFieldSize);
-  return SendBytes(message.data(), message.size());
+  const std::size_t size = lengthFieldSize + text.size();
+  std::array<char, usualMessage> usual;
+  const std::unique_ptr<char[]> large(size < usual.size() ? nullptr : new (std::nothrow) char[size + 1]);
+  char* const message = size < usual.size() ? usual.data() : large.get();
+  if (message == nullptr) return failed;
+  std::snprintf(message, lengthFieldSize + 1, "%6d", static_cast<int>(text.size()));
+  std::copy(text.begin(), text.end(), message + lengthFieldSize);
+  return SendBytes(message, size);
 }
 
 // What there is room for, or gets room within the longest pause. More than 0, or the send has failed.
@@ -136,7 +154,7 @@ int myTcpSocket::ReceiveString(std::string* out) {
   if (ReceiveBytes(field.data(), lengthFieldSize) != 0) return failed;
   const int length = std::atoi(field.data());
   if (length < 0) return failed;
-  out->resize(static_cast<std::size_t>(length));
+  if (!hasRoom(*out, static_cast<std::size_t>(length))) return failed;
   return ReceiveBytes(out->data(), out->size());  // fails for an empty string; heads never send one
 }
 

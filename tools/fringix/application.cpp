@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <exception>
+#include <new>
 #include <string_view>
 
 #include "arguments/parse.h"
@@ -79,10 +81,7 @@ Explanation explainUsage(const arguments::UsageError& error) {
   return {error.what(), "\"fringix --help\" lists the subcommands, \"fringix SUBCOMMAND --help\" the options of one.", "usage"};
 }
 
-}  // namespace
-
-int run(int argc, const char* const* argv) {
-  Context context;
+int runChecked(int argc, const char* const* argv, Context& context) {
   context.bySerial = namesASerial(argc, argv);
   context.json = namesJson(argc, argv);
   arguments::Command program("fringix", "Talks to network-attached structured-light 3D sensor heads.");
@@ -97,8 +96,29 @@ int run(int argc, const char* const* argv) {
     return fail(explain(error, context.address), context);
   } catch (const Failure& failure) {
     return fail(failure.explanation(), context);
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& error) {
     return fail(outputFailed() ? explainOutputFailure() : Explanation{error.what(), ""}, context);
+  }
+}
+
+// Where there is no memory left, there is none for an explanation either.
+int failWithoutMemory(bool asJson) {
+  std::fputs(asJson ? "{\"error\":{\"kind\":\"failure\",\"what\":\"there is no memory left\",\"next\":\"\"}}\n"
+                    : "fringix: there is no memory left\n",
+             stderr);
+  return 1;
+}
+
+}  // namespace
+
+int run(int argc, const char* const* argv) {
+  try {
+    Context context;
+    return runChecked(argc, argv, context);
+  } catch (const std::bad_alloc&) {
+    return failWithoutMemory(namesJson(argc, argv));
   }
 }
 

@@ -36,6 +36,11 @@ class Progress {
   bool finished_ = false;
 };
 
+// In a library that is loaded late, the first look at such a variable takes memory in each thread, and glibc ends the process where there
+// is none; unless it lies in what every thread has from its beginning.
+#ifdef __GLIBC__
+[[gnu::tls_model("initial-exec")]]
+#endif
 thread_local Progress* thisWorker = nullptr;
 
 // Forked from a callback: whom it works for is its parent's.

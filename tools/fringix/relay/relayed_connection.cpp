@@ -1,8 +1,9 @@
 #include "relay/relayed_connection.h"
 
 #include <exception>
+#include <memory>
+#include <new>
 #include <utility>
-#include <vector>
 
 #include "ports/command_port.h"
 
@@ -68,18 +69,19 @@ bool RelayedConnection::connect() {
 
 // What was received is recorded before it goes on, so that no answer stands before its question.
 void RelayedConnection::pump(platform::Socket& from, platform::Socket& to, Kind kind, Kind closing) noexcept {
-  std::vector<std::uint8_t> buffer(mostAtOnce);
+  const std::unique_ptr<std::uint8_t[]> buffer(new (std::nothrow) std::uint8_t[mostAtOnce]);
+  if (!buffer) return end(closing, Ending::notReached);
   bool anything = false;
   while (!over_) {
     if (from.waitReadable(stopInterval) == Readiness::timedOut) continue;
-    const std::ptrdiff_t count = from.receive(buffer.data(), buffer.size());
+    const std::ptrdiff_t count = from.receive(buffer.get(), mostAtOnce);
     if (over_) return;
     if (count <= 0) {
       const bool neverThere = count < 0 && !anything && kind == Kind::fromHead;
       return end(closing, count == 0 ? Ending::inOrder : neverThere ? Ending::notReached : Ending::reset);
     }
     anything = true;
-    const std::span<const std::uint8_t> bytes(buffer.data(), static_cast<std::size_t>(count));
+    const std::span<const std::uint8_t> bytes(buffer.get(), static_cast<std::size_t>(count));
     recorder_.add(kind, number_, bytes);
     if (!sendAll(to, bytes) && !over_) {
       return end(closing == Kind::closedByHead ? Kind::closedByClient : Kind::closedByHead, Ending::reset);

@@ -88,8 +88,11 @@ void TriggerRelay::takeDatagram(TriggerExchange& exchange, platform::Socket& soc
   if (sender.address == headAddress_) heard_(text);
 }
 
-void TriggerRelay::tellDeaf() {
-  if (deaf_) std::exchange(deaf_, nullptr)();
+void TriggerRelay::tellDeaf() noexcept {
+  try {
+    if (deaf_) std::exchange(deaf_, nullptr)();
+  } catch (const std::exception&) {  // no memory to say it
+  }
 }
 
 }  // namespace fringix::tool

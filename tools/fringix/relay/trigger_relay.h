@@ -30,7 +30,7 @@ class TriggerRelay {
   void follow(platform::TriggerExchange& exchange);
   void receive(platform::TriggerExchange& exchange);
   void takeDatagram(platform::TriggerExchange& exchange, platform::Socket& socket);
-  void tellDeaf();
+  void tellDeaf() noexcept;
 
   const std::uint32_t headAddress_;
   const Heard heard_;
