@@ -21,6 +21,22 @@ quietly() { # LOG COMMAND...
   }
 }
 
+# Runs a command in a network of its own where that is permitted.
+isolated() { # COMMAND...
+  if scripts/isolated true 2>/dev/null; then scripts/isolated "$@"; else "$@"; fi
+}
+
+# Runs what was built for a platform, under Wine in a prefix that goes away with it.
+run_built() { # PLATFORM PROGRAM ARGUMENT...
+  program=build/$1/bin/$2 prefix=$PWD/build/wine-$2 status=0
+  case $1 in windows) program="env WINEPREFIX=$prefix scripts/wine $program.exe" && scripts/wine --prepare ;; esac
+  shift 2
+  # shellcheck disable=SC2086
+  isolated $program "$@" || status=$?
+  scripts/wine --discard "$prefix"
+  return $status
+}
+
 install_tree() { # PLATFORM
   step "installing into dist/$1"
   rm -rf "dist/$1"

@@ -71,7 +71,7 @@ struct Hurry {
 // One call again and again, in a session that lasts as long as its connection.
 class SessionUnderFaults {
  public:
-  explicit SessionUnderFaults(FaultyHead& head) : head_(head), stage_{-1, head.server.model(), head.sequence, {}} {}
+  explicit SessionUnderFaults(FaultyHead& head) : head_(head), stage_{-1, &head.server.model(), head.sequence, {}} {}
   SessionUnderFaults(const SessionUnderFaults&) = delete;
   SessionUnderFaults& operator=(const SessionUnderFaults&) = delete;
 
