@@ -3,12 +3,15 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "faulty_head.h"
+#include "fringix/scan.h"
+#include "head/model/calibration_block.h"
 #include "shortage.h"
 #include "support/eventually.h"
 #include "support/export_list.h"
@@ -132,7 +135,7 @@ TEST_F(OpeningInShortageTest, ASearchGivesWhatItHasFound) {
     const bool mayBe = result == SLALL_OKAY || (fault.isOf("malloc") && result == SLSYSTEM_ERROR);
     return mayBe ? testing::AssertionSuccess() : testing::AssertionFailure() << "gave " << result;
   };
-  const long left = sweep({"SLGetDeviceKeyListSize", search, check});
+  const long left = sweep({"SLGetDeviceKeyListSize", search, check, true});
   EXPECT_LE(left, listOfHeads);
   EXPECT_TRUE(eventually([&] { return (search(), count == 1); }));
 }
@@ -219,6 +222,25 @@ TEST_F(SilentExportsInShortageTest, EndWithTheirStatus) {
              return mayBe ? testing::AssertionSuccess() : testing::AssertionFailure() << "gave " << result;
            }});
   }
+}
+
+TEST(CalibrationInShortageTest, IsReadAndWrittenOrRefused) {
+  const head::Block block = head::calibrationBlock(head::HeadSettings{});
+  SLScanCalibration calibration{};
+  std::int32_t result = 0;
+  const auto readAndWrite = [&] {
+    std::array<char, 1 << 14> text;
+    std::uint32_t length = 0;
+    const auto room = static_cast<std::uint32_t>(text.size());
+    result = SLScanCalibrationRead(reinterpret_cast<const char*>(block.data()), static_cast<std::uint32_t>(block.size()), &calibration);
+    if (result == SLALL_OKAY) result = SLScanCalibrationWrite(&calibration, text.data(), room, &length);
+  };
+  const auto check = [&](const Fault& fault) {
+    const bool mayBe = result == SLALL_OKAY || (fault.struck > 0 && result == SLSYSTEM_ERROR);
+    return mayBe ? testing::AssertionSuccess() : testing::AssertionFailure() << "gave " << result;
+  };
+  EXPECT_EQ(sweep({"SLScanCalibrationRead, Write", readAndWrite, check, true, everyFault() ? 1U : 13U}), 0);
+  printTally();
 }
 
 }  // namespace

@@ -10,6 +10,7 @@ from __future__ import annotations
 
 import argparse
 import collections
+import errno
 import json
 import os
 import pathlib
@@ -98,11 +99,13 @@ class Sweep:
 
     def over(self, name: str) -> None:
         plain = self.play(name, NO_FAULT)
-        inside = self.play(name, Fault(MEMORY, 0, NEVER, False))
+        inside = self.play(name, Fault(MEMORY, errno.ENOMEM, NEVER, False))
         count = 0
         for fault in self.faults([inside["calls"][MEMORY], *plain["calls"][1:]]):
             outcome = self.play(name, fault)
             struck = outcome.get("struck", 1)
+            if outcome.get("harmless") and name != "open by serial" and outcome["outcome"] != plain["outcome"]:
+                outcome["wrong"] = outcome["wrong"] or f"harmless, and gave {outcome['outcome']}"
             count += struck > 0
             self.tally[fault.function, fault.failure] += struck > 0
             if outcome["wrong"]:
@@ -145,21 +148,18 @@ class Sweep:
     def watch_inside(self) -> None:
         from fringix import _native
 
-        original = _native.function
-
-        def watched(operation: str) -> Any:
-            function = original(operation)
-
+        def watched(pointer: Any) -> Any:
             def call(*arguments: Any) -> Any:
                 self.native.shortage_watch(1)
                 try:
-                    return function(*arguments)
+                    return pointer(*arguments)
                 finally:
                     self.native.shortage_watch(0)
 
             return call
 
-        _native.function = watched
+        for function in _native._functions.values():
+            function.pointer = watched(function.pointer)
 
     def use(self, name: str, fault: Fault) -> dict[str, Any]:
         import fringix
@@ -185,8 +185,6 @@ class Sweep:
         struck = self.native.shortage_end()
         calls = [self.native.shortage_calls(function) for function in range(len(self.table.functions))]
         is_harmless = self.table.is_harmless(fault.failure) and self.table.functions[fault.function] != "pthread_create"
-        if struck and is_harmless and outcome != "a result" and name != "open by serial":
-            wrong = wrong or f"harmless, and gave {outcome}"
         try:
             if head is not None:
                 head.close()
@@ -197,7 +195,7 @@ class Sweep:
                 assert other.gain > 0
         except BaseException as error:
             wrong = wrong or f"another session gave {error!r}"
-        return {"outcome": outcome, "wrong": wrong, "struck": struck, "calls": calls}
+        return {"outcome": outcome, "wrong": wrong, "struck": struck, "calls": calls, "harmless": struck > 0 and is_harmless}
 
 
 def main() -> int:

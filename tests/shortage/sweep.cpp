@@ -83,8 +83,8 @@ unsigned play(const Scenario& scenario, Fault fault) {
 }
 
 unsigned sweepFailure(const Scenario& scenario, int function, int failure, bool lasting) {
-  for (unsigned first = 0;; ++first) {
-    if (play(scenario, {function, failure, first, lasting}) == 0) return first;
+  for (unsigned count = 0;; ++count) {
+    if (play(scenario, {function, failure, count * scenario.step, lasting}) == 0) return count;
     ++tally[{function, failure}];
   }
 }
@@ -94,7 +94,7 @@ unsigned sweepFunction(const Scenario& scenario, int function) {
   for (const int* failure = shortage_failures(function); *failure != shortage_no_failure; ++failure) {
     const Watchdog watchdog(scenario.name + ", " + shortage_function(function) + ": " + failureName(*failure));
     total += sweepFailure(scenario, function, *failure, false);
-    if (everyFault()) total += sweepFailure(scenario, function, *failure, true);
+    if (scenario.lasts) total += sweepFailure(scenario, function, *failure, true);
   }
   return total;
 }

@@ -27,6 +27,8 @@ struct Scenario {
   std::string name;
   std::function<void()> body;                                   // what meets the faults, on a thread of its own, with all that it starts
   std::function<testing::AssertionResult(const Fault&)> check;  // behind each, on the thread of the test
+  bool lasts = everyFault();                                    // whether faults that last are among them
+  unsigned step = 1;                                            // from one call that fails to the next
 };
 
 // Ends the process when the scenario hangs. A fault with another outcome than it may have is played again, and fails the test the third

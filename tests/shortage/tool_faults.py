@@ -183,7 +183,7 @@ def make_inputs(build: pathlib.Path, place: pathlib.Path) -> None:
 def main() -> int:
     parser = argparse.ArgumentParser()
     parser.add_argument("build", type=pathlib.Path)
-    parser.add_argument("--most", type=int, default=100)
+    parser.add_argument("--most", type=int, default=10)
     parser.add_argument("subcommands", nargs="*")
     arguments = parser.parse_args()
     build = arguments.build.resolve()

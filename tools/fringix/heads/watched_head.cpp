@@ -123,9 +123,13 @@ bool WatchedHead::Work::stopsWithin(std::chrono::milliseconds time) {
 
 void WatchedHead::Work::run() {
   while (!stopsWithin(0ms) && !givenUp) {
-    if (session != nullptr) watch();
-    if (stopsWithin(0ms)) break;
-    settings.reconnect ? reconnect() : void(givenUp = true);
+    try {
+      if (session != nullptr) watch();
+      if (stopsWithin(0ms)) break;
+      settings.reconnect ? reconnect() : void(givenUp = true);
+    } catch (const std::exception&) {  // no thread or no memory to ask with just now
+      stopsWithin(askInterval);
+    }
   }
   session.reset();
   const std::lock_guard lock(mutex);
