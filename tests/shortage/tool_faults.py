@@ -106,7 +106,7 @@ class Sweep:
                 self.clear()
                 run = program.run(fault)
                 count += run.struck > 0
-                self.tally[fault.function, fault.failure] += run.struck
+                self.tally[fault.function, fault.failure] += run.struck > 0
                 if run.struck > 0:
                     self.judge(row, fault, run, plain, files)
         print(f"{row:40}{count:7} runs, exit code {plain.status}, {plain.calls[0]} requests for memory", flush=True)
