@@ -29,6 +29,7 @@ TEST(AnnounceReplyTest, NumbersStandAtTheirPlaces) {
 }
 
 TEST(AnnounceReplyTest, WhatIsMissingStaysUnknown) {
+  EXPECT_EQ(AnnounceReply{}, (AnnounceReply{-1, -1, -1, -1, -1, -1, -1, -1, -1}));
   EXPECT_EQ(parseAnnounceReply("S 1234"), withSerial(1234));
   EXPECT_EQ(parseAnnounceReply(""), AnnounceReply{});
   EXPECT_EQ(parseAnnounceReply("   "), AnnounceReply{});

@@ -249,6 +249,11 @@ TEST_F(DeviceSelectorTest, Command32SetsTheWaitCursorWhileTheListIsFilled) {  //
   EXPECT_EQ(view_.cursor, "wrwwr");
 }
 
+TEST_F(DeviceSelectorTest, Command32IsIdleBeforeTheListIsFilled) {
+  press(32);
+  EXPECT_EQ(view_.cursor, "");
+}
+
 TEST_F(DeviceSelectorTest, Command32IsIdleAfterAFailureToo) {
   network.heads = {head3};
   network.entryLimit = 0;

@@ -125,6 +125,34 @@ TEST(CalibrationTextTest, TellsWhatIsWrongAndWhere) {
   EXPECT_TELLS(refusal([] { calibrationFrom("[1, 2]"); }), " is no object");
 }
 
+TEST(CalibrationTextTest, TellsWhatKindAMemberHasToBe) {
+  const std::string text = textOf(smallHead());
+  EXPECT_TELLS(refusalOfText(text, "\"2024-02-29\"", "20240229"), "date is no text");
+  EXPECT_TELLS(refusalOfText(text, "\"cameras\": [", "\"cameras\": 1, \"others\": ["), "cameras is no array");
+  EXPECT_TELLS(refusalOfText(text, "\"fx\": ", "\"fx\": \"far\", \"other\": "), "cameras[0].fx is no number");
+  EXPECT_TELLS(refusalOfText(text, "\"projector\": {", "\"projector\": 1, \"other\": {"), "projector is no object");
+}
+
+TEST(CalibrationTextTest, ASerialHas32Bits) {
+  const std::string text = textOf(smallHead());
+  const auto serial = [&](const std::string& number) {
+    std::string changed = text;
+    changed.replace(changed.find("1001"), 4, number);
+    return calibrationFrom(changed).serial;
+  };
+  for (const std::int32_t good : {0, -1, 2147483647, -2147483647}) EXPECT_EQ(serial(std::to_string(good)), good);
+  for (const char* beyond : {"2147483648", "-2147483648", "18446744073709551615", "-9223372036854775808"})
+    EXPECT_TELLS(refusal([&] { serial(beyond); }), "serial does not fit into 32 bits");
+}
+
+TEST(CalibrationTextTest, RefusesAFifthCamera) {
+  Calibration head = smallHead();
+  head.cameras.resize(4, head.cameras[0]);
+  EXPECT_EQ(calibrationFrom(textOf(head)).cameras.size(), 4U);
+  head.cameras.resize(5, head.cameras[0]);
+  EXPECT_EQ(refusal([&] { calibrationFrom(textOf(head)); }), "calibration: 5 cameras; 1 to 4 are possible");
+}
+
 // Cut anywhere, a text is refused and nothing else happens.
 TEST(CalibrationTextTest, RefusesEveryBeginning) {
   const std::string text = textOf(smallHead());

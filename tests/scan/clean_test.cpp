@@ -70,6 +70,20 @@ TEST(CleanTest, TakesBothSidesOfADepthStepAway) {
   EXPECT_TRUE(std::isnan(relief.sigma[5 * width + 20]));
 }
 
+TEST(CleanTest, TakesBothSidesOfAStepBetweenRowsAway) {
+  const Relief relief = Relief([](std::size_t, std::size_t row) { return row < 20 ? 400.0 : 420.0; }).clean({});
+  EXPECT_EQ(relief.count(Reason::edge), 2 * width);
+  for (const std::size_t row : {19U, 20U}) EXPECT_EQ(relief.reason[row * width + 7], static_cast<std::uint8_t>(Reason::edge));
+}
+
+TEST(CleanTest, ReachesTheLastRowOfAnyHeight) {
+  for (std::size_t rows = 1; rows < height; ++rows) {
+    Relief relief(stepped);
+    scan::clean({relief.points.data(), relief.sigma.data(), relief.reason.data(), width, rows, {}, spacing}, {}, 2);
+    EXPECT_EQ(relief.count(Reason::edge), 2 * rows);
+  }
+}
+
 TEST(CleanTest, TakesAFlyingPixelBetweenTwoSurfacesAway) {
   Relief relief(stepped);
   for (std::size_t row = 0; row < height; ++row) relief.set(20, row, 410);
@@ -100,6 +114,8 @@ TEST(CleanTest, EachPartCanBeTurnedOff) {
   relief.set(30, 20, 420.2);
   EXPECT_EQ(Relief(relief).clean({.on = false}).count(Reason::none), width * height);
   EXPECT_EQ(Relief(relief).clean({.edgeAngle = 90}).count(Reason::edge), 0U);
+  const auto vast = [](std::size_t column, std::size_t) { return column < 20 ? 400.0 : 500000.0; };
+  EXPECT_EQ(Relief(vast).clean({.edgeAngle = 90}).count(Reason::edge), 0U);
   EXPECT_EQ(Relief(relief).clean({.outlier = 0}).count(Reason::outlier), 0U);
   EXPECT_EQ(Relief(relief).clean({.leastPatch = 100000}).count(Reason::none), 0U);
 }

@@ -37,7 +37,8 @@ struct Triangulated {
   PointStrip points;
 };
 
-Triangulated triangulatedStrip(const Calibration& head, const Rendering& rendering, std::size_t strip, const TriangulationLimits& limits) {
+Triangulated triangulatedStrip(const Calibration& head, const Rendering& rendering, std::size_t strip, const TriangulationLimits& limits,
+                               std::size_t camera = 0) {
   Triangulated result;
   result.decoded.reason.fill(0);
   result.decoded.variance.fill(1e-4F);
@@ -45,7 +46,8 @@ Triangulated triangulatedStrip(const Calibration& head, const Rendering& renderi
     const std::size_t pixel = strip * stripLength + i;
     result.decoded.column[i] = pixel < rendering.pixels() ? static_cast<float>(rendering.truth(pixel).column) : 0;
   }
-  Triangulator(head, 0, {0, 0, head.cameras[0].width, head.cameras[0].height}, limits, 1).triangulate(strip, result.decoded, result.points);
+  Triangulator(head, camera, {0, 0, head.cameras[0].width, head.cameras[0].height}, limits, 1)
+      .triangulate(strip, result.decoded, result.points);
   return result;
 }
 
@@ -71,6 +73,26 @@ TEST(TriangulateTest, ARandomPlaneSeenByARandomHeadComesBack) {
     }
     ASSERT_GT(seen, 100) << round;
   }
+}
+
+TEST(TriangulateTest, PointsOfAnotherCameraAreOfTheReferenceFrame) {
+  Calibration head = smallHead(96, 72);
+  Optics& second = head.cameras.emplace_back(head.cameras[0]);
+  second.rotation = turned(0.03, std::atan2(80, 400), 0.2);
+  second.translation = second.rotation * Vector{-80, 5, 12};
+  const Rendering rendering(head, 1, plane({0.2, -0.1, 1}, 400));
+  int seen = 0;
+  for (std::size_t pixel = 0; pixel < rendering.pixels(); ++pixel) {
+    const Truth& truth = rendering.truth(pixel);
+    if (!truth.lit || pixel % 37 != 0) continue;
+    ++seen;
+    const Triangulated result = triangulatedStrip(head, rendering, pixel / stripLength, {.sigma = 100}, 1);
+    const std::size_t i = pixel % stripLength;
+    EXPECT_NEAR(static_cast<double>(result.points.x[i]), truth.point[0], 0.004);
+    EXPECT_NEAR(static_cast<double>(result.points.y[i]), truth.point[1], 0.004);
+    EXPECT_NEAR(static_cast<double>(result.points.z[i]), truth.point[2], 0.004);
+  }
+  EXPECT_GT(seen, 50);
 }
 
 TEST(TriangulateTest, KeepsToTheLimits) {

@@ -1,7 +1,9 @@
 // A part of the picture gives the points that the whole picture gives there, to the last bit.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
+#include <cmath>
 
 #include "rendering.h"
 #include "scan/failure.h"
@@ -122,6 +124,14 @@ TEST_F(WindowTest, OneThatLeavesThePictureIsRefused) {
     EXPECT_THROW(scanner.use(0, window), Failure) << window.x << ", " << window.y;
   scanner.use(0, {332, 120, 1, 1});
   EXPECT_EQ(scanner.window(0).pixels(), 1U);
+}
+
+TEST_F(WindowTest, NoNormalIsLeftWhereCleaningTookThePoint) {
+  const Result whole = scan({0, 0, width, height});
+  EXPECT_GT(std::count(whole.reason.begin(), whole.reason.end(), static_cast<std::uint8_t>(Reason::edge)), 20);
+  for (std::size_t i = 0; i < whole.reason.size(); ++i) {
+    ASSERT_TRUE(whole.reason[i] == 0 || std::isnan(whole.normals[3 * i])) << i;
+  }
 }
 
 TEST_F(WindowTest, ForgetsThePicturesThatWereAdded) {

@@ -79,6 +79,20 @@ TEST_F(TriggerTest, ATriggerWindowWithoutAMessageGetsNone) {
   EXPECT_EQ(window.posts(), std::vector<Post>{});
 }
 
+TEST_F(TriggerTest, AnEventWindowThatIsRemovedGetsNoMoreEvents) {
+  OpenSession session(tellsItsSerial());
+  TestWindow window;
+  for (const std::uint32_t message : {0x8001U, 0x8002U}) session.device().AddEventWindow(window.handle(), message);
+  EXPECT_EQ(session.device().RemoveEventWindow(window.handle(), 0x8001), SLALL_OKAY);
+  EXPECT_EQ(session.device().RemoveEventWindow(window.handle(), 0x8003), SLALL_OKAY) << "never there";
+  SLRegisterEventhandler(session.handle(), noteEvent, &journal_);
+  awaitListener(journal_);
+  session.free();
+  const std::vector<Post> posts = window.posts();
+  EXPECT_FALSE(posts.empty());
+  for (const Post& post : posts) EXPECT_EQ(post.message, 0x8002U);
+}
+
 TEST_F(TriggerTest, TheCallbackIsReplacedAndCleared) {
   static std::atomic<int> calls;
   calls = 0;

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/debug_output.h"
+#include "platform/event.h"
 #include "platform/worker.h"
 
 namespace fringix::test {
@@ -32,6 +33,28 @@ TEST(HostSignalsTest, AWorkerGetsItsOwnFaultsAndWhatRuntimesStopThreadsWithAndNo
   for (const int sent : {SIGINT, SIGTERM, SIGPIPE, SIGCHLD, SIGUSR1}) EXPECT_EQ(sigismember(&mask, sent), 1) << sent;
   for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS}) EXPECT_EQ(sigismember(&mask, fault), 0) << fault;
   for (const int stop : {SIGPWR, SIGXCPU, SIGRTMIN, SIGRTMAX}) EXPECT_EQ(sigismember(&mask, stop), 0) << stop;
+}
+
+// Of the host's, whose handler does not have calls started again.
+TEST(HostSignalsTest, ASignalDoesNotEndAWait) {
+  static std::atomic<int> signals;
+  signals = 0;
+  struct sigaction noting = {};
+  struct sigaction before = {};
+  noting.sa_handler = [](int) { ++signals; };
+  sigaction(SIGUSR1, &noting, &before);
+  std::thread host([waiting = pthread_self()] {
+    for (int i = 0; i < 5; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+      pthread_kill(waiting, SIGUSR1);
+    }
+  });
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_FALSE(platform::ManualResetEvent().wait(std::chrono::milliseconds(200)));
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
+  host.join();
+  EXPECT_EQ(signals, 5);
+  sigaction(SIGUSR1, &before, nullptr);
 }
 
 // Standard error as a pipe, for as long as it lives.
