@@ -37,10 +37,11 @@ endif()
 
 find_package(Threads REQUIRED)
 
-# fringix_note_coverage(TARGET): in the build for that it notes which of its lines and branches run. What is precompiled has other options.
+# fringix_note_coverage(TARGET): in the build for that it notes which of its lines and branches run. What is precompiled has other options,
+# and branches of the standard library would count as those of the line that they are inlined in.
 function(fringix_note_coverage target)
   if(FRINGIX_COVERAGE)
-    target_compile_options(${target} PRIVATE --coverage -Og -fprofile-update=atomic)
+    target_compile_options(${target} PRIVATE --coverage -Og -fno-inline -fprofile-update=atomic)
     target_link_options(${target} PUBLIC --coverage)
     set_target_properties(${target} PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
   endif()
