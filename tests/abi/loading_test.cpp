@@ -20,7 +20,7 @@ constexpr bool unloads = std::string_view(LIBRARY_FILE).ends_with(".dll");
 constexpr int warmUp = 20;
 constexpr int rounds = unloads ? 100 : 1000;
 constexpr int roundsWithoutSession = rounds / 2;  // for each one with: to close takes a session 100 ms
-constexpr std::size_t noise = std::size_t{1} << 20;
+constexpr std::size_t noise = std::size_t{128} << 10;
 
 void useSession(const LoadedLibrary& library) {
   const ScriptedHead started(greetingHead());
