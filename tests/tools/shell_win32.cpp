@@ -1,13 +1,21 @@
 #include <windows.h>
 
 #include <cstdlib>
-#include <stdexcept>
 
 #include "shell.h"
+#include "support/win32/start_process.h"
 
 namespace fringix::test {
 
 namespace {
+
+// As the interpreter would read it.
+std::wstring wide(const std::string& text) {
+  std::wstring result(text.size(), L'\0');
+  result.resize(static_cast<std::size_t>(
+      MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), result.data(), static_cast<int>(result.size()))));
+  return result;
+}
 
 HANDLE openInheritable(const std::filesystem::path& file, DWORD access, DWORD how) {
   SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
@@ -20,20 +28,6 @@ HANDLE inputFrom(const std::filesystem::path& file) {
 
 HANDLE outputTo(const std::filesystem::path& file) { return openInheritable(file, GENERIC_WRITE, CREATE_ALWAYS); }
 
-HANDLE startProcess(std::string line, HANDLE input, HANDLE output, HANDLE errors) {
-  STARTUPINFOA start{};
-  start.cb = sizeof start;
-  start.dwFlags = STARTF_USESTDHANDLES;
-  start.hStdInput = input;
-  start.hStdOutput = output;
-  start.hStdError = errors;
-  PROCESS_INFORMATION information{};
-  if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &information) == 0)
-    throw std::runtime_error("CreateProcess failed: " + std::to_string(GetLastError()));
-  CloseHandle(information.hThread);
-  return information.hProcess;
-}
-
 }  // namespace
 
 // The interpreter strips one pair of quotes around the whole line before it reads it.
@@ -44,7 +38,7 @@ int runWithFiles(const std::string& command, const std::filesystem::path& input,
                  const std::filesystem::path& errors) {
   const HANDLE files[] = {outputTo(output), outputTo(errors)};
   const HANDLE read = inputFrom(input);
-  const HANDLE process = startProcess(command, read, files[0], files[1]);
+  const HANDLE process = startProcess(wide(command), read, files[0], files[1]);
   for (const HANDLE file : files) CloseHandle(file);
   if (!input.empty()) CloseHandle(read);
   WaitForSingleObject(process, INFINITE);

@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "support/win32/start_process.h"
+
 namespace fringix::test {
 
 namespace {
@@ -37,20 +39,6 @@ std::wstring commandLine(const std::filesystem::path& program, const std::vector
   return line;
 }
 
-HANDLE startProcess(std::wstring line, HANDLE input, HANDLE output) {
-  STARTUPINFOW start{};
-  start.cb = sizeof start;
-  start.dwFlags = STARTF_USESTDHANDLES;
-  start.hStdInput = input;
-  start.hStdOutput = output;
-  start.hStdError = output;
-  PROCESS_INFORMATION information{};
-  if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &information) == 0)
-    throw std::runtime_error("CreateProcessW failed: " + std::to_string(GetLastError()));
-  CloseHandle(information.hThread);
-  return information.hProcess;
-}
-
 }  // namespace
 
 void ChildProcess::start(const std::filesystem::path& program, const std::vector<std::string>& arguments, Input input) {
@@ -59,7 +47,8 @@ void ChildProcess::start(const std::filesystem::path& program, const std::vector
   input_ = numberOf(in.writeEnd);
   output_ = numberOf(out.readEnd);
   const HANDLE nullDevice = input == Input::nullDevice ? openNullDevice() : nullptr;
-  process_ = numberOf(startProcess(commandLine(program, arguments), input == Input::pipe ? in.readEnd : nullDevice, out.writeEnd));
+  process_ =
+      numberOf(startProcess(commandLine(program, arguments), input == Input::pipe ? in.readEnd : nullDevice, out.writeEnd, out.writeEnd));
   for (const HANDLE handle : {in.readEnd, out.writeEnd, nullDevice}) {
     if (handle != nullptr) CloseHandle(handle);
   }
