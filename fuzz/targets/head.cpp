@@ -3,7 +3,6 @@
 // The first byte chooses the head's protocol version, the second the length of a fault's text; then commands: a byte that chooses the
 // name (the last ones: none, the input has it), and how many bytes of the input and how many more follow it.
 #include <algorithm>
-#include <future>
 
 #include "fuzz/conversation_turns.h"
 #include "fuzz/input.h"
@@ -69,14 +68,8 @@ void run(Bytes input) {
   addFault(faults, in);
   network().connection.arriving = commands(in);
   head::TriggerOutput triggers("127.0.0.2");
-  std::promise<void> over;
-  const head::Observer observer = [&](head::Happening happening, const std::string&, const std::string&) {
-    if (happening == head::Happening::disconnected) over.set_value();
-  };
-  {
-    const head::Session session(platform::Socket::openStream(), {0x7F000001, 5000}, model, faults, triggers, observer);
-    over.get_future().wait();
-  }
+  const head::Observer unobserved;
+  head::Session(platform::Socket::openStream(), {0x7F000001, 5000}, model, faults, triggers, unobserved).run();
   require(network().open == 0, "no socket is left");
 }
 

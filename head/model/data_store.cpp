@@ -26,15 +26,18 @@ LentBlock DataStore::load(const std::string& name, MemoryBudget& budget) const {
   return {.block = std::move(block), .room = std::move(*room)};
 }
 
-void DataStore::provide(const std::string& name, Block block) {
+void DataStore::provide(const std::string& name, std::function<Block()> make) {
   const std::lock_guard lock(mutex_);
-  provided_[name] = std::make_shared<const Block>(std::move(block));
+  provided_[name] = {std::move(make)};
 }
 
 // All clients share it, so it takes no room of its own.
 SharedBlock DataStore::own(const std::string& name) const {
   const auto found = provided_.find(name);
-  return found != provided_.end() ? found->second : nullptr;
+  if (found == provided_.end()) return nullptr;
+  OwnBlock& block = found->second;
+  if (block.made == nullptr) block.made = std::make_shared<const Block>(block.make());
+  return block.made;
 }
 
 std::unique_ptr<DataStore> makeDataStore(const HeadSettings& settings) {

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -40,8 +41,9 @@ class DataStore {
   Status save(const std::string& name, Block block);  // in place of an older one
   LentBlock load(const std::string& name, MemoryBudget& budget) const;
 
-  // What the head itself has under a name, as long as no client has saved a block there. Takes none of the capacity.
-  void provide(const std::string& name, Block block);
+  // What the head itself has under a name, as long as no client has saved a block there; made when it is first asked for. Takes none of
+  // the capacity.
+  void provide(const std::string& name, std::function<Block()> make);
 
  protected:
   struct Content {
@@ -50,6 +52,11 @@ class DataStore {
   };
 
  private:
+  struct OwnBlock {
+    std::function<Block()> make;
+    SharedBlock made{};
+  };
+
   SharedBlock own(const std::string& name) const;
 
   virtual Content contentWithout(const std::string& name) const = 0;  // all other blocks
@@ -59,7 +66,7 @@ class DataStore {
 
   const std::size_t capacity_;
   mutable std::mutex mutex_;
-  std::map<std::string, SharedBlock> provided_;
+  mutable std::map<std::string, OwnBlock> provided_;
 };
 
 // In settings.storage, or in memory when that is empty. Throws std::runtime_error when the folder cannot be made.

@@ -40,7 +40,7 @@ HeadModel::HeadModel(HeadSettings settings)
       cameras_{Camera(settings_, 0), Camera(settings_, 1)},
       sequences_(settings_.projector, settings_.sequenceMemory),
       pictures_(settings_.pictureMemory) {
-  data_->provide(calibrationBlockName, calibrationBlock(settings_));
+  data_->provide(calibrationBlockName, [this] { return calibrationBlock(settings_); });
   tellOfScene(settings_.scene);
 }
 
@@ -70,8 +70,8 @@ Status HeadModel::obeySceneBlock(const Block& block) {
 }
 
 void HeadModel::tellOfScene(const std::string& name) {
-  data_->provide(truthBlockName, truthBlock(*scene_));
-  data_->provide(sceneBlockName, Block(name.begin(), name.end()));
+  data_->provide(truthBlockName, [scene = scene_] { return truthBlock(*scene); });
+  data_->provide(sceneBlockName, [name] { return Block(name.begin(), name.end()); });
 }
 
 HeadModel::LightMaps HeadModel::mapsOf(const std::shared_ptr<const Scene>& scene) const {

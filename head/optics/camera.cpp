@@ -18,7 +18,7 @@ Brightening brighteningFor(const Exposure& exposure, double ambient) {
 
 }  // namespace
 
-Camera::Camera(const HeadSettings& settings, std::uint32_t channel) : settings_(settings), channel_(channel) {}
+Camera::Camera(const HeadSettings& settings, std::uint32_t channel) : settings_(settings), noise_(settings.noiseSeed + channel) {}
 
 void Camera::use(std::shared_ptr<const LightMap> map) {
   map_ = std::move(map);
@@ -28,9 +28,8 @@ void Camera::use(std::shared_ptr<const LightMap> map) {
 void Camera::take(const Light& light, const Exposure& exposure, std::uint64_t moment, std::uint64_t number, Picture& picture) {
   if (still_.pixels.empty() || exposure_ != exposure) render(light, exposure);
   if (settings_.motion > 0) renderMoving(light, moment);
-  if (!noise_) noise_.emplace(settings_.noiseSeed + channel_);
   const NoiseKind kind{settings_.noise * exposure.gain, settings_.shotNoise * exposure.gain};
-  noise_->readOut(settings_.motion > 0 ? moved_ : still_, kind, number, picture);
+  noise_.readOut(settings_.motion > 0 ? moved_ : still_, kind, number, picture);
 }
 
 void Camera::render(const Light& light, const Exposure& exposure) {

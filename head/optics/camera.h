@@ -42,9 +42,8 @@ class Camera {
   void renderMoving(const Light& light, std::uint64_t moment);
 
   const HeadSettings& settings_;
-  std::uint32_t channel_;
   std::shared_ptr<const LightMap> map_;
-  std::optional<Noise> noise_;         // made for the first picture
+  Noise noise_;
   std::optional<SensorLight> sensor_;  // for `exposure_`
   ExposedImage still_;                 // without what moves and without noise, for `exposure_`; empty until there is one
   ExposedImage moved_;

@@ -30,35 +30,53 @@ std::uint64_t mix(std::uint64_t value) {
   return value ^ value >> 31;
 }
 
-void readRow(const std::uint16_t* light, const std::int16_t* samples, std::size_t count, const NoiseKind& kind, std::uint8_t* row) {
-  constexpr float level = 1.0F / ExposedImage::fractions;
+constexpr float level = 1.0F / ExposedImage::fractions;
+
+std::uint8_t roundedTo255(float read) {
+  read += 0.5F;
+  return static_cast<std::uint8_t>(static_cast<int>(read < 1 ? 1.0F : read > 255 ? 255.0F : read));
+}
+
+void readRow(const std::uint16_t* light, std::size_t count, std::uint8_t* row) {
+  for (std::size_t i = 0; i < count; ++i) row[i] = roundedTo255(static_cast<float>(light[i]) * level);
+}
+
+void readNoisyRow(const std::uint16_t* light, const std::int16_t* samples, std::size_t count, const NoiseKind& kind, std::uint8_t* row) {
   const auto unit = static_cast<float>(1 / sampleUnit);
   const auto variance = static_cast<float>(kind.deviation * kind.deviation);
   const auto shot = static_cast<float>(kind.shot);
   for (std::size_t i = 0; i < count; ++i) {
     const float signal = static_cast<float>(light[i]) * level;
     const float noise = std::sqrt(variance + shot * signal) * unit * static_cast<float>(samples[i]);
-    const float read = signal + noise + 0.5F;
-    row[i] = static_cast<std::uint8_t>(static_cast<int>(read < 1 ? 1.0F : read > 255 ? 255.0F : read));
+    row[i] = roundedTo255(signal + noise);
   }
+}
+
+std::vector<std::int16_t> takeSamples(std::uint64_t seed) {
+  std::mt19937_64 generator(seed);
+  std::vector<std::int16_t> samples(startCount);
+  for (auto& sample : samples) sample = takeSample(generator);
+  samples.resize(startCount + longestRow);
+  std::copy_n(samples.begin(), longestRow, samples.begin() + startCount);
+  return samples;
 }
 
 }  // namespace
 
-Noise::Noise(std::uint64_t seed) : seed_(mix(seed + 1)) {
-  std::mt19937_64 generator(seed_);
-  samples_.resize(startCount);
-  for (auto& sample : samples_) sample = takeSample(generator);
-  samples_.resize(startCount + longestRow);
-  std::copy_n(samples_.begin(), longestRow, samples_.begin() + startCount);
-}
+Noise::Noise(std::uint64_t seed) : seed_(mix(seed + 1)) {}
 
-void Noise::readOut(const ExposedImage& image, const NoiseKind& kind, std::uint64_t number, Picture& picture) const {
+void Noise::readOut(const ExposedImage& image, const NoiseKind& kind, std::uint64_t number, Picture& picture) {
   picture.resize(image.size);
+  const bool isSilent = kind == NoiseKind{};
+  if (!isSilent && samples_.empty()) samples_ = takeSamples(seed_);
   const auto width = static_cast<std::size_t>(image.size.width);
   for (std::int32_t y = 0; y < image.size.height; ++y) {
+    const std::uint16_t* const light = image.pixels.data() + static_cast<std::size_t>(y) * width;
     const std::uint64_t start = mix(mix(seed_ + number) + static_cast<std::uint64_t>(y)) % startCount;
-    readRow(image.pixels.data() + static_cast<std::size_t>(y) * width, samples_.data() + start, width, kind, picture.row(y));
+    if (isSilent)
+      readRow(light, width, picture.row(y));
+    else
+      readNoisyRow(light, samples_.data() + start, width, kind, picture.row(y));
   }
 }
 

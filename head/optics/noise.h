@@ -21,11 +21,12 @@ class Noise {
   explicit Noise(std::uint64_t seed);
 
   // Gives picture number `number`: the light with its noise, rounded to whole grey levels; no pixel is 0.
-  void readOut(const ExposedImage& image, const NoiseKind& kind, std::uint64_t number, Picture& picture) const;
+  void readOut(const ExposedImage& image, const NoiseKind& kind, std::uint64_t number, Picture& picture);
 
  private:
   std::uint64_t seed_;
-  std::vector<std::int16_t> samples_;  // of deviation 1, used over and over, from another place in each row
+  std::vector<std::int16_t>
+      samples_;  // of deviation 1, used over and over, from another place in each row; made for the first picture that needs them
 };
 
 }  // namespace fringix::head

@@ -88,7 +88,9 @@ void HeadServer::acceptClient() {
     return;
   }
   socket.setNoDelay(true);
-  sessions_.emplace_back(std::move(socket), peer, model_, faults_, triggers_, observer_);
+  std::list<Session> added;  // stays out of the others where there is no thread for it
+  added.emplace_back(std::move(socket), peer, model_, faults_, triggers_, observer_).start();
+  sessions_.splice(sessions_.end(), added);
 }
 
 // Whether nobody is to be accepted just now.

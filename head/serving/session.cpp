@@ -27,13 +27,16 @@ Session::Session(platform::Socket socket, platform::Ipv4Endpoint client, HeadMod
       faults_(faults),
       triggers_(triggers),
       link_{socket_.localEndpoint().address, client.address},
-      observer_(observer),
-      thread_([this] { run(); }) {}
+      observer_(observer) {}
 
 Session::~Session() {
   requestStop();
-  thread_.join();
+  if (thread_.joinable()) thread_.join();
   if (reset_) socket_.setResetOnClose();
+}
+
+void Session::start() {
+  thread_ = std::thread([this] { run(); });
 }
 
 void Session::requestStop() noexcept {

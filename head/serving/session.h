@@ -24,19 +24,21 @@ std::string nameOf(platform::Ipv4Endpoint client);  // "ADDRESS:PORT"
 
 class Session {
  public:
-  // Starts the session's thread; the rest of the head outlives it.
+  // The rest of the head outlives it.
   Session(platform::Socket socket, platform::Ipv4Endpoint client, HeadModel& model, FaultPlan& faults, TriggerOutput& triggers,
           const Observer& observer);
-  ~Session();  // ends the connection and waits for the thread
+  ~Session();  // ends the connection and waits for the thread, if there is one
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
+
+  void run() noexcept;  // until the session is over
+  void start();         // the same on a thread of its own
 
   void requestStop() noexcept;
   void requestReset() noexcept;  // stops, and resets the connection
   bool finished() const noexcept { return finished_; }
 
  private:
-  void run() noexcept;
   void serve();
   void meetFaults(Wire& wire, Occasion occasion, std::string_view command);
   void tell(Happening happening, const std::string& text) const;

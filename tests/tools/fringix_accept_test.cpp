@@ -176,7 +176,7 @@ TEST_F(FringixAccept, TheOtherCameraIsAcceptedToo) {
 }
 
 TEST_F(FringixAccept, ARealHeadIsNotAskedForScenes) {
-  server_.model().data().provide("scene.txt", {});
+  server_.model().data().provide("scene.txt", [] { return head::Block(); });
   const Outcome outcome = accept("127.0.0.1 --simulated");
   EXPECT_EQ(outcome.exitCode, 1);
   EXPECT_NE(outcome.errors.find("the head at 127.0.0.1 is no simulated one"), std::string::npos) << outcome.errors;

@@ -184,7 +184,7 @@ TEST_F(FringixScan, AHeadWithoutLightGivesNoPoints) {
 }
 
 TEST_F(FringixScanCalibration, AHeadWithoutACalibrationIsTold) {
-  server_->model().data().provide("calibration.json", {});
+  server_->model().data().provide("calibration.json", [] { return head::Block(); });
   const Outcome outcome = scan("127.0.0.1");
   EXPECT_EQ(outcome.exitCode, 1);
   EXPECT_EQ(outcome.errors, "fringix: the head at 127.0.0.1 has no calibration.json\n  Give its calibration with --calibration FILE.\n");
