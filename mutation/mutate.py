@@ -17,6 +17,9 @@ from sites import Site, sites_of
 from suites import Suite, all_suites, explore
 from tree import ROOT, build, copy_tree, not_compiled, write_sources
 
+sys.path.insert(0, str(ROOT / "scripts"))
+from reasons import read_reasons  # noqa: E402
+
 GOAL = 0.95  # of the changes that make a difference
 QUICK = 5.0  # seconds of a suite that mostly computes
 LONGEST = 60.0  # seconds that a suite may take without any change
@@ -44,18 +47,6 @@ def find_sites(only: str) -> tuple[list[Site], int]:
     with concurrent.futures.ProcessPoolExecutor(os.cpu_count()) as pool:
         results = list(pool.map(sites_by_cache, *zip(*((ROOT, f, flags) for f in files_of(ROOMS, only)))))
     return [site for sites, _ in results for site in sites], sum(left_out for _, left_out in results)
-
-
-def read_equivalent(path: pathlib.Path) -> dict[str, str]:
-    """From changes to the reasons why they make no difference: lines of `change | reason`."""
-    reasons = {}
-    for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
-        if line.strip() and not line.startswith("#"):
-            change, bar, reason = line.rpartition(" | ")
-            if not bar or len(reason.split()) < 3:
-                raise SystemExit(f"{path.name}:{number} has no reason")
-            reasons[change] = reason
-    return reasons
 
 
 def build_all(choice: Choice) -> int:
@@ -160,7 +151,7 @@ def main() -> None:
     parser.add_argument("--list", action="store_true", help="only tell which changes there are")
     options = parser.parse_args()
     sites, left_out = find_sites(options.only)
-    reasons = read_equivalent(EQUIVALENT)
+    reasons = read_reasons(EQUIVALENT)
     if options.list:
         print(*(f"{site.file}:{site.line} {site.kind} {site.place}: {site.told}" for site in sites), sep="\n")
         return
