@@ -42,6 +42,7 @@ TEST(ChannelTest, ASocketWithoutAHandleFails) {
   EXPECT_EQ(socket.ReceiveString(&received), -1);
   EXPECT_EQ(socket.ReceiveBytes(&byte, 1), -1);
   EXPECT_EQ(socket.WaitReadable(0), -1);
+  EXPECT_EQ(socket.setNonBlocking(true), -1);
 }
 
 // Lets a test look at what only derived classes may.

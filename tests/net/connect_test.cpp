@@ -36,6 +36,22 @@ TEST_F(ConnectTest, FailsWhereNothingListens) {
   EXPECT_EQ(socket_.ConnectWithTimeout("127.0.0.9", 2), -1);
 }
 
+TEST_F(ConnectTest, FailsWhereNoConnectionLeads) {
+  ASSERT_EQ(socket_.Create(), 0);
+  EXPECT_EQ(socket_.ConnectWithTimeout("224.0.0.1", 2), -1) << "a group of hosts takes none";
+}
+
+TEST_F(ConnectTest, ConnectsASocketThatDoesNotBlockAnyway) {
+  ScriptedHead head({reply(integer(3))});
+  ASSERT_EQ(socket_.Create(), 0);
+  ASSERT_EQ(socket_.setNonBlocking(true), 0);
+  ASSERT_EQ(socket_.ConnectWithTimeout("127.0.0.1", 5), 0);
+  std::int32_t value = 0;
+  EXPECT_EQ(socket_.ReceiveInt(&value), 0);
+  EXPECT_EQ(value, 3);
+  socket_.Create();  // lets the head see the end of the connection
+}
+
 TEST_F(ConnectTest, GivesUpAtTheLimit) {
   // A listener that never accepts takes few connections; those behind them stay unanswered.
   platform::Socket listener = platform::Socket::openStream();

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <sstream>
 #include <thread>
 
@@ -214,8 +215,34 @@ TEST(ScanRefusalTest, OfClouds) {
   }
   EXPECT_EQ(SLScanGather(&cloud, 1, &gathered, &count), SLSCAN_OKAY);
   EXPECT_EQ(to, points);
+  cloud.normals = cloud.sigma = cloud.column = cloud.modulation = cloud.offset = points.data();
+  cloud.intensity = cloud.reason = bytes.data();
+  gathered.reason = bytes.data();
+  gathered.column = gathered.modulation = gathered.offset = to.data();
+  EXPECT_EQ(SLScanGather(&cloud, 1, &gathered, &count), SLSCAN_OKAY) << "all that is asked for is there";
   cloud.points = nullptr;
   expectRefusal(SLScanGather(&cloud, 1, &gathered, &count), lacking);
+}
+
+TEST(ScanFindingsTest, TellOfALightThatFlickersAndAThingThatMoves) {
+  const SLScanPlan plan = scan::defaultPlan(1280);
+  const scan::Scanner scanner(plan, simpleHead());
+  const auto findingsAfter = [&](const std::function<void(std::vector<std::vector<std::uint8_t>>&)>& change) {
+    auto pictures = picturesOfTheWall(plan);
+    change(pictures);
+    for (const auto& picture : pictures) scanner.add(0, picture.data(), 200, 20);
+    return scanner.finish(0).findings;
+  };
+  const SLScanFindings still = findingsAfter([](auto&) {});
+  EXPECT_EQ((std::vector{still.flickers, still.moves}), (std::vector{0, 0}));
+  const SLScanFindings brighter = findingsAfter([](auto& pictures) {
+    for (std::uint8_t& pixel : pictures[15]) pixel = static_cast<std::uint8_t>(pixel + 10);
+  });
+  EXPECT_EQ(brighter.flickers, 1);
+  const SLScanFindings moved = findingsAfter([](auto& pictures) {
+    for (std::size_t i = 15; i < 20; ++i) std::rotate(pictures[i].begin(), pictures[i].begin() + 1, pictures[i].begin() + 2000);
+  });
+  EXPECT_EQ(moved.moves, 1);
 }
 
 TEST(ScanWrapperTest, MeasuresAWall) {

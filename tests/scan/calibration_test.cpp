@@ -4,27 +4,17 @@
 #include <functional>
 #include <limits>
 
+#include "refusal.h"
 #include "rendering.h"
 #include "scan/calibration_json.h"
-#include "scan/failure.h"
 
 namespace fringix::scan::test {
 namespace {
 
-std::string refusal(const std::function<void()>& body) {
-  try {
-    body();
-  } catch (const Failure& failure) {
-    EXPECT_EQ(failure.status(), Status::badCalibration);
-    return failure.what();
-  }
-  return "nothing was refused";
-}
-
 std::string refusalOf(const std::function<void(Calibration&)>& spoil) {
   Calibration calibration = smallHead();
   spoil(calibration);
-  return refusal([&] { check(calibration); });
+  return refusal(Status::badCalibration, [&] { check(calibration); });
 }
 
 bool tells(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
@@ -107,7 +97,7 @@ std::string refusalOfText(std::string text, const std::string& part, const std::
   const auto found = text.find(part);
   EXPECT_NE(found, std::string::npos) << part;
   text.replace(found, part.size(), replacement);
-  return refusal([&] { calibrationFrom(text); });
+  return refusal(Status::badCalibration, [&] { calibrationFrom(text); });
 }
 
 TEST(CalibrationTextTest, TellsWhatIsWrongAndWhere) {
@@ -118,11 +108,12 @@ TEST(CalibrationTextTest, TellsWhatIsWrongAndWhere) {
   EXPECT_TELLS(refusalOfText(text, "\"fx\"", "\"fX\""), "cameras[0].fx is missing");
   EXPECT_TELLS(refusalOfText(text, "\"projector\"", "\"lamp\""), "projector is missing");
   EXPECT_TELLS(refusalOfText(text, "\"width\": 320", "\"width\": \"wide\""), "cameras[0].width is no integer");
+  EXPECT_TELLS(refusalOfText(text, "\"width\": 320", "\"width\": 320.5"), "cameras[0].width is no integer");
   EXPECT_TELLS(refusalOfText(text, "\"width\": 320", "\"width\": 99999999999"), "cameras[0].width does not fit into 32 bits");
   EXPECT_TELLS(refusalOfText(text, "-0.12,", ""), "cameras[0].distortion has 4 entries; 5 are needed");
   EXPECT_TELLS(refusalOfText(text, "-0.12", "NaN"), "the text is no JSON");
-  EXPECT_TELLS(refusal([] { calibrationFrom(""); }), "the text is no JSON");
-  EXPECT_TELLS(refusal([] { calibrationFrom("[1, 2]"); }), " is no object");
+  EXPECT_TELLS(refusal(Status::badCalibration, [] { calibrationFrom(""); }), "the text is no JSON");
+  EXPECT_TELLS(refusal(Status::badCalibration, [] { calibrationFrom("[1, 2]"); }), " is no object");
 }
 
 TEST(CalibrationTextTest, TellsWhatKindAMemberHasToBe) {
@@ -142,7 +133,7 @@ TEST(CalibrationTextTest, ASerialHas32Bits) {
   };
   for (const std::int32_t good : {0, -1, 2147483647, -2147483647}) EXPECT_EQ(serial(std::to_string(good)), good);
   for (const char* beyond : {"2147483648", "-2147483648", "18446744073709551615", "-9223372036854775808"})
-    EXPECT_TELLS(refusal([&] { serial(beyond); }), "serial does not fit into 32 bits");
+    EXPECT_TELLS(refusal(Status::badCalibration, [&] { serial(beyond); }), "serial does not fit into 32 bits");
 }
 
 TEST(CalibrationTextTest, RefusesAFifthCamera) {
@@ -150,14 +141,15 @@ TEST(CalibrationTextTest, RefusesAFifthCamera) {
   head.cameras.resize(4, head.cameras[0]);
   EXPECT_EQ(calibrationFrom(textOf(head)).cameras.size(), 4U);
   head.cameras.resize(5, head.cameras[0]);
-  EXPECT_EQ(refusal([&] { calibrationFrom(textOf(head)); }), "calibration: 5 cameras; 1 to 4 are possible");
+  EXPECT_EQ(refusal(Status::badCalibration, [&] { calibrationFrom(textOf(head)); }), "calibration: 5 cameras; 1 to 4 are possible");
 }
 
 // Cut anywhere, a text is refused and nothing else happens.
 TEST(CalibrationTextTest, RefusesEveryBeginning) {
   const std::string text = textOf(smallHead());
   for (std::size_t length = 0; length + 2 < text.size(); ++length) {
-    ASSERT_TRUE(tells(refusal([&] { calibrationFrom(std::string_view(text).substr(0, length)); }), "no JSON")) << length;
+    ASSERT_TRUE(tells(refusal(Status::badCalibration, [&] { calibrationFrom(std::string_view(text).substr(0, length)); }), "no JSON"))
+        << length;
   }
 }
 

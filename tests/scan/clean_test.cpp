@@ -105,6 +105,7 @@ TEST(CleanTest, TakesSmallPatchesAway) {
     return island || column < 20 ? 400.0 : std::nan("");
   });
   EXPECT_EQ(Relief(relief).clean({.leastPatch = 49}).count(Reason::component), 0U);
+  for (const std::int32_t all : {0, 1}) EXPECT_EQ(Relief(relief).clean({.leastPatch = all}).count(Reason::component), 0U);
   EXPECT_EQ(relief.clean({.leastPatch = 50}).count(Reason::component), 49U);
   EXPECT_EQ(relief.count(Reason::none), 20 * height);
 }

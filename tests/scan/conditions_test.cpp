@@ -64,6 +64,20 @@ TEST_F(ConditionsTest, NoiseBelowWhatWasStatedChangesNothing) {
   EXPECT_NEAR(relativeError(), std::sqrt((1 + 1.0 / 12) / (4 + 1.0 / 12)), 0.05);
 }
 
+TEST_F(ConditionsTest, ThreeStepsLeaveNothingToTellNoiseBy) {
+  const PlanSettings shortest{Method::grayAndPhase, 1280, 10, 3};
+  const Plan threeSteps(shortest);
+  Scanner scanner(shortest, head, {});
+  Cloud cloud;
+  cloud.points = points.data();
+  cloud.sigma = sigma.data();
+  cloud.reason = reason.data();
+  const Findings findings = scanner.compute(0, pointersTo(rendering.pictures(threeSteps, {.noise = 1})), cloud);
+  EXPECT_EQ(findings.measuredNoise, 0);
+  EXPECT_GT(findings.counts[0], rendering.pixels() / 2);
+  EXPECT_NEAR(relativeError(), 1, 0.3) << "by the noise that was stated";
+}
+
 // What is left of a gamma is its third harmonic, at most 1 % of the light.
 TEST_F(ConditionsTest, AGammaIsNeitherNoiseNorMotion) {
   const std::uint64_t still = scan(rendering.pictures(plan, {.noise = 1})).counts[0];

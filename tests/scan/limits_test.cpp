@@ -4,21 +4,12 @@
 #include <functional>
 #include <limits>
 
+#include "refusal.h"
 #include "rendering.h"
-#include "scan/failure.h"
 #include "scan/scanner.h"
 
 namespace fringix::scan::test {
 namespace {
-
-std::string refusal(const std::function<void()>& body) {
-  try {
-    body();
-  } catch (const Failure& failure) {
-    return failure.what();
-  }
-  return "";
-}
 
 // A head whose camera has 320 x 240 pixels, a focal length of 320 and no lens to speak of; the projector stands 150 mm beside it.
 Calibration plainHead() {
@@ -33,7 +24,7 @@ Calibration plainHead() {
 std::string told(const std::function<void(Calibration&)>& change) {
   Calibration head = plainHead();
   change(head);
-  return refusal([&] { check(head); });
+  return refusal(Status::badCalibration, [&] { check(head); });
 }
 
 struct NumberLimit {
@@ -121,7 +112,7 @@ TEST(CalibrationLimitsTest, OfTheRest) {
 }
 
 std::string told(const PlanSettings& settings) {
-  return refusal([&] { const Plan plan(settings); });
+  return refusal(Status::badParameter, [&] { const Plan plan(settings); });
 }
 
 TEST(PlanLimitsTest, AreToldWhole) {
@@ -144,7 +135,7 @@ TEST(PlanLimitsTest, AreToldWhole) {
       "plan: a period of 21 columns is too short for three frequencies: 64 of them have to cover the projector's width and a guard of 4 %");
   const Plan plan({gray, 1280, 10, 10});
   EXPECT_EQ(plan.line(19).size(), 1280U);
-  EXPECT_EQ(refusal([&] { plan.line(20); }), "plan: there is no picture 20, the last is 19");
+  EXPECT_EQ(refusal(Status::badParameter, [&] { plan.line(20); }), "plan: there is no picture 20, the last is 19");
 }
 
 struct SettingsLimit {
@@ -157,7 +148,8 @@ struct SettingsLimit {
 std::string told(const std::function<void(ScanSettings&, double)>& set, double value) {
   ScanSettings settings;
   set(settings, value);
-  return refusal([&] { const Scanner scanner(defaultSettings(Method::grayAndPhase, 1280), smallHead(32, 24), settings); });
+  return refusal(Status::badParameter,
+                 [&] { const Scanner scanner(defaultSettings(Method::grayAndPhase, 1280), smallHead(32, 24), settings); });
 }
 
 void expectLimits(const std::vector<SettingsLimit>& limits) {
@@ -224,7 +216,7 @@ TEST(SettingsLimitsTest, OfPointsAndCleaning) {
 
 TEST(ScannerLimitsTest, AreToldWhole) {
   const PlanSettings plan = defaultSettings(Method::grayAndPhase, 1280);
-  EXPECT_EQ(refusal([] { const Scanner scanner(defaultSettings(Method::grayAndPhase, 640), smallHead(32, 24), {}); }),
+  EXPECT_EQ(refusal(Status::badParameter, [] { const Scanner scanner(defaultSettings(Method::grayAndPhase, 640), smallHead(32, 24), {}); }),
             "the plan is for a projector of 640 columns, the calibration for one of 1280");
   Scanner scanner(plan, smallHead(32, 24), {});
   std::vector<float> points(3 * 32 * 24);
@@ -232,25 +224,24 @@ TEST(ScannerLimitsTest, AreToldWhole) {
   cloud.points = points.data();
   const std::vector<std::uint8_t> picture(32 * 24);
   std::vector<const std::uint8_t*> pictures(19, picture.data());
-  EXPECT_EQ(refusal([&] { scanner.use(1, {}); }), "there is no camera 1; the calibration has 1");
-  EXPECT_EQ(refusal([&] {
-              scanner.use(0, {1, 2, 32, 20});
-            }),
+  EXPECT_EQ(refusal(Status::badParameter, [&] { scanner.use(1, {}); }), "there is no camera 1; the calibration has 1");
+  const Window beyond{1, 2, 32, 20};
+  EXPECT_EQ(refusal(Status::badParameter, [&] { scanner.use(0, beyond); }),
             "a window of 32 x 20 pixels at 1, 2 does not lie within the camera's 32 x 24");
-  EXPECT_EQ(refusal([&] { scanner.compute(0, pictures, cloud); }), "19 pictures were given; the plan has 20");
+  EXPECT_EQ(refusal(Status::badPictures, [&] { scanner.compute(0, pictures, cloud); }), "19 pictures were given; the plan has 20");
   pictures.push_back(nullptr);
-  EXPECT_EQ(refusal([&] { scanner.compute(0, pictures, cloud); }), "picture 19 is missing");
+  EXPECT_EQ(refusal(Status::badPictures, [&] { scanner.compute(0, pictures, cloud); }), "picture 19 is missing");
   pictures.back() = picture.data();
-  EXPECT_EQ(refusal([&] { scanner.compute(0, pictures, {}); }), "the buffer of the points is null");
-  EXPECT_EQ(refusal([&] { scanner.finish(0, cloud); }), "picture 0 is missing; the plan has 20");
+  EXPECT_EQ(refusal(Status::badParameter, [&] { scanner.compute(0, pictures, {}); }), "the buffer of the points is null");
+  EXPECT_EQ(refusal(Status::badPictures, [&] { scanner.finish(0, cloud); }), "picture 0 is missing; the plan has 20");
   for (int exposure = 0; exposure < 16; ++exposure) {
     if (exposure > 0) scanner.nextExposure(0);
     for (int i = 0; i < 19; ++i) scanner.add(0, picture.data());
-    EXPECT_EQ(refusal([&] { scanner.nextExposure(0); }), "picture 19 is missing; the plan has 20");
+    EXPECT_EQ(refusal(Status::badPictures, [&] { scanner.nextExposure(0); }), "picture 19 is missing; the plan has 20");
     scanner.add(0, picture.data());
   }
-  EXPECT_EQ(refusal([&] { scanner.nextExposure(0); }), "16 exposures are possible");
-  EXPECT_EQ(refusal([&] { scanner.add(0, picture.data()); }), "all 20 pictures of the plan are there already");
+  EXPECT_EQ(refusal(Status::badPictures, [&] { scanner.nextExposure(0); }), "16 exposures are possible");
+  EXPECT_EQ(refusal(Status::badPictures, [&] { scanner.add(0, picture.data()); }), "all 20 pictures of the plan are there already");
 }
 
 }  // namespace

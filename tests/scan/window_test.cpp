@@ -126,6 +126,15 @@ TEST_F(WindowTest, OneThatLeavesThePictureIsRefused) {
   EXPECT_EQ(scanner.window(0).pixels(), 1U);
 }
 
+TEST(WindowPlaceTest, LiesWithinAPictureOrDoesNot) {
+  for (const Window& within : {Window{0, 0, 20, 10}, Window{19, 9, 1, 1}, Window{5, 5, 15, 5}}) EXPECT_TRUE(within.liesWithin(20, 10));
+  for (const Window& beyond :
+       {Window{-1, 0, 5, 5}, Window{0, -1, 5, 5}, Window{0, 0, 0, 5}, Window{0, 0, 5, 0}, Window{20, 0, 1, 1}, Window{0, 10, 1, 1},
+        Window{0, 0, 21, 1}, Window{0, 0, 1, 11}, Window{1, 0, 20, 1}, Window{0, 1, 1, 10}, Window{2147483647, 0, 2147483647, 1}}) {
+    EXPECT_FALSE(beyond.liesWithin(20, 10)) << beyond.x << ", " << beyond.y << ": " << beyond.width << " x " << beyond.height;
+  }
+}
+
 TEST_F(WindowTest, NoNormalIsLeftWhereCleaningTookThePoint) {
   const Result whole = scan({0, 0, width, height});
   EXPECT_GT(std::count(whole.reason.begin(), whole.reason.end(), static_cast<std::uint8_t>(Reason::edge)), 20);

@@ -17,6 +17,11 @@ ListenerProcess::ListenerProcess(const std::string& program, const std::vector<s
   if (!open()) throw std::runtime_error("the listener does not open its session");
 }
 
+ListenerProcess::~ListenerProcess() {
+  process_.closeInput();
+  process_.wait(std::chrono::seconds(5));
+}
+
 bool ListenerProcess::ask(const std::string& command, const std::string& answer) {
   process_.write(command + "\n");
   return !process_.waitForLine(answer).empty();

@@ -20,6 +20,10 @@ class ListenerProcess {
   explicit ListenerProcess(const std::string& address);                                    // with an open session
   ListenerProcess(const std::string& program, const std::vector<std::string>& arguments);  // likewise, started in another way
 
+  ~ListenerProcess();  // lets it end in order
+  ListenerProcess(const ListenerProcess&) = delete;
+  ListenerProcess& operator=(const ListenerProcess&) = delete;
+
   bool open() { return ask("open", "opened"); }
   bool close() { return ask("close", "closed"); }
   void kill();

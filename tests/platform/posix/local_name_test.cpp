@@ -1,6 +1,7 @@
 // Connections in which a stranger has left something, as they are where the system cannot keep descriptors out.
 #include "platform/posix/local_name.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -40,6 +41,17 @@ std::pair<Socket, Socket> openPair() {
   std::array<int, 2> ends{};
   EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
   return {Socket(ends[0]), Socket(ends[1])};
+}
+
+TEST(ReceivedDescriptorTest, IsTakenFromAByteThatCarriesIt) {
+  auto [near, far] = openPair();
+  EXPECT_FALSE(receiveDescriptor(near).valid()) << "nothing has come";
+  ASSERT_EQ(far.send("x", 1), 1);
+  EXPECT_FALSE(receiveDescriptor(near).valid()) << "a byte by itself";
+  ASSERT_TRUE(sendDescriptor(far, near));
+  const Socket taken = receiveDescriptor(near);
+  ASSERT_TRUE(taken.valid());
+  EXPECT_NE(fcntl(taken.handle(), F_GETFD) & FD_CLOEXEC, 0);
 }
 
 class LocalNameTest : public testing::Test {
