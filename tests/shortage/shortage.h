@@ -1,5 +1,6 @@
-// Makes calls of the system fail on purpose: the n-th of one function, or all from the n-th on. What stands in front of the C library for
-// that is libfringix-shortage.so, linked before it or preloaded. Only threads that are watched meet failures.
+// Makes calls of the system fail on purpose: the n-th of one function, or all from the n-th on. On Linux libfringix-shortage.so stands in
+// front of the C library for that, linked before it or preloaded; on Windows the library's table of imports leads elsewhere. Only threads
+// that are watched meet failures.
 #pragma once
 
 namespace fringix::shortage {
@@ -15,6 +16,7 @@ extern "C" {
 const char* shortage_function(int function);
 const int* shortage_failures(int function);
 extern const int shortage_no_failure;
+const char* shortage_failure_name(int failure);
 
 // Whether a call goes on after that failure as if nothing had happened: it was interrupted, or has moved less than it was asked to.
 int shortage_is_harmless(int failure);

@@ -6,7 +6,6 @@
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <map>
 #include <mutex>
 #include <string>
@@ -24,12 +23,6 @@ constexpr int mostTries = 3;
 constexpr int noFunction = -1;
 
 std::map<std::pair<int, int>, unsigned> tally;
-
-std::string failureName(int failure) {
-  if (failure == shortage::shortCount) return "short count";
-  if (failure == shortage::endOfFile) return "end";
-  return strerrorname_np(failure);
-}
 
 // Ends the process when a fault takes too long: what hangs cannot be ended otherwise.
 class Watchdog {
@@ -92,7 +85,7 @@ unsigned sweepFailure(const Scenario& scenario, int function, int failure, bool 
 unsigned sweepFunction(const Scenario& scenario, int function) {
   unsigned total = 0;
   for (const int* failure = shortage_failures(function); *failure != shortage_no_failure; ++failure) {
-    const Watchdog watchdog(scenario.name + ", " + shortage_function(function) + ": " + failureName(*failure));
+    const Watchdog watchdog(scenario.name + ", " + shortage_function(function) + ": " + shortage_failure_name(*failure));
     total += sweepFailure(scenario, function, *failure, false);
     if (scenario.lasts) total += sweepFailure(scenario, function, *failure, true);
   }
@@ -108,8 +101,8 @@ bool Fault::isOf(const std::string& name) const { return function != noFunction 
 
 std::string text(const Fault& fault) {
   if (fault.function == noFunction) return "without a fault";
-  return std::string(shortage_function(fault.function)) + ": " + failureName(fault.failure) + " at call " + std::to_string(fault.first) +
-         (fault.lasting ? " and those behind it" : "");
+  return std::string(shortage_function(fault.function)) + ": " + shortage_failure_name(fault.failure) + " at call " +
+         std::to_string(fault.first) + (fault.lasting ? " and those behind it" : "");
 }
 
 long sweep(const Scenario& scenario) {
@@ -130,7 +123,7 @@ long sweep(const Scenario& scenario) {
 void printTally() {
   unsigned total = 0;
   for (const auto& [kind, count] : tally) {
-    std::printf("%-16s%-16s%7u\n", shortage_function(kind.first), failureName(kind.second).c_str(), count);
+    std::printf("%-16s%-16s%7u\n", shortage_function(kind.first), shortage_failure_name(kind.second), count);
     total += count;
   }
   std::printf("%u faults\n", total);

@@ -6,34 +6,6 @@ namespace fringix::shortage {
 
 namespace {
 
-constexpr int mostFailures = 6;
-
-struct Row {
-  const char* name;
-  int failures[mostFailures];
-};
-
-constexpr Row rows[] = {
-    {"malloc", {ENOMEM, nothing}},
-    {"mmap", {ENOMEM, nothing}},
-    {"socket", {EMFILE, ENOBUFS, nothing}},
-    {"connect", {EINTR, ECONNREFUSED, ETIMEDOUT, nothing}},
-    {"bind", {EADDRINUSE, EACCES, nothing}},
-    {"accept", {EINTR, EMFILE, ECONNABORTED, nothing}},
-    {"setsockopt", {ENOPROTOOPT, nothing}},
-    {"send", {shortCount, EINTR, EAGAIN, ECONNRESET, ENOBUFS, nothing}},
-    {"recv", {shortCount, EINTR, ECONNRESET, endOfFile, nothing}},
-    {"poll", {EINTR, ENOMEM, nothing}},
-    {"pthread_create", {EAGAIN, nothing}},
-    {"eventfd", {EMFILE, nothing}},
-    {"pipe", {EMFILE, nothing}},
-    {"open", {EINTR, EMFILE, ENOSPC, nothing}},
-    {"read", {shortCount, EINTR, EIO, nothing}},
-    {"write", {shortCount, EINTR, ENOSPC, EIO, nothing}},
-    {"rename", {ENOSPC, nothing}},
-};
-static_assert(sizeof rows / sizeof rows[0] == functionCount);
-
 struct Plan {
   std::atomic<int> function{nothing};
   int failure = nothing;
@@ -50,8 +22,6 @@ std::atomic<long> blocks{0};
 
 // Found without a call: the first one in a thread would take memory.
 __attribute__((tls_model("initial-exec"))) thread_local bool thisThread = false;
-
-bool passes(int failure) noexcept { return failure == EINTR || failure == EAGAIN || failure == ECONNABORTED; }
 
 bool strikes(unsigned call) noexcept {
   if (call <= plan.first || !plan.lasting) return call == plan.first;
@@ -98,7 +68,12 @@ FRINGIX_INTERPOSED const char* shortage_function(int function) {
 
 FRINGIX_INTERPOSED const int* shortage_failures(int function) { return rows[function].failures; }
 
-FRINGIX_INTERPOSED int shortage_is_harmless(int failure) { return failure == shortCount || failure == EINTR || failure == EAGAIN; }
+FRINGIX_INTERPOSED int shortage_is_harmless(int failure) { return failure == shortCount || isHarmless(failure) ? 1 : 0; }
+
+FRINGIX_INTERPOSED const char* shortage_failure_name(int failure) {
+  if (failure == shortCount) return "short count";
+  return failure == endOfFile ? "end" : nameOf(failure);
+}
 
 FRINGIX_INTERPOSED void shortage_plan(int function, int failure, unsigned first, int lasting) {
   plan.function = nothing;

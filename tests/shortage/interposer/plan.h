@@ -1,18 +1,19 @@
-// What the functions that stand in front of the C library's have in common.
+// What the functions that stand in front of the system's have in common.
 #pragma once
 
-#include <dlfcn.h>
-
 #include <atomic>
-#include <cerrno>
 
 #include "shortage.h"
 
+#ifdef _WIN32  // a part of the test program
+#define FRINGIX_INTERPOSED extern "C"
+#else
 #define FRINGIX_INTERPOSED extern "C" __attribute__((visibility("default")))
+#endif
 
 namespace fringix::shortage {
 
-// In the order of the table in plan.cpp.
+// In the order of the rows.
 enum Function : int {
   memory,
   mapping,
@@ -34,6 +35,19 @@ enum Function : int {
   functionCount
 };
 
+constexpr int mostFailures = 6;
+
+// What a function is called, and how it fails. Each platform has its own; what it has no use for fails in no way.
+struct Row {
+  const char* name;
+  int failures[mostFailures];
+};
+extern const Row rows[functionCount];
+
+bool passes(int failure) noexcept;      // by itself: whoever tries again gets on
+bool isHarmless(int failure) noexcept;  // see shortage.h
+const char* nameOf(int failure) noexcept;
+
 // What came of a plan.
 struct Counts {
   std::atomic<unsigned> struck{0};
@@ -51,17 +65,5 @@ void noteBlocks(long more) noexcept;
 
 // How the call that is about to be made fails. `canBeShort`: whether it could move less than it is asked to, or meet an end.
 int strike(Function function, bool canBeShort = false) noexcept;
-
-template <class Result>
-Result failed(int failure, Result result) noexcept {
-  errno = failure;
-  return result;
-}
-
-// The same function of whoever comes next.
-template <class Type>
-Type* next(const char* name) noexcept {
-  return reinterpret_cast<Type*>(dlsym(RTLD_NEXT, name));
-}
 
 }  // namespace fringix::shortage

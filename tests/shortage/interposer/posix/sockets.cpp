@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "interposer/plan.h"
+#include "interposer/posix/real.h"
 
 using namespace fringix::shortage;
 

@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "interposer/plan.h"
+#include "interposer/posix/real.h"
 
 extern "C" {
 void* __libc_malloc(std::size_t size);

@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "interposer/plan.h"
+#include "interposer/posix/real.h"
 
 using namespace fringix::shortage;
 
