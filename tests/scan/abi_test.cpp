@@ -11,6 +11,7 @@
 #include "abi_user.h"
 #include "fringix/scan.hpp"
 #include "support/export_list.h"
+#include "support/process_state.h"
 
 namespace fringix::test {
 namespace {
@@ -222,6 +223,24 @@ TEST(ScanRefusalTest, OfClouds) {
   EXPECT_EQ(SLScanGather(&cloud, 1, &gathered, &count), SLSCAN_OKAY) << "all that is asked for is there";
   cloud.points = nullptr;
   expectRefusal(SLScanGather(&cloud, 1, &gathered, &count), lacking);
+}
+
+TEST(ScanMemoryTest, IsGivenBackWithItsScanner) {
+  const SLScanPlan plan = scan::defaultPlan(1280);
+  const SLScanCalibration head = simpleHead();
+  SLScanSettings settings;
+  SLScanSettingsDefaults(&settings);
+  const auto makeOne = [&] {
+    SLScanner* scanner = nullptr;
+    ASSERT_EQ(SLScannerAlloc(&plan, &head, &settings, &scanner), SLSCAN_OKAY);
+    const std::vector<std::uint8_t> picture(4000);
+    EXPECT_EQ(SLScanAddPicture(scanner, 0, picture.data(), 200, 20), SLSCAN_OKAY);
+    SLScannerFree(scanner);
+  };
+  makeOne();
+  const std::size_t before = heapBytes();
+  for (int i = 0; i < 200; ++i) makeOne();
+  EXPECT_LT(heapBytes(), before + (std::size_t{1} << 20));
 }
 
 TEST(ScanFindingsTest, TellOfALightThatFlickersAndAThingThatMoves) {

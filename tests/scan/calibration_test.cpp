@@ -27,6 +27,11 @@ TEST(CalibrationTest, ThatOfAHeadIsGood) {
   for (int i = 0; i < 100; ++i) EXPECT_NO_THROW(check(randomHead(chance)));
 }
 
+TEST(CalibrationTest, ALensDistortsNothingUntilItIsTold) {
+  const Distortion lens;
+  EXPECT_EQ((std::vector{lens.k1, lens.k2, lens.p1, lens.p2, lens.k3}), std::vector<double>(5));
+}
+
 TEST(CalibrationTest, RefusesAMirroredPose) {
   EXPECT_TELLS(refusalOf([](Calibration& c) {
                  for (double& value : c.projector.rotation[1]) value = -value;

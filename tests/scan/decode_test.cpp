@@ -6,6 +6,7 @@
 #include <functional>
 #include <numbers>
 
+#include "scan/conditions.h"
 #include "scan/decode.h"
 #include "scan/turn.h"
 
@@ -28,14 +29,14 @@ TEST(TurnTest, IsRightToAFewTenMillionths) {
 class DecodedPixel {
  public:
   template <class Change>
-  DecodedPixel(const Plan& plan, double column, Change&& change, const DecodeLimits& limits = {}) {
+  DecodedPixel(const Plan& plan, double column, Change&& change, const DecodeLimits& limits = {}, double middle = 0) {
     SumsOfStrips sums(plan, 1);
     for (std::size_t i = 0; i < plan.pictures().size(); ++i) {
       Strip<std::uint8_t> pixels;
       pixels.fill(static_cast<std::uint8_t>(std::lround(change(i, levelAt(plan, i, column)))));
       add(plan.pictures()[i], pixels.data(), sums[0]);
     }
-    Decoder(plan, limits).decode(sums[0], decoded_);
+    Decoder(plan, limits).under({limits.noise, middle}).decode(sums[0], decoded_);
   }
   explicit DecodedPixel(const Plan& plan, double column) : DecodedPixel(plan, column, [](std::size_t, double level) { return level; }) {}
 
@@ -123,6 +124,10 @@ TEST(DecodeReasonTest, GrayMargin) {
   EXPECT_EQ(reasonWhen(gray, 502, uncertain), Reason::grayMargin) << "a bit where none changes";
   const auto two = [](std::size_t i, double level) { return i == 8 || i == 9 ? 110 : level; };
   EXPECT_EQ(reasonWhen(gray, 502, two), Reason::grayMargin);
+  const auto atItsBorder = [](std::size_t i, double level) { return i == 8 ? 110 : level; };
+  EXPECT_EQ(reasonWhen(gray, 509.5, atItsBorder), Reason::none);
+  const auto besideAnother = [&](std::size_t i, double level) { return i == 4 ? 111 : atItsBorder(i, level); };
+  EXPECT_EQ(reasonWhen(gray, 509.5, besideAnother), Reason::grayMargin) << "the weaker one does no harm, but the other one is weak, too";
 }
 
 // The lowest bit misread in the middle of a half period leaves the number half a period away.
@@ -135,6 +140,18 @@ TEST(DecodeReasonTest, Column) {
   EXPECT_EQ(reasonWhen(gray, 1, [](std::size_t, double level) { return level; }), Reason::column);
   EXPECT_EQ(reasonWhen(gray, 1278, [](std::size_t, double level) { return level; }), Reason::column);
   EXPECT_EQ(reasonWhen(three, -20, [](std::size_t, double level) { return level; }), Reason::column);
+}
+
+// Five deviations of noise, and 2 % of the light.
+TEST(DecodeReasonTest, UnsteadyIsAWhiteThatDoesNotFitTheMiddleOfTheSteps) {
+  const auto reasonOf = [](double whiter, double middle) {
+    return DecodedPixel(
+               gray, 500, [=](std::size_t i, double level) { return i == 0 ? level + whiter : level; }, {}, middle)
+        .reason();
+  };
+  for (const double little : {-11, 11}) EXPECT_EQ(reasonOf(little, 0.5), Reason::none);
+  for (const double much : {-13, 13}) EXPECT_EQ(reasonOf(much, 0.5), Reason::unsteady);
+  EXPECT_EQ(reasonOf(13, 0), Reason::none) << "where the middle is not known nothing is told of the white";
 }
 
 TEST(DecodeReasonTest, Unsteady) {

@@ -84,7 +84,30 @@ TEST_F(GPIOThreadTest, AStoppedFollowerLeavesTheReceiverAlone) {
   EXPECT_EQ(receiver.Stop(), 0);
   setDebugFlag(0);
   const Lines lines = capture.lines();
-  EXPECT_EQ(std::count(lines.begin(), lines.end(), line("GPIOThread: returning from ThreadProc")), 2);
+  for (const char* told : {"GPIOThread: ThreadProc started", "GPIOThread: returning from ThreadProc"})
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), line(told)), 2) << told;
+}
+
+TEST_F(GPIOThreadTest, ADatagramThatIsTooLongIsNoTrigger) {
+  const platform::SocketLibrary library;
+  const auto send = [](const std::string& text) {
+    return platform::sendDatagram(0x7F000001, {0x7F000001, triggerPort}, text.data(), text.size());
+  };
+  CapturedTrace capture;
+  HeldListener listener;
+  listener.leave.set();
+  setDebugFlag(1);
+  listener.Start("0.0.0.0");  // whom nobody is who sends
+  std::ptrdiff_t arrived = 0;
+  EXPECT_TRUE(eventually([&] {
+    send("02UDP_GPIO in more than 18 bytes");
+    send("02UDP_GPIO 19 bytes");
+    const Lines lines = capture.lines();
+    arrived += std::count(lines.begin(), lines.end(), line("GPIOThread: Trigger occured!"));
+    return arrived >= 4;
+  }));
+  setDebugFlag(0);
+  EXPECT_EQ(listener.triggers, 0);
 }
 
 }  // namespace
