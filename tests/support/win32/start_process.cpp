@@ -8,7 +8,7 @@ namespace {
 
 constexpr int mostTries = 5;
 
-// On a busy machine Wine fails with this error about once in ten thousand starts.
+// Wine has failed with this error on a busy machine, in one start of many.
 bool isWorthAnotherTry(DWORD error) {
   if (error != ERROR_INTERNAL_ERROR) return false;
   Sleep(100);
