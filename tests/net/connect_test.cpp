@@ -36,6 +36,19 @@ TEST_F(ConnectTest, FailsWhereNothingListens) {
   EXPECT_EQ(socket_.ConnectWithTimeout("127.0.0.9", 2), -1);
 }
 
+// What fits on the stack is sent from there, and one byte more from elsewhere.
+TEST_F(ConnectTest, SendsTextsOfEveryLengthWhole) {
+  const std::size_t border = 1024 - 6;  // behind the field for the length
+  Script script;
+  for (std::size_t length = border - 2; length <= border + 2; ++length) script.push_back(expect(text(std::string(length, 'x'))));
+  ScriptedHead head(script);
+  ASSERT_EQ(socket_.Create(), 0);
+  ASSERT_EQ(socket_.Connect("127.0.0.1"), 0);
+  for (std::size_t length = border - 2; length <= border + 2; ++length)
+    EXPECT_EQ(socket_.SendString(std::string(length, 'x')), 0) << length;
+  socket_.Create();  // lets the head see the end of the connection
+}
+
 TEST_F(ConnectTest, FailsWhereNoConnectionLeads) {
   ASSERT_EQ(socket_.Create(), 0);
   EXPECT_EQ(socket_.ConnectWithTimeout("224.0.0.1", 2), -1) << "a group of hosts takes none";
