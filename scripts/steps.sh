@@ -21,6 +21,15 @@ quietly() { # LOG COMMAND...
   }
 }
 
+# Starts a command that goes on beside the others, as $!, and is ended with them. timeout ends all that it has started, when it is ended.
+# That there is nothing left to end must not become the status of all.
+started=''
+start() { # COMMAND...
+  timeout 1h "$@" &
+  started="$started $!"
+  trap 'kill $started 2>/dev/null || true' EXIT
+}
+
 # Runs a command in a network of its own where that is permitted.
 isolated() { # COMMAND...
   if scripts/isolated true 2>/dev/null; then scripts/isolated "$@"; else "$@"; fi
