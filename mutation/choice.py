@@ -2,12 +2,12 @@
 
 from __future__ import annotations
 
-import random
+import hashlib
 
 from schemata import overlaps
 from sites import Site
 
-ROOMS = ["src/device", "src/net", "src/threads", "src/discovery", "scan", "scan/api"]
+ROOMS = ["src/device", "src/net", "src/threads", "src/discovery", "scan", "scan/api", "json"]
 
 
 def shares(available: dict[str, int], count: int) -> dict[str, int]:
@@ -28,7 +28,7 @@ class Choice:
             self.waiting.setdefault(site.room, []).append(site)
         self.share = shares({room: len(some) for room, some in self.waiting.items()}, count)
         for some in self.waiting.values():
-            random.Random(seed).shuffle(some)
+            some.sort(key=lambda site: hashlib.sha256(f"{seed} {site.key}".encode()).digest())  # an edit elsewhere leaves it as it is
         self.chosen: dict[int, Site] = {}
         self.last = 0
 

@@ -45,7 +45,7 @@ def copy_file(source: pathlib.Path, target: pathlib.Path) -> None:
 
 
 def is_rewritten(file: pathlib.Path) -> bool:
-    return file.parts[0] in ("src", "scan") and file.suffix in (".cpp", ".h")
+    return file.parts[0] in ("src", "scan", "json") and file.suffix in (".cpp", ".h")
 
 
 def write(name: str, text: str) -> None:
@@ -56,7 +56,7 @@ def write(name: str, text: str) -> None:
 
 
 def write_sources(numbered: dict[int, Site]) -> None:
-    for file in [*ROOT.glob("src/**/*"), *ROOT.glob("scan/**/*")]:
+    for file in [*ROOT.glob("src/**/*"), *ROOT.glob("scan/**/*"), *ROOT.glob("json/*")]:
         name = str(file.relative_to(ROOT))
         if not is_rewritten(file.relative_to(ROOT)):
             continue
@@ -82,7 +82,7 @@ def build() -> str:
 def not_compiled(told: str, numbered: dict[int, Site]) -> set[int]:
     """The changes that the compiler refuses: on a line that it complains of, the innermost that it can mean."""
     refused = set()
-    for file, line in set(re.findall(r"^(?:\S*/tree/)?((?:src|scan)/[\w/]+\.(?:cpp|h)):(\d+):(?:\d+:)? (?:error|  +required from)", told, re.M)):
+    for file, line in set(re.findall(r"^(?:\S*/tree/)?((?:src|scan|json)/[\w/]+\.(?:cpp|h)):(\d+):(?:\d+:)? (?:error|  +required from)", told, re.M)):
         text = (ROOT / file).read_text(encoding="latin-1")
         start = sum(len(part) + 1 for part in text.split("\n")[: int(line) - 1])
         end = text.find("\n", start)

@@ -5,7 +5,7 @@
 #include <stdexcept>
 
 #include "failure.h"
-#include "json_value.h"
+#include "json/json_value.h"
 
 namespace fringix::scan {
 
@@ -135,10 +135,10 @@ Calibration calibrationFrom(std::string_view text) {
 std::string textOf(const Calibration& calibration) {
   std::vector<JsonValue> cameras;
   for (const Optics& camera : calibration.cameras) cameras.push_back(jsonOf(camera));
-  const JsonValue json({"format", "version", "unit", "serial", "date", "cameras", "projector"},
-                       {std::string("fringix-calibration"), 1, std::string("mm"), calibration.serial, calibration.date,
-                        JsonValue::arrayOf(cameras), jsonOf(calibration.projector)});
-  return dumpJson(json) + "\n";
+  const JsonValue json(
+      {"format", "version", "unit", "serial", "date", "cameras", "projector"},
+      {"fringix-calibration", 1, "mm", calibration.serial, calibration.date, JsonValue::arrayOf(cameras), jsonOf(calibration.projector)});
+  return jsonLines(json) + "\n";
 }
 
 }  // namespace fringix::scan

@@ -2,18 +2,14 @@
 
 #include <chrono>
 #include <cstdio>
-#include <nlohmann/json.hpp>
 #include <string>
 
 #include "head/geometry/mount.h"
+#include "head/model/block_json.h"
 
 namespace fringix::head {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-Json toJson(const Vector& v) { return {v.x, v.y, v.z}; }
 
 Json toJson(const Optics& optics) {
   const Lens& lens = optics.lens();

@@ -1,15 +1,12 @@
 #include "head/model/truth_block.h"
 
-#include <nlohmann/json.hpp>
 #include <string>
+
+#include "head/model/block_json.h"
 
 namespace fringix::head {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-Json toJson(const Vector& v) { return {v.x, v.y, v.z}; }
 
 // The normal points away from the head.
 Json toJson(const Patch& patch) {

@@ -1,13 +1,14 @@
-// JSON that was read: a value and what is in it. The parser is seen by one file only: it is slow to compile.
+// JSON that was read: a value and what is in it, or what was expected in its place.
 #pragma once
 
 #include <cstdint>
 #include <memory>
-#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "json/json_value.h"
 
 namespace fringix::tool {
 
@@ -17,20 +18,22 @@ class ReadJson {
   explicit ReadJson(std::string_view text);
 
   ReadJson at(const char* name) const;  // a member of an object
-  bool has(const char* name) const;
+  bool has(const char* name) const { return value_->find(name) != nullptr; }
   std::vector<ReadJson> elements() const;  // of an array
 
-  bool isNull() const;
+  bool isNull() const { return value_->kind == JsonValue::Kind::nothing; }
   bool truth() const;
   double number() const;
   std::int64_t integer(std::int64_t low, std::int64_t high) const;  // one within these, both included
   std::string text() const;
 
  private:
-  ReadJson(std::shared_ptr<const nlohmann::json> document, const nlohmann::json& value) : document_(std::move(document)), value_(&value) {}
+  ReadJson(std::shared_ptr<const JsonValue> document, const JsonValue& value) : document_(std::move(document)), value_(&value) {}
 
-  std::shared_ptr<const nlohmann::json> document_;
-  const nlohmann::json* value_;  // in it
+  const JsonValue& required(JsonValue::Kind kind, const char* what) const;
+
+  std::shared_ptr<const JsonValue> document_;
+  const JsonValue* value_;  // in it
 };
 
 }  // namespace fringix::tool

@@ -1,21 +1,27 @@
-// JSON texts as trees. Those of the library that parses them take memory to go away, and end the process where there is none.
+// JSON texts as trees. Those of the library that parses them take memory to go away, and end the process where there is none; and it is
+// seen by one file only, because it is slow to compile.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-namespace fringix::scan {
+namespace fringix {
 
 struct JsonValue {
   enum class Kind { nothing, truth, number, text, array, object };
 
   JsonValue() = default;
-  JsonValue(std::int32_t value) : kind(Kind::number), number(value), integer(value) {}
+  JsonValue(std::same_as<bool> auto isTrue) : kind(Kind::truth), truth(isTrue) {}
+  JsonValue(std::integral auto value) requires(!std::same_as<decltype(value), bool>)
+      : kind(Kind::number), number(static_cast<double>(value)), integer(static_cast<std::int64_t>(value)) {}
   JsonValue(double value) : kind(Kind::number), number(value) {}
   JsonValue(std::string value) : kind(Kind::text), text(std::move(value)) {}
+  JsonValue(const char* value) : JsonValue(std::string(value)) {}
   JsonValue(std::vector<std::string> memberNames, std::vector<JsonValue> members)
       : kind(Kind::object), names(std::move(memberNames)), values(std::move(members)) {}
 
@@ -30,6 +36,7 @@ struct JsonValue {
   const JsonValue* find(std::string_view name) const noexcept;  // a member; of several with the name the last one
 
   Kind kind = Kind::nothing;
+  bool truth = false;
   double number = 0;
   std::optional<std::int64_t> integer{};  // of a number that is one; one that has no room here is the largest that has
   std::string text{};
@@ -40,6 +47,7 @@ struct JsonValue {
 // Throws std::runtime_error with what is wrong.
 JsonValue parseJson(std::string_view text);
 
-std::string dumpJson(const JsonValue& value);  // a line for each value, indented by 2
+std::string jsonLine(const JsonValue& value);
+std::string jsonLines(const JsonValue& value);  // one for each value, indented by 2
 
-}  // namespace fringix::scan
+}  // namespace fringix

@@ -1,10 +1,12 @@
-#include "scan/json_value.h"
+#include "json/json_value.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstddef>
 #include <stdexcept>
 
-namespace fringix::scan {
+namespace fringix {
 namespace {
 
 using Kind = JsonValue::Kind;
@@ -27,6 +29,8 @@ TEST(JsonValueTest, HasTheKindsOfJson) {
     ASSERT_NE(all.find(name), nullptr) << name;
     EXPECT_EQ(all.find(name)->kind, kind) << name;
   }
+  EXPECT_TRUE(all.find("b")->truth);
+  EXPECT_FALSE(parseJson("false").truth);
   EXPECT_EQ(all.find("c")->integer, 1);
   EXPECT_EQ(all.find("d")->integer, std::nullopt);
   EXPECT_EQ(all.find("d")->number, 1.5);
@@ -36,8 +40,20 @@ TEST(JsonValueTest, HasTheKindsOfJson) {
 TEST(JsonValueTest, OfSeveralMembersWithOneNameTheLastOneCounts) { EXPECT_EQ(parseJson(R"({"a": 1, "a": 2})").find("a")->integer, 2); }
 
 TEST(JsonValueTest, IsWrittenWithALineForEachValue) {
-  const std::string text = "{\n  \"a\": [\n    1,\n    -0.5\n  ],\n  \"b\": \"\\n\",\n  \"c\": [],\n  \"d\": {}\n}";
-  EXPECT_EQ(dumpJson(parseJson(text)), text);
+  const std::string text =
+      "{\n  \"a\": [\n    1,\n    -0.5\n  ],\n  \"b\": \"\\n\",\n  \"c\": [],\n  \"d\": {},\n  \"e\": true,\n  \"f\": null\n}";
+  EXPECT_EQ(jsonLines(parseJson(text)), text);
+}
+
+TEST(JsonValueTest, IsWrittenInOneLine) {
+  const std::string text = R"({"a":[1,-0.5,1.0],"b":{"c":false},"d":[]})";
+  EXPECT_EQ(jsonLine(parseJson(text)), text);
+}
+
+TEST(JsonValueTest, IsMadeOfWhatItHolds) {
+  const JsonValue made({"whole", "large", "real", "text", "truth", "list"},
+                       {1, std::size_t{5'000'000'000}, 1.0, "a \"b\"", true, JsonValue::arrayOf(std::array{1, 2})});
+  EXPECT_EQ(jsonLine(made), R"({"whole":1,"large":5000000000,"real":1.0,"text":"a \"b\"","truth":true,"list":[1,2]})");
 }
 
 TEST(JsonValueTest, IsNotNestedDeeperThan100Levels) {
@@ -51,4 +67,4 @@ TEST(JsonValueTest, WhatIsWrongIsToldWithItsPlaceAndNoNumberOfTheParser) {
 }
 
 }  // namespace
-}  // namespace fringix::scan
+}  // namespace fringix

@@ -1,11 +1,11 @@
-#include "json_value.h"
+#include "json/json_value.h"
 
 #include <algorithm>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
-namespace fringix::scan {
+namespace fringix {
 
 namespace {
 
@@ -28,7 +28,7 @@ class TreeBuilder {
   const std::string& reason() const noexcept { return reason_; }
 
   bool null() { return add({}); }
-  bool boolean(bool) { return add(Kind::truth); }
+  bool boolean(bool value) { return add(value); }
   bool number_integer(std::int64_t value) { return add(numberOf(static_cast<double>(value), value)); }
   bool number_unsigned(std::uint64_t value) {
     constexpr std::uint64_t most = std::numeric_limits<std::int64_t>::max();
@@ -65,11 +65,6 @@ class TreeBuilder {
     place(std::move(value));
     return true;
   }
-  bool add(Kind kind) {
-    JsonValue value;
-    value.kind = kind;
-    return add(std::move(value));
-  }
   bool open(Kind kind) {
     if (open_.size() == deepest) {
       reason_ = "it is nested deeper than " + std::to_string(deepest) + " levels";
@@ -90,25 +85,64 @@ class TreeBuilder {
   std::string reason_;
 };
 
-std::string scalar(const JsonValue& value) {
-  if (value.kind == Kind::text) return Library(value.text).dump();
-  return value.integer ? Library(*value.integer).dump() : Library(value.number).dump();
-}
+// Writes values one below the other, each indented by two for each value that it is in, or all of them in one line.
+class Writer {
+ public:
+  explicit Writer(bool inLines) : inLines_(inLines), colon_(inLines ? ": " : ":") {}
 
-void dump(const JsonValue& value, std::size_t indent, std::string& out) {
-  const bool isObject = value.kind == Kind::object;
-  if (!isObject && value.kind != Kind::array) {
-    out += scalar(value);
-    return;
+  std::string take() { return std::move(text_); }
+
+  void write(const JsonValue& value) {
+    switch (value.kind) {
+      case Kind::object:
+        return writeValues(value, '{', '}');
+      case Kind::array:
+        return writeValues(value, '[', ']');
+      case Kind::nothing:
+        return writeScalar(nullptr);
+      case Kind::truth:
+        return writeScalar(value.truth);
+      case Kind::number:
+        return value.integer ? writeScalar(*value.integer) : writeScalar(value.number);
+      case Kind::text:
+        return writeScalar(value.text);
+    }
   }
-  out += isObject ? '{' : '[';
-  for (std::size_t i = 0; i < value.values.size(); ++i) {
-    out += (i == 0 ? "\n" : ",\n") + std::string(indent + 2, ' ');
-    if (isObject) out += Library(value.names[i]).dump() + ": ";
-    dump(value.values[i], indent + 2, out);
+
+ private:
+  void writeScalar(const Library& value) { text_ += value.dump(); }
+
+  void writeValues(const JsonValue& value, char opening, char closing) {
+    text_ += opening;
+    ++depth_;
+    for (std::size_t i = 0; i < value.values.size(); ++i) {
+      if (i > 0) text_ += ',';
+      startLine();
+      if (value.kind == Kind::object) {
+        writeScalar(value.names[i]);
+        text_ += colon_;
+      }
+      write(value.values[i]);
+    }
+    --depth_;
+    if (!value.values.empty()) startLine();
+    text_ += closing;
   }
-  if (!value.values.empty()) out += "\n" + std::string(indent, ' ');
-  out += isObject ? '}' : ']';
+
+  void startLine() {
+    if (inLines_) text_.append(1, '\n').append(2 * depth_, ' ');
+  }
+
+  const bool inLines_;
+  const char* const colon_;
+  std::size_t depth_ = 0;
+  std::string text_;
+};
+
+std::string written(const JsonValue& value, bool inLines) {
+  Writer writer(inLines);
+  writer.write(value);
+  return writer.take();
 }
 
 }  // namespace
@@ -124,10 +158,8 @@ JsonValue parseJson(std::string_view text) {
   return builder.take();
 }
 
-std::string dumpJson(const JsonValue& value) {
-  std::string text;
-  dump(value, 0, text);
-  return text;
-}
+std::string jsonLine(const JsonValue& value) { return written(value, false); }
 
-}  // namespace fringix::scan
+std::string jsonLines(const JsonValue& value) { return written(value, true); }
+
+}  // namespace fringix
