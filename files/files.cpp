@@ -89,7 +89,7 @@ bool isSameFile(const std::string& one, const std::string& other) {
 }
 
 std::string numberedPath(const std::string& path, std::size_t number, std::size_t last) {
-  const std::string suffix = fmt::format("-{:0{}}", number, fmt::formatted_size("{}", last));
+  const std::string suffix = fmt::format("-{:0{}}", number, std::to_string(last).size());
   const std::size_t name = path.find_last_of("/\\") + 1;  // npos + 1 is 0: the whole path is the name
   const std::size_t dot = path.rfind('.');
   const bool hasExtension = dot != std::string::npos && dot > name;

@@ -1,11 +1,11 @@
 #include "head/model/calibration_block.h"
 
 #include <chrono>
-#include <cstdio>
 #include <string>
 
 #include "head/geometry/mount.h"
 #include "head/model/block_json.h"
+#include "times/wall_time.h"
 
 namespace fringix::head {
 
@@ -25,19 +25,11 @@ Json toJson(const Optics& optics) {
           {"translation", toJson(optics.pose().translation)}};
 }
 
-std::string today() {
-  using namespace std::chrono;
-  const year_month_day date(floor<days>(system_clock::now()));
-  char text[32];
-  std::snprintf(text, sizeof text, "%04d-%02u-%02u", static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                static_cast<unsigned>(date.day()));
-  return text;
-}
-
 }  // namespace
 
 Block calibrationBlock(const HeadSettings& settings) {
-  Json block{{"format", "fringix-calibration"}, {"version", 1}, {"unit", "mm"}, {"serial", settings.serial}, {"date", today()}};
+  const std::string today = universalText(std::chrono::system_clock::now(), "%Y-%m-%d");
+  Json block{{"format", "fringix-calibration"}, {"version", 1}, {"unit", "mm"}, {"serial", settings.serial}, {"date", today}};
   for (std::uint32_t channel = 0; channel < channelCount; ++channel)
     block["cameras"].push_back(toJson(cameraOptics(settings.camera, channel)));
   block["projector"] = toJson(projectorOptics(settings.projector));

@@ -1,5 +1,4 @@
 // fringix-head: simulated heads for people, demos and scripts.
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -21,6 +20,7 @@
 #include "head/program/printable.h"
 #include "head/program/replay_program.h"
 #include "head/serving/head_server.h"
+#include "times/wall_time.h"
 
 namespace {
 
@@ -73,11 +73,9 @@ std::string describe(Happening happening, const std::string& text) {
 head::Observer makeObserver(const HeadSettings& settings, bool verbose) {
   return [serial = settings.serial, verbose](Happening happening, const std::string& client, const std::string& text) {
     if (!verbose && happening != Happening::trouble && happening != Happening::refused) return;
-    const auto now = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
-    const auto fraction = now.time_since_epoch() % std::chrono::seconds(1);
-    const std::tm local = fmt::localtime(std::chrono::system_clock::to_time_t(now));
-    printLine(
-        fmt::format("{:%H:%M:%S}.{:03} head {}  {}  {}", local, fraction.count(), serial, client, printable(describe(happening, text))));
+    const WallTime now = std::chrono::system_clock::now();
+    const std::string time = localText(now, "%H:%M:%S") + millisecondText(now);
+    printLine(fmt::format("{} head {}  {}  {}", time, serial, client, printable(describe(happening, text))));
   };
 }
 

@@ -1,22 +1,19 @@
 #include "console/call_trace.h"
 
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include <fringix/fringix.hpp>
 #include <map>
 
 #include "console/output.h"
+#include "times/wall_time.h"
 
 namespace fringix::tool {
 namespace {
 
 using SystemClock = std::chrono::system_clock;
 
-std::string formatTime(SystemClock::time_point time) {
-  const auto second = std::chrono::floor<std::chrono::seconds>(time);
-  return fmt::format("{:%H:%M:%S}.{:03}", fmt::localtime(SystemClock::to_time_t(second)), (time - second) / std::chrono::milliseconds(1));
-}
+std::string formatTime(WallTime time) { return localText(time, "%H:%M:%S") + millisecondText(time); }
 
 // Asked for while nothing is traced: the library's text for a status leaves trace lines of its own.
 const std::map<std::int32_t, std::string>& statusNames() {

@@ -1,12 +1,11 @@
 #include "console/event_line.h"
 
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
-#include <ctime>
 #include <fringix/fringix.hpp>
 
 #include "console/json.h"
+#include "times/wall_time.h"
 
 namespace fringix::tool {
 namespace {
@@ -43,19 +42,9 @@ State stateOf(HeadNews::Kind kind) {
   return {"back", "back"};
 }
 
-using TimePoint = std::chrono::system_clock::time_point;
+std::string formatTime(WallTime time) { return localText(time, "%Y-%m-%d %H:%M:%S") + millisecondText(time); }
 
-std::time_t wholeSeconds(TimePoint time) { return std::chrono::system_clock::to_time_t(std::chrono::floor<std::chrono::seconds>(time)); }
-
-std::int64_t milliseconds(TimePoint time) { return (time - std::chrono::floor<std::chrono::seconds>(time)) / std::chrono::milliseconds(1); }
-
-std::string formatTime(TimePoint time) {
-  return fmt::format("{:%Y-%m-%d %H:%M:%S}.{:03}", fmt::localtime(wholeSeconds(time)), milliseconds(time));
-}
-
-std::string formatUniversalTime(TimePoint time) {
-  return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", fmt::gmtime(wholeSeconds(time)), milliseconds(time));
-}
+std::string formatUniversalTime(WallTime time) { return universalText(time, "%Y-%m-%dT%H:%M:%S") + millisecondText(time) + "Z"; }
 
 }  // namespace
 

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <ctime>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -11,6 +10,7 @@
 #include "console/json.h"
 #include "recording/conversation_reader.h"
 #include "recordings/told_end.h"
+#include "times/wall_time.h"
 
 namespace fringix::tool {
 namespace {
@@ -199,8 +199,8 @@ class Listing {
   void printHeader() const {
     const recording::Header& header = reader_.file().header();
     const auto seconds = static_cast<std::time_t>(header.startedAt / 1'000'000);
-    char date[32] = "at an unknown time";
-    if (const std::tm* const utc = std::gmtime(&seconds)) std::strftime(date, sizeof date, "%Y-%m-%d %H:%M:%S UTC", utc);
+    const std::string known = universalText(seconds, "%Y-%m-%d %H:%M:%S UTC");
+    const std::string date = known.empty() ? "at an unknown time" : known;
     const std::string head = recording::addressInWords(header.head);
     const std::string listening = recording::addressInWords(header.listening);
     if (json_)

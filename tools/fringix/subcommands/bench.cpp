@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 
 #include <chrono>
-#include <ctime>
 #include <exception>
 #include <memory>
 #include <string>
@@ -18,6 +17,7 @@
 #include "heads/model_name.h"
 #include "png/png_writer.h"
 #include "subcommands/subcommand.h"
+#include "times/wall_time.h"
 
 namespace fringix::tool {
 namespace {
@@ -38,15 +38,9 @@ struct BenchOptions {
   std::vector<std::string> compared;
 };
 
-std::string now() {
-  const std::time_t time = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-  char text[32] = "";
-  return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", std::gmtime(&time))};
-}
-
 Findings factsOf(const Device& head, const std::string& address) {
   Findings findings;
-  findings.date = now();
+  findings.date = universalText(std::chrono::system_clock::now(), "%Y-%m-%dT%H:%M:%SZ");
   const Key key = head.key();
   findings.head = {address, key.serial, modelName(address, searchLimit), key.protocolVersion, head.cameraSize(), head.projectorSize()};
   findings.libraryVersion = libraryVersion();

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstdio>
-#include <ctime>
 #include <memory>
 #include <optional>
 
@@ -16,6 +15,7 @@
 #include "diagnosis/diagnosis.h"
 #include "diagnosis/report.h"
 #include "subcommands/subcommand.h"
+#include "times/wall_time.h"
 
 namespace fringix::tool {
 namespace {
@@ -74,12 +74,7 @@ void lookOnce(const DoctorOptions& options, const Context& context) {
   judge(round.findings);
 }
 
-std::string timeOfDay() {
-  const std::time_t now = std::time(nullptr);
-  char text[16] = "";
-  std::strftime(text, sizeof text, "%H:%M:%S", std::localtime(&now));
-  return text;
-}
+std::string timeOfDay() { return localText(std::chrono::system_clock::now(), "%H:%M:%S"); }
 
 void lookAgainAndAgain(const DoctorOptions& options, const Context& context) {
   const Interruption interruption;
