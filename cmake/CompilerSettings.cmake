@@ -35,6 +35,13 @@ if(FRINGIX_SANITIZE)
   target_link_options(fringix_settings INTERFACE -fsanitize=${FRINGIX_SANITIZE})
 endif()
 
+# fringix_optimise_little(TARGET): for what waits for heads, files and people, and leaves the arithmetic to others.
+function(fringix_optimise_little target)
+  target_compile_options(${target} PRIVATE -Og)
+  # MinGW's checked snprintf has to be inlined, and with so little optimising it is not where {fmt} takes its address.
+  target_compile_definitions(${target} PRIVATE $<$<BOOL:${WIN32}>:_FORTIFY_VA_ARG=0>)
+endfunction()
+
 find_package(Threads REQUIRED)
 
 # fringix_note_coverage(TARGET): in the build for that it notes which of its lines and branches run. What is precompiled has other options,
