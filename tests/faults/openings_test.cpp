@@ -61,7 +61,7 @@ TEST_F(OpeningUnderFaults, EndsWithItsStatusInBoundedTime) {
 TEST_F(OpeningUnderFaults, AFrozenHeadTimesOutAndIsNotFound) {
   ASSERT_EQ(open(), SLALL_OKAY);
   std::int32_t other = -1;
-  EXPECT_EQ(listed(), 1);
+  EXPECT_TRUE(eventually([&] { return listed() == 1; })) << "on a busy machine an answer may miss a search";
   head.set("at SLClearMask: frozen");
   EXPECT_EQ(SLClearMask(handle), SLALL_OKAY);
   ASSERT_TRUE(eventually([&] { return head.server.faults().away(); }));
@@ -70,7 +70,7 @@ TEST_F(OpeningUnderFaults, AFrozenHeadTimesOutAndIsNotFound) {
   EXPECT_EQ(SLDevAlloc(here, &other), SLHANDSHAKE_TIMEOUT);
   head.clear();
   EXPECT_EQ(SLDevFree(handle), SLALL_OKAY);
-  ASSERT_EQ(SLDevAllocBySerial(serial, &other), SLALL_OKAY);
+  ASSERT_TRUE(eventually([&] { return SLDevAllocBySerial(serial, &other) == SLALL_OKAY; }));
   EXPECT_EQ(SLDevFree(other), SLALL_OKAY);
 }
 
