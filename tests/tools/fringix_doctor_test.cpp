@@ -105,7 +105,7 @@ TEST_P(FringixDoctorAtFaultInRealTime, NamesIt) {
   head::HeadServer server(smallHead());
   server.faults().add(head::parseFault(GetParam().fault, head::commandNames()));
   server.start();
-  const Outcome outcome = doctor("127.0.0.1 --timeout 500ms");
+  const Outcome outcome = doctor("127.0.0.1 --timeout 2s");
   expectTroubles(outcome, GetParam().expected);
 }
 
