@@ -16,7 +16,7 @@ struct JsonValue {
   enum class Kind { nothing, truth, number, text, array, object };
 
   JsonValue() = default;
-  JsonValue(std::same_as<bool> auto isTrue) : kind(Kind::truth), truth(isTrue) {}
+  JsonValue(bool isTrue) : kind(Kind::truth), truth(isTrue) {}
   JsonValue(std::integral auto value) requires(!std::same_as<decltype(value), bool>)
       : kind(Kind::number), number(static_cast<double>(value)), integer(static_cast<std::int64_t>(value)) {}
   JsonValue(double value) : kind(Kind::number), number(value) {}
