@@ -251,6 +251,8 @@ const Case cases[] = {
      "red trigger port", "nc.exe", "taskkill /pid 7"},
     {"ReservedPort", [](Facts& f) { f.bindError = "access denied", f.system = System::windows; }, "red trigger port",
      "cannot be bound: access denied", "netsh interface ipv4 show excludedportrange protocol=udp"},
+    {"TakenPortOfWhomTheSystemDoesNotTell", [](Facts& f) { f.heads.clear(), f.portHolders.reset(), f.bindError = "address in use"; },
+     "yellow trigger port", "cannot be bound (address in use), and the system does not tell who has it", "sudo ss -lunp"},
     {"NoTriggerWhileItWaited", [](Facts& f) { f.waited = true, f.heads[0].session->listened = 3s; }, "yellow triggers 192.168.0.10",
      "none came in 3.0 s", "sudo tcpdump -ni any udp port 44331"},
 };

@@ -51,6 +51,16 @@ Finding refused(const Facts& facts) {
           windows ? "netsh interface ipv4 show excludedportrange protocol=udp" : "id"};
 }
 
+Finding takenByNobodyKnown(const Facts& facts) {
+  return {"trigger port",
+          {},
+          Colour::yellow,
+          fmt::format("UDP 44331 cannot be bound ({}), and the system does not tell who has it", facts.bindError),
+          "Programs of this library share it; with any other, programs on this machine wait for triggers in vain.",
+          "Look who has it.",
+          facts.system == System::windows ? "netstat -ano -p udp" : "sudo ss -lunp sport = :44331"};
+}
+
 bool rulesDropTriggers(const Facts& facts) {
   const Findings walls = checkFirewalls(facts);
   return std::any_of(walls.begin(), walls.end(), [](const Finding& wall) { return wall.colour == Colour::red; });
@@ -80,7 +90,7 @@ Finding checkTrigger(const Facts& facts, const Head& head) {
 Findings checkTriggerPort(const Facts& facts) {
   const std::vector<PortHolder>* holders = holdersOf(facts);
   if (holders != nullptr && std::any_of(holders->begin(), holders->end(), isStranger)) return {taken(facts, *holders)};
-  if (!facts.bindError.empty()) return {refused(facts)};
+  if (!facts.bindError.empty()) return {holders == nullptr ? takenByNobodyKnown(facts) : refused(facts)};
   std::string what = "UDP 44331 can be bound";
   if (facts.portHolders && !facts.portHolders->empty())
     what = fmt::format("{} has UDP 44331 and shares it", nameOf(facts.portHolders->front()));

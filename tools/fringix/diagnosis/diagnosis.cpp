@@ -40,7 +40,7 @@ Facts gather(const Task& task) {
   searchAll(facts.interfaces);
   facts.firewalls = readFirewalls();
   facts.portHolders = triggerPortHolders();
-  if (facts.portHolders && facts.portHolders->empty()) facts.bindError = whyNotBound(triggerPort);
+  if (!facts.portHolders || facts.portHolders->empty()) facts.bindError = whyNotBound(triggerPort);
   for (const std::string& address : headsToExamine(facts)) {
     facts.heads.push_back(examineHead(address, task.limit));
     if (isOpen(facts.heads.back())) facts.heads.back().session = trySession(address, task.listen);

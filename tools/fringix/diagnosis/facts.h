@@ -94,8 +94,8 @@ struct Facts {
   std::vector<Interface> interfaces;
   std::vector<Head> heads;
   std::optional<std::vector<PortHolder>> portHolders;  // before any session of the doctor's
-  std::string bindError;                               // why the trigger port cannot be bound although nobody has it; empty: it can
-  bool waited = false;                                 // for triggers, because it was asked to
+  std::string bindError;  // why the trigger port cannot be bound although nobody is known to have it; empty: it can
+  bool waited = false;    // for triggers, because it was asked to
   std::vector<Firewall> firewalls;
 };
 
