@@ -48,11 +48,19 @@ def use_file(head: Any) -> None:
     assert head.data["block"] == b"content"
 
 
+def use_tool(*words: str) -> None:
+    from fringix._tool import FAILURE, SUCCESS, main
+
+    status = main(words)
+    if status == FAILURE:
+        raise OSError("the tool tells a failure")
+    assert status == SUCCESS, f"exit code {status}"
+
+
 def uses(head_address: str, serial: int) -> dict[str, Callable[[Any], Any]]:
     """By name; those without a session get None."""
     import fringix
     import numpy as np
-    from fringix._tool import main as tool
     from fringix.calibration import Calibration
 
     def settings(name: str) -> Callable[[Any], Any]:
@@ -83,7 +91,7 @@ def uses(head_address: str, serial: int) -> dict[str, Callable[[Any], Any]]:
         "head.on_event": lambda head: head.on_event(print).close(),
         "head.on_trigger": lambda head: head.on_trigger(print),
         "calibration": lambda head: Calibration.parse(head.data["calibration.json"]).text(),
-        "python -m fringix": lambda _: tool(["info", head_address]),
+        "python -m fringix": lambda _: use_tool("live", head_address, "-o", "-"),
     }
     return table
 
@@ -99,6 +107,9 @@ class Sweep:
 
     def over(self, name: str) -> None:
         plain = self.play(name, NO_FAULT)
+        if plain["wrong"] or plain["outcome"] != "a result":
+            self.complain(f"{name}: without a fault: {plain['wrong'] or plain['outcome']}")
+            return
         inside = self.play(name, Fault(MEMORY, errno.ENOMEM, NEVER, False))
         count = 0
         for fault in self.faults([inside["calls"][MEMORY], *plain["calls"][1:]]):
@@ -109,9 +120,12 @@ class Sweep:
             count += struck > 0
             self.tally[fault.function, fault.failure] += struck > 0
             if outcome["wrong"]:
-                self.complaints.append(f"{name}: {self.table.text(fault)}: {outcome['wrong']}")
-                print("WRONG", self.complaints[-1], flush=True)
+                self.complain(f"{name}: {self.table.text(fault)}: {outcome['wrong']}")
         print(f"{name:24}{count:7} runs, {plain['outcome']}, {inside['calls'][MEMORY]} requests for memory", flush=True)
+
+    def complain(self, text: str) -> None:
+        self.complaints.append(text)
+        print("WRONG", text, flush=True)
 
     def faults(self, all_calls: list[int]) -> Iterator[Fault]:
         for function, calls in enumerate(all_calls):
@@ -141,7 +155,7 @@ class Sweep:
             self.without_thread_data += 1
             return {"wrong": "", "outcome": ""}
         if status != 0 or not text:
-            return {"wrong": f"ended with {status} and said {text!r}"}
+            return {"wrong": f"ended with {status} and said {text!r}", "outcome": ""}
         outcome: dict[str, Any] = json.loads(text)
         return outcome
 
