@@ -12,7 +12,8 @@ namespace {
 
 constexpr std::int32_t frequencyRatio = 8;  // between neighbours of the three frequencies
 constexpr std::int32_t coarsest = frequencyRatio * frequencyRatio;
-constexpr std::size_t mostPictures = 256;  // a head numbers them with one byte
+constexpr std::int32_t mostSteps = 64;
+static_assert(2 + 3 * mostSteps <= 256, "a head numbers pictures with one byte");
 
 constexpr std::int32_t least = 16;
 constexpr std::int32_t widest = 16384;
@@ -29,7 +30,7 @@ void check(const PlanSettings& settings) {
   require(settings.method == Method::grayAndPhase || settings.method == Method::threeFrequencies, "the method is unknown");
   require(settings.projectorWidth >= least && settings.projectorWidth <= widest,
           "a projector of " + std::to_string(settings.projectorWidth) + " columns; 16 to 16384 are possible");
-  require(settings.steps >= 3 && settings.steps <= 64, std::to_string(settings.steps) + " steps; 3 to 64 are possible");
+  require(settings.steps >= 3 && settings.steps <= mostSteps, std::to_string(settings.steps) + " steps; 3 to 64 are possible");
   require(settings.period >= 4 && settings.period <= settings.projectorWidth, period + "; 4 to the projector's width are possible");
   require(settings.method == Method::grayAndPhase || settings.period * coarsest >= withGuard(settings.projectorWidth),
           period + " is too short for three frequencies: 64 of them have to cover the projector's width and a guard of 4 %");
@@ -63,7 +64,6 @@ Plan::Plan(const PlanSettings& settings) : settings_(settings) {
   pictures_ = {{PictureKind::white}, {PictureKind::black}};
   for (std::int32_t bit = grayBits_ - 1; bit >= 0; --bit) pictures_.push_back({PictureKind::gray, 0, bit});
   for (auto frequency = static_cast<std::int32_t>(frequencies_.size()) - 1; frequency >= 0; --frequency) addSteps(frequency);
-  require(pictures_.size() <= mostPictures, std::to_string(pictures_.size()) + " pictures; a head numbers up to 256");
 }
 
 void Plan::addSteps(std::int32_t frequency) {
