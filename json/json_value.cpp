@@ -147,6 +147,17 @@ std::string written(const JsonValue& value, bool inLines) {
 
 }  // namespace
 
+JsonValue::JsonValue(bool isTrue) : kind(Kind::truth), truth(isTrue) {}
+
+JsonValue::JsonValue(double value) : kind(Kind::number), number(value) {}
+
+JsonValue::JsonValue(std::string value) : kind(Kind::text), text(std::move(value)) {}
+
+JsonValue::JsonValue(const char* value) : JsonValue(std::string(value)) {}
+
+JsonValue::JsonValue(std::vector<std::string> memberNames, std::vector<JsonValue> members)
+    : kind(Kind::object), names(std::move(memberNames)), values(std::move(members)) {}
+
 const JsonValue* JsonValue::find(std::string_view name) const noexcept {
   const auto found = std::find(names.rbegin(), names.rend(), name);
   return found == names.rend() ? nullptr : &values[static_cast<std::size_t>(names.rend() - found) - 1];

@@ -16,14 +16,13 @@ struct JsonValue {
   enum class Kind { nothing, truth, number, text, array, object };
 
   JsonValue() = default;
-  JsonValue(bool isTrue) : kind(Kind::truth), truth(isTrue) {}
+  JsonValue(bool isTrue);
   JsonValue(std::integral auto value) requires(!std::same_as<decltype(value), bool>)
       : kind(Kind::number), number(static_cast<double>(value)), integer(static_cast<std::int64_t>(value)) {}
-  JsonValue(double value) : kind(Kind::number), number(value) {}
-  JsonValue(std::string value) : kind(Kind::text), text(std::move(value)) {}
-  JsonValue(const char* value) : JsonValue(std::string(value)) {}
-  JsonValue(std::vector<std::string> memberNames, std::vector<JsonValue> members)
-      : kind(Kind::object), names(std::move(memberNames)), values(std::move(members)) {}
+  JsonValue(double value);
+  JsonValue(std::string value);
+  JsonValue(const char* value);
+  JsonValue(std::vector<std::string> memberNames, std::vector<JsonValue> members);
 
   template <class Entries>
   static JsonValue arrayOf(const Entries& entries) {
