@@ -120,9 +120,9 @@ def test_closing_while_another_thread_waits(frozen: WatchedHead) -> None:
 def test_a_call_that_ends_in_time_leaves_the_session_open(simulated_heads: Any, monkeypatch: pytest.MonkeyPatch) -> None:
     assert _waiting.PATIENCE == 0.5
     monkeypatch.setattr(_waiting, "PATIENCE", 20)  # a busy machine takes its time
-    simulated = simulated_heads(camera=(64, 48), projector=(40, 30), image_time=200)
+    simulated = simulated_heads(camera=(64, 48), projector=(40, 30), image_time=1000)
     with fringix.open(simulated.address) as head, head.sequence(1) as seq:
-        with interrupted(0.05):
+        with interrupted():
             head.measure(seq)
         assert head.is_open and head.live().shape == (48, 64)
 
@@ -154,7 +154,7 @@ def test_connecting_to_what_does_not_greet() -> None:
 def test_connecting_past_the_probe(monkeypatch: pytest.MonkeyPatch, frozen: WatchedHead) -> None:
     frozen.freeze()
     monkeypatch.setattr("fringix._probe.probe", lambda address, timeout: None)
-    with interrupted(0.05):
+    with interrupted():
         fringix.open(frozen.address)
     frozen.thaw()
     assert frozen.says(FAREWELL)
