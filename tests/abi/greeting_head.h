@@ -1,4 +1,4 @@
-// A head that shakes hands, tells its gain if it is asked, and then only reads.
+// Heads that shake hands, and then only read.
 #pragma once
 
 #include "support/scripted_head.h"
@@ -7,15 +7,16 @@ namespace fringix::test {
 
 inline constexpr int gainOfTheHead = 17;
 
-inline Script greetingHead() {
+inline Script silentHead() {
   return {reply(integer(1)),
           expect(integer(3300)),
           expect(text("40MSG_SLGetMaxImageSize")),
           reply(integers(8, 4, 0)),
           expect(text("45MSG_SLGetProjDimension")),
-          reply(integers(6, 5, 0)),
-          expect(text("56MSG_SLGetGain")),
-          reply(integer(gainOfTheHead))};
+          reply(integers(6, 5, 0))};
 }
+
+// Is to be asked for its gain next.
+inline Script greetingHead() { return silentHead() + Script{expect(text("56MSG_SLGetGain")), reply(integer(gainOfTheHead))}; }
 
 }  // namespace fringix::test
