@@ -8,7 +8,11 @@
 
 namespace fringix::scan {
 
+#ifdef FRINGIX_SHORT_STRIPS
+inline constexpr std::size_t stripLength = 16;  // a fuzzer's small pictures are to have several
+#else
 inline constexpr std::size_t stripLength = 256;
+#endif
 
 template <class Value>
 using Strip = std::array<Value, stripLength>;
