@@ -31,7 +31,7 @@ unsigned shortage_calls(int function);  // of watched threads since the last pla
 void shortage_watch(int on);
 void shortage_watch_all(void);
 
-// Blocks of memory that watched threads have taken and not given back.
+// Blocks of memory that watched threads, on Windows all threads of the library, have taken and not given back.
 long shortage_blocks(void);
 
 // Watched threads do not pause, and waits that others would take for a silence of 300 ms or so are over after a tenth.

@@ -25,7 +25,7 @@ template <class Take>
 void* taken(Take&& take) noexcept {
   if (const int failure = strike(memory); failure != nothing) return failed(failure, nullptr);
   void* const block = take();
-  if (block != nullptr) noteBlocks(1);
+  if (block != nullptr && watched()) noteBlocks(1);
   return block;
 }
 
@@ -43,7 +43,7 @@ FRINGIX_INTERPOSED void* realloc(void* block, std::size_t size) noexcept {
   if (block == nullptr) return malloc(size);
   if (const int failure = strike(memory); failure != nothing) return failed(failure, nullptr);
   void* const moved = __libc_realloc(block, size);
-  if (size == 0) noteBlocks(-1);
+  if (size == 0 && watched()) noteBlocks(-1);
   return moved;
 }
 
@@ -61,7 +61,7 @@ FRINGIX_INTERPOSED int posix_memalign(void** place, std::size_t alignment, std::
 }
 
 FRINGIX_INTERPOSED void free(void* block) noexcept {
-  if (block != nullptr) noteBlocks(-1);
+  if (block != nullptr && watched()) noteBlocks(-1);
   __libc_free(block);
 }
 

@@ -43,6 +43,7 @@ void* resizeMemory(void* block, std::size_t size) {
   return strike(memory) == nothing ? std::realloc(block, size) : nullptr;
 }
 
+// The runtime gives a thread's own memory back when that is not watched any more, so all is counted: the imports are the library's alone.
 void giveMemoryBack(void* block) {
   if (block != nullptr) noteBlocks(-1);
   std::free(block);
@@ -88,6 +89,17 @@ int WSAAPI sendBytes(SOCKET socket, const char* data, int size, int flags) {
 
 int WSAAPI receiveBytes(SOCKET socket, char* buffer, int size, int flags) {
   return moved(receiveCall, size, [&](int part) { return recv(socket, buffer, part, flags); });
+}
+
+// Datagrams go whole or not at all.
+int WSAAPI sendDatagram(SOCKET socket, const char* data, int size, int flags, const sockaddr* receiver, int receiverSize) {
+  if (const int how = strike(sendCall); how != nothing) return failed(how, SOCKET_ERROR);
+  return sendto(socket, data, size, flags, receiver, receiverSize);
+}
+
+int WSAAPI receiveDatagram(SOCKET socket, char* buffer, int size, int flags, sockaddr* sender, int* senderSize) {
+  if (const int how = strike(receiveCall); how != nothing) return failed(how, SOCKET_ERROR);
+  return recvfrom(socket, buffer, size, flags, sender, senderSize);
 }
 
 // Waits for the silence that ends a search.
@@ -153,6 +165,8 @@ const Detour detours[] = {
     {"setsockopt", placeOf(setOption)},
     {"send", placeOf(sendBytes)},
     {"recv", placeOf(receiveBytes)},
+    {"sendto", placeOf(sendDatagram)},
+    {"recvfrom", placeOf(receiveDatagram)},
     {"select", placeOf(waitForSockets)},
     {"CreateEventW", placeOf(makeEvent)},
     {"_beginthreadex", placeOf(startThread)},
