@@ -21,7 +21,6 @@ using Listeners = std::vector<std::unique_ptr<ListenerProcess>>;
 constexpr int kills = 50;
 constexpr milliseconds interval{5};
 constexpr milliseconds takeoverLimit{100};
-constexpr int heldUp = 5;  // may take longer: on a busy machine nobody runs in time
 
 std::unique_ptr<ListenerProcess> startListening(const TriggerSource& source) {
   auto listener = std::make_unique<ListenerProcess>(source.address());
@@ -65,7 +64,7 @@ TEST(KilledReceiverTest, AnotherProcessReceivesWithinATenthOfASecond) {
   }
   std::sort(takeovers.begin(), takeovers.end());
   std::printf("takeovers: median %.1f ms, slowest %.1f ms\n", inMilliseconds(takeovers[kills / 2]), inMilliseconds(takeovers.back()));
-  EXPECT_LE(takeovers[kills - 1 - heldUp], takeoverLimit);
+  EXPECT_LE(takeovers.back(), takeoverLimit);
   for (const auto& listener : listeners) EXPECT_TRUE(listener->close());
 }
 
