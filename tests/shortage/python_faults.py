@@ -72,7 +72,7 @@ def uses(head_address: str, serial: int) -> dict[str, Callable[[Any], Any]]:
         "discover": lambda _: fringix.discover(),
         "head.live": lambda head: head.live(),
         "head.live region": lambda head: head.live(roi=(0, 0, 8, 8), reduce=2),
-        "head.picture": lambda head: head.picture(0),
+        "head.picture": lambda head: use_sequence(head, lambda sequence: (head.measure(sequence), head.picture(0))),
         "head.show": lambda head: head.show(np.zeros((30, 40, 3), np.uint8)),
         "head.sequence": lambda head: use_sequence(head, lambda sequence: None),
         "sequence.gray": lambda head: use_sequence(head, lambda sequence: sequence.gray(0, 1)),
