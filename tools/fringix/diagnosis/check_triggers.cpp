@@ -22,6 +22,10 @@ std::string nameOf(const PortHolder& holder) {
   return holder.process == 0 ? holder.program : fmt::format("{} (process {})", holder.program, holder.process);
 }
 
+const char* lineThatTellsHolders(const Facts& facts) {
+  return facts.system == System::windows ? "netstat -ano -p udp" : "sudo ss -lunp sport = :44331";
+}
+
 Finding taken(const Facts& facts, const std::vector<PortHolder>& holders) {
   const Explanation explanation = explainHolders(holders);
   const auto stranger = std::find_if(holders.begin(), holders.end(), isStranger);
@@ -36,7 +40,7 @@ Finding taken(const Facts& facts, const std::vector<PortHolder>& holders) {
   if (stranger->process != 0)
     finding.paste = fmt::format(fmt::runtime(windows ? "taskkill /pid {}" : "kill {}"), stranger->process);
   else
-    finding.paste = windows ? "netstat -ano -p udp" : "sudo ss -lunp sport = :44331";
+    finding.paste = lineThatTellsHolders(facts);
   return finding;
 }
 
@@ -51,14 +55,14 @@ Finding refused(const Facts& facts) {
           windows ? "netsh interface ipv4 show excludedportrange protocol=udp" : "id"};
 }
 
-Finding takenByNobodyKnown(const Facts& facts) {
+Finding takenBySomebody(const Facts& facts) {
   return {"trigger port",
           {},
           Colour::yellow,
           fmt::format("UDP 44331 cannot be bound ({}), and the system does not tell who has it", facts.bindError),
           "Programs of this library share it; with any other, programs on this machine wait for triggers in vain.",
           "Look who has it.",
-          facts.system == System::windows ? "netstat -ano -p udp" : "sudo ss -lunp sport = :44331"};
+          lineThatTellsHolders(facts)};
 }
 
 bool rulesDropTriggers(const Facts& facts) {
@@ -90,7 +94,7 @@ Finding checkTrigger(const Facts& facts, const Head& head) {
 Findings checkTriggerPort(const Facts& facts) {
   const std::vector<PortHolder>* holders = holdersOf(facts);
   if (holders != nullptr && std::any_of(holders->begin(), holders->end(), isStranger)) return {taken(facts, *holders)};
-  if (!facts.bindError.empty()) return {holders == nullptr ? takenByNobodyKnown(facts) : refused(facts)};
+  if (!facts.bindError.empty()) return {holders == nullptr ? takenBySomebody(facts) : refused(facts)};
   std::string what = "UDP 44331 can be bound";
   if (facts.portHolders && !facts.portHolders->empty())
     what = fmt::format("{} has UDP 44331 and shares it", nameOf(facts.portHolders->front()));
