@@ -15,8 +15,7 @@ namespace fringix::test {
 
 namespace {
 
-// A suite of its own process: the very first handle is 0.
-TEST(FirstHandleTest, IsZeroAlsoAfterAFailureAndAQuery) {
+TEST(FirstHandleInAFreshProcessTest, IsZeroAlsoAfterAFailureAndAQuery) {
   int handle = 5;
   EXPECT_EQ(SLDevAlloc("127.0.0.9", &handle), SLCONNECTION_ERROR);
   EXPECT_EQ(handle, -1);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <iterator>
 
 #include "device/command_table.h"
@@ -34,6 +35,14 @@ struct Output {
     EXPECT_TRUE(std::all_of(end, bytes.end(), isGuard)) << "written behind " << readable(written);
   }
 };
+
+// Where an exchange of two turns is broken. Each place takes a session on the system's sockets, and within a text or a number they are much
+// alike: `./run sweep` looks at all of them.
+bool isBrokenAt(std::size_t offset, std::size_t firstTurn, std::size_t all) {
+  static const bool everywhere = std::getenv("FRINGIX_EVERY_BYTE") != nullptr;
+  const bool endsATurn = offset + 1 == firstTurn || offset + 1 == all;
+  return everywhere || endsATurn || offset == firstTurn || offset % 8 == 0;
+}
 
 Script versionFetch(int version) { return {expect(text("20MSG_SLGetProtocolVersion")), reply(integer(version))}; }
 
@@ -102,6 +111,7 @@ TEST_P(CommandTest, TakesAReplyThatArrivesByteByByte) {
 
 TEST_P(CommandTest, FailsForGoodWhenTheReplyIsCutAnywhere) {
   for (std::size_t offset = 0; offset < allReplies().size(); ++offset) {
+    if (!isBrokenAt(offset, row().before.reply.size(), allReplies().size())) continue;
     SCOPED_TRACE(offset);
     OpenSession session(cutInReply(offset));
     EXPECT_EQ(call(session), SLCONNECTION_ERROR);
@@ -112,6 +122,7 @@ TEST_P(CommandTest, FailsForGoodWhenTheReplyIsCutAnywhere) {
 
 TEST_P(CommandTest, FailsForGoodWhenTheConnectionIsResetInsideTheRequest) {
   for (std::size_t offset = 0; offset < allSent().size(); ++offset) {
+    if (!isBrokenAt(offset, row().before.sent.size(), allSent().size())) continue;
     SCOPED_TRACE(offset);
     OpenSession session(resetInRequest(offset));
     const int result = call(session);

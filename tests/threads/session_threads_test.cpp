@@ -213,12 +213,11 @@ struct LongCall {
   }
 };
 
-// On Windows a listener that is ended by force may leave the port's lock behind, and no other listens then: suites of their own, because
-// a suite is a process.
-class GivenUpListenerTest : public SessionThreadsTest {};
-class SelfStoppingListenerTest : public SessionThreadsTest {};
+// On Windows a listener that is ended by force may leave the port's lock behind, and no other of its process listens then.
+class GivenUpListenerInAFreshProcessTest : public SessionThreadsTest {};
+class SelfStoppingListenerInAFreshProcessTest : public SessionThreadsTest {};
 
-TEST_F(GivenUpListenerTest, AListenerInALongCallbackIsGivenUpAndCloseSaysSo) {
+TEST_F(GivenUpListenerInAFreshProcessTest, AListenerInALongCallbackIsGivenUpAndCloseSaysSo) {
   open({});
   std::atomic<int> events{0};
   session_->SetGPIOCallback(LongCall::call);
@@ -237,7 +236,7 @@ TEST_F(GivenUpListenerTest, AListenerInALongCallbackIsGivenUpAndCloseSaysSo) {
   EXPECT_EQ(events, 0) << "what was given up calls nobody any more";
 }
 
-TEST_F(SelfStoppingListenerTest, AListenerThatBreaksTheConnectionWaitsForItself) {
+TEST_F(SelfStoppingListenerInAFreshProcessTest, AListenerThatBreaksTheConnectionWaitsForItself) {
   open({expect(serialRequest), reset()});
   CapturedTrace capture;
   setDebugFlag(1);
