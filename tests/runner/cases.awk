@@ -1,5 +1,5 @@
 # The output of --gtest_list_tests as lines of "group <tab> suite.case": so many suites as `together` says share a process, the group, which has
-# the name of the first. Those that wait in real time, and those that need a fresh process, have one each.
+# the name of the first. Those that wait in real time, and those of a fresh process, have one each.
 { sub(/\r$/, "") }
 /^[^ ]+\.( +#.*)?$/ {
   suite = substr($1, 1, length($1) - 1)
