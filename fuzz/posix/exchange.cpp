@@ -10,19 +10,20 @@
 
 #include <array>
 #include <csignal>
-#include <cstring>
 #include <vector>
 
 #include "fuzz/input.h"
 #include "fuzz/target.h"
 #include "platform/posix/followers.h"
 #include "platform/posix/local_name.h"
+#include "tests/support/posix/local_exchange.h"
 
 namespace fringix::fuzz::exchange_target {
 
 namespace {
 
 using platform::Socket;
+using test::sendCopies;
 
 constexpr std::size_t mostSteps = 48;
 constexpr std::size_t mostCopies = 3;
@@ -30,24 +31,6 @@ constexpr std::size_t mostCopies = 3;
 bool isPipe(const Socket& descriptor) {
   struct stat file {};
   return fstat(descriptor.handle(), &file) == 0 && S_ISFIFO(file.st_mode);
-}
-
-void sendCopies(const Socket& connection, int descriptor, std::size_t copies, std::string bytes) {
-  iovec content{bytes.data(), bytes.size()};
-  alignas(cmsghdr) std::array<char, CMSG_SPACE(mostCopies * sizeof(int))> control{};
-  msghdr message{};
-  message.msg_iov = &content;
-  message.msg_iovlen = 1;
-  if (copies > 0) {
-    message.msg_control = control.data();
-    message.msg_controllen = CMSG_SPACE(copies * sizeof descriptor);
-    cmsghdr* const header = CMSG_FIRSTHDR(&message);
-    header->cmsg_level = SOL_SOCKET;
-    header->cmsg_type = SCM_RIGHTS;
-    header->cmsg_len = CMSG_LEN(copies * sizeof descriptor);
-    for (std::size_t i = 0; i < copies; ++i) std::memcpy(CMSG_DATA(header) + i * sizeof descriptor, &descriptor, sizeof descriptor);
-  }
-  static_cast<void>(sendmsg(connection.handle(), &message, MSG_DONTWAIT | MSG_NOSIGNAL));
 }
 
 // A program on the other side: a connection, and the pipe that it was handed.

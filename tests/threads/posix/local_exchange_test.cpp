@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -17,6 +16,7 @@
 
 #include "platform/datagram.h"
 #include "support/eventually.h"
+#include "support/posix/local_exchange.h"
 #include "support/process_state.h"
 #include "threads/gpio_thread.h"
 
@@ -27,41 +27,8 @@ namespace {
 using platform::Socket;
 using Clock = std::chrono::steady_clock;
 
-constexpr std::string_view exchangeName = "C5128585-87BE-4b48-9F65-9A4CAC572E59";
 constexpr std::uint32_t head = 0x7F000001;
 constexpr std::uint16_t triggerPort = 44331;
-
-struct Address {
-  sockaddr_un name{};
-  socklen_t size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + exchangeName.size());
-
-  Address() {
-    name.sun_family = AF_UNIX;
-    std::memcpy(name.sun_path + 1, exchangeName.data(), exchangeName.size());
-  }
-  const sockaddr* generic() const { return reinterpret_cast<const sockaddr*>(&name); }
-};
-
-Socket openLocal() { return Socket(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)); }
-
-// Sends a byte, and so many copies of a descriptor with it.
-void sendCopies(const Socket& connection, int descriptor, std::size_t copies) {
-  char byte = 0;
-  iovec content{&byte, 1};
-  alignas(cmsghdr) char control[256]{};
-  msghdr message{};
-  message.msg_iov = &content;
-  message.msg_iovlen = 1;
-  message.msg_control = control;
-  message.msg_controllen = CMSG_SPACE(copies * sizeof descriptor);
-  cmsghdr* const header = CMSG_FIRSTHDR(&message);
-  if (header == nullptr) return;
-  header->cmsg_level = SOL_SOCKET;
-  header->cmsg_type = SCM_RIGHTS;
-  header->cmsg_len = CMSG_LEN(copies * sizeof descriptor);
-  for (std::size_t i = 0; i < copies; ++i) std::memcpy(CMSG_DATA(header) + i * sizeof descriptor, &descriptor, sizeof descriptor);
-  sendmsg(connection.handle(), &message, MSG_NOSIGNAL);
-}
 
 // Has the name that a receiver has, and treats everybody who connects in its own way.
 class Stranger {
@@ -69,7 +36,7 @@ class Stranger {
   using Treatment = std::function<void(const Socket& connection)>;
 
   explicit Stranger(Treatment treatment) : listening_(openLocal()), treatment_(std::move(treatment)) {
-    const Address address;
+    const ExchangeAddress address;
     if (bind(listening_.handle(), address.generic(), address.size) != 0 || listen(listening_.handle(), 8) != 0) {
       throw std::runtime_error("the stranger does not get the name");
     }
@@ -184,7 +151,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& test) { return test.param.name; });
 
 TEST(ServingNobodyTest, AListenerThatIsLeftWaitingDoesWithoutTheOthers) {
-  const Address address;
+  const ExchangeAddress address;
   Socket name = openLocal();
   ASSERT_EQ(bind(name.handle(), address.generic(), address.size), 0);
   ASSERT_TRUE(name.listen(8));
@@ -197,7 +164,7 @@ TEST(ServingNobodyTest, AListenerThatIsLeftWaitingDoesWithoutTheOthers) {
 
 // Connects as a follower does; what the receiver hands to it.
 Socket follow() {
-  const Address address;
+  const ExchangeAddress address;
   const Socket connection = openLocal();
   if (connect(connection.handle(), address.generic(), address.size) != 0) return {};
   char byte = 0;

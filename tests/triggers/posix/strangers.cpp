@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -13,11 +12,11 @@
 #include <cstring>
 #include <map>
 #include <stdexcept>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "platform/socket.h"
+#include "support/posix/local_exchange.h"
 
 namespace fringix::test {
 
@@ -25,7 +24,6 @@ namespace {
 
 using platform::Socket;
 
-constexpr std::string_view exchangeName = "C5128585-87BE-4b48-9F65-9A4CAC572E59";
 constexpr std::uint32_t forgedHead = 0x7F000001;
 
 void say(const std::string& line) {
@@ -41,21 +39,8 @@ bool isOver(int milliseconds, int other = -1) {
   return entries[0].revents != 0 && read(STDIN_FILENO, &byte, 1) <= 0;
 }
 
-struct Address {
-  sockaddr_un name{};
-  socklen_t size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + exchangeName.size());
-
-  Address() {
-    name.sun_family = AF_UNIX;
-    std::memcpy(name.sun_path + 1, exchangeName.data(), exchangeName.size());
-  }
-  const sockaddr* generic() const { return reinterpret_cast<const sockaddr*>(&name); }
-};
-
-Socket openLocal() { return Socket(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)); }
-
 Socket bindName() {
-  const Address address;
+  const ExchangeAddress address;
   Socket local = openLocal();
   if (bind(local.handle(), address.generic(), address.size) != 0) throw std::runtime_error("no name");
   return local;
@@ -66,23 +51,6 @@ Socket listenUnderName() {
   local.listen(64);
   say("ready");
   return local;
-}
-
-bool sendDescriptor(const Socket& connection, int descriptor) {
-  char byte = 0;
-  iovec content{&byte, 1};
-  alignas(cmsghdr) char control[CMSG_SPACE(sizeof descriptor)]{};
-  msghdr message{};
-  message.msg_iov = &content;
-  message.msg_iovlen = 1;
-  message.msg_control = control;
-  message.msg_controllen = sizeof control;
-  cmsghdr* const header = CMSG_FIRSTHDR(&message);
-  header->cmsg_level = SOL_SOCKET;
-  header->cmsg_type = SCM_RIGHTS;
-  header->cmsg_len = CMSG_LEN(sizeof descriptor);
-  std::memcpy(CMSG_DATA(header), &descriptor, sizeof descriptor);
-  return sendmsg(connection.handle(), &message, MSG_NOSIGNAL) == 1;
 }
 
 // Whoever closes the last copy of it waits for a minute: its peer never takes what was sent.
@@ -103,7 +71,7 @@ class LingeringConnection {
   }
   // Keeps no copy when it was taken.
   bool handOver(const Socket& receiver) {
-    const bool taken = sendDescriptor(receiver, connection_.handle());
+    const bool taken = sendCopies(receiver, connection_.handle());
     if (!taken) connection_.setResetOnClose();
     connection_.close();
     return taken;
@@ -135,7 +103,7 @@ void forge() {
     const Socket connection = name.accept();
     int ends[2];
     if (connection.valid() && pipe2(ends, O_CLOEXEC | O_NONBLOCK) == 0) {
-      sendDescriptor(connection, ends[0]);
+      sendCopies(connection, ends[0]);
       close(ends[0]);
       pipes.emplace_back(ends[1]);
     }
@@ -157,7 +125,7 @@ void handOutLingering() {
 }
 
 Socket connectAsFollower() {
-  const Address address;
+  const ExchangeAddress address;
   Socket connection = openLocal();
   if (connect(connection.handle(), address.generic(), address.size) != 0) throw std::runtime_error("nobody receives");
   return connection;
