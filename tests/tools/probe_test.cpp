@@ -49,6 +49,20 @@ TEST(Probe, NobodyListens) {
 TEST(Probe, NothingIsSaid) { EXPECT_EQ(reachOf({test::stall()}), Reach::silent); }
 TEST(Probe, TheConnectionIsEnded) { EXPECT_EQ(reachOf({test::cut()}), Reach::closed); }
 TEST(Probe, TheConnectionIsReset) { EXPECT_EQ(reachOf({test::reset()}), Reach::closed); }
+
+// Some of so many resets are there before the connection is first looked at.
+TEST(Probe, TheConnectionIsResetAtOnce) {
+  const platform::SocketLibrary library;
+  platform::Socket listener = platform::Socket::openStream();
+  ASSERT_TRUE(listener.setSoleListener() && listener.bind({0x7F000001, 44330}) && listener.listen(1));
+  constexpr int times = 300;
+  std::thread peer([&] {
+    for (int i = 0; i < times; ++i) listener.accept().setResetOnClose();
+  });
+  for (int i = 0; i < times; ++i) EXPECT_EQ(probe(here, 5s).reach, Reach::closed);
+  peer.join();
+}
+
 TEST(Probe, SomethingElseIsSaid) { EXPECT_EQ(reachOf({reply("220 mail.example\r\n")}), Reach::noHead); }
 TEST(Probe, TooLittleIsSaid) { EXPECT_EQ(reachOf({reply("ok"), test::stall()}), Reach::noHead); }
 TEST(Probe, TooLittleIsSaidBeforeTheEnd) { EXPECT_EQ(reachOf({reply("ok"), test::cut()}), Reach::noHead); }

@@ -20,7 +20,7 @@ struct Traffic {
 class BoundedConnection {
  public:
   using Clock = std::chrono::steady_clock;
-  enum class Outcome { done, refused, unreachable, timedOut, failed };
+  enum class Outcome { done, refused, unreachable, timedOut, reset, failed };
 
   BoundedConnection();
   ~BoundedConnection();

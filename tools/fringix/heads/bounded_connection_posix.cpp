@@ -31,6 +31,9 @@ BoundedConnection::Outcome BoundedConnection::fail(int error) {
       return Outcome::unreachable;
     case ETIMEDOUT:
       return Outcome::timedOut;
+    case ECONNRESET:
+    case EPIPE:  // reset after it was ended
+      return Outcome::reset;
     default:
       return Outcome::failed;
   }

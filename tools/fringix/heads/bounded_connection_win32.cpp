@@ -43,6 +43,9 @@ BoundedConnection::Outcome BoundedConnection::fail(int error) {
       return Outcome::unreachable;
     case WSAETIMEDOUT:
       return Outcome::timedOut;
+    case WSAECONNRESET:
+    case WSAECONNABORTED:
+      return Outcome::reset;
     default:
       return Outcome::failed;
   }

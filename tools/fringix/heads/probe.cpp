@@ -22,6 +22,8 @@ Reach reachAfter(Outcome failedConnect) {
       return Reach::unreachable;
     case Outcome::timedOut:
       return Reach::timedOut;
+    case Outcome::reset:  // by somebody who had accepted it
+      return Reach::closed;
     default:
       return Reach::failed;
   }
