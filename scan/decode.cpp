@@ -211,8 +211,9 @@ void Decoder::countByFrequencies(const FrequencySums* frequencies, const Strip<f
   const Judgement judge = judgement(limits_, width_, freedom_);
   const auto period = static_cast<float>(frequencies_[0].period);
   const auto lead = static_cast<float>(frequencies_[0].lead);
-  const auto middleRatio = static_cast<float>(frequencies_[2].period / frequencies_[1].period);
-  const auto fineRatio = static_cast<float>(frequencies_[1].period / frequencies_[0].period);
+  const auto finerPeriodsIn = [&](std::size_t i) { return frequencies_[i].period / frequencies_[i - 1].period; };
+  const auto middleRatio = static_cast<float>(finerPeriodsIn(2));
+  const auto fineRatio = static_cast<float>(finerPeriodsIn(1));
   Strip<float> coarse;
   Strip<float> middle;
   turnsOf(frequencies[2], coarse);

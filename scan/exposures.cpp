@@ -12,9 +12,9 @@ std::int32_t rankOf(std::uint8_t reason) {
   return reason == static_cast<std::uint8_t>(Reason::saturation) ? 2 : 1;
 }
 
-bool contradict(const DecodedStrip& one, const DecodedStrip& other, std::size_t i) {
-  const float difference = one.column[i] - other.column[i];
-  return difference * difference > deviations * deviations * (one.variance[i] + other.variance[i]) + tolerance * tolerance;
+bool contradict(const DecodedStrip& first, const DecodedStrip& second, std::size_t i) {
+  const float difference = first.column[i] - second.column[i];
+  return difference * difference > deviations * deviations * (first.variance[i] + second.variance[i]) + tolerance * tolerance;
 }
 
 bool isBetter(const DecodedStrip& other, const DecodedStrip& kept, std::size_t i) {

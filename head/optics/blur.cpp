@@ -46,7 +46,8 @@ const Kernel& kernelOf(std::uint32_t level) {
   return kernels[level];
 }
 
-Brightness rounded(float light) { return static_cast<Brightness>(light + 0.5F); }
+// Light is never negative.
+Brightness rounded(float light) { return static_cast<Brightness>(light + 0.5F); }  // NOLINT(bugprone-incorrect-roundings)
 
 // The profile with its ends repeated, so that no kernel reaches beyond it.
 std::vector<float> extended(const std::vector<Brightness>& profile, std::int32_t reach) {

@@ -43,7 +43,8 @@ void Camera::renderMoving(const Light& light, std::uint64_t moment) {
   const auto width = static_cast<std::size_t>(settings_.camera.width);
   moved_ = still_;
   for (const std::size_t pixel : pixelsChangedBy(ball, *map_)) {
-    const ImagePoint place{static_cast<double>(pixel % width), static_cast<double>(pixel / width)};
+    const std::size_t row = pixel / width;
+    const ImagePoint place{static_cast<double>(pixel % width), static_cast<double>(row)};
     moved_.pixels[pixel] = sensor_->at(light, map_->view.look(place, &ball));
   }
 }

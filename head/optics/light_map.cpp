@@ -41,7 +41,7 @@ void fill(LightMap& map) {
 std::vector<bool> blursOf(const LightMap& map, bool somethingPasses) {
   const std::int32_t width = map.view.projector().size().width;
   std::vector<bool> blurs(blurLevels, somethingPasses);
-  for (std::size_t i = 0; i < map.column.size(); ++i) blurs[BlurredPlace(map.column[i], width).level] = true;
+  for (const auto column : map.column) blurs[BlurredPlace(column, width).level] = true;
   while (!blurs.back()) blurs.pop_back();
   return blurs;
 }

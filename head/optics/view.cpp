@@ -86,8 +86,8 @@ void View::findShinyPlace() {
   const Optics camera = cameraOptics(camera_.size(), 0);
   double best = -1;
   for (int i = 0; i < raster * raster; ++i) {
-    const ImagePoint place{(i % raster + 0.5) / raster * camera.size().width - 0.5,
-                           (i / raster + 0.5) / raster * camera.size().height - 0.5};
+    const int row = i / raster;
+    const ImagePoint place{(i % raster + 0.5) / raster * camera.size().width - 0.5, (row + 0.5) / raster * camera.size().height - 0.5};
     const auto seen = scene_->firstSurface(camera.position(), camera.directionThrough(place));
     if (!seen || !projector_.project(seen->point) || inShadow(*seen, nullptr)) continue;
     const double cosine = mirrorCosine(*seen, unit(projector_.position() - seen->point), unit(camera.position() - seen->point));

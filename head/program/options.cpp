@@ -118,19 +118,19 @@ void addOptics(arguments::Command& program, HeadSettings& first) {
 }
 
 void addImperfections(arguments::Command& program, HeadSettings& first) {
-  const auto number = [&program](const char* name, double* target, double high, const char* help) {
-    program.option(name, target, help).range(0, high).valueName("X").showDefault();
+  const auto number = [&program](const char* name, double& target, double high, const char* help) {
+    program.option(name, &target, help).range(0, high).valueName("X").showDefault();
   };
-  number("--noise", &first.noise, 100, "Sensor noise, a standard deviation in grey levels");
-  number("--shot-noise", &first.shotNoise, 10, "The variance that each grey level of light adds to it, realistically 0.02");
-  number("--ambient", &first.ambient, 255, "Light of the surroundings in grey levels");
+  number("--noise", first.noise, 100, "Sensor noise, a standard deviation in grey levels");
+  number("--shot-noise", first.shotNoise, 10, "The variance that each grey level of light adds to it, realistically 0.02");
+  number("--ambient", first.ambient, 255, "Light of the surroundings in grey levels");
   program.option("--gamma", &first.gamma, "Exponent by which the projector's light follows a pattern's level")
       .range(0.2, 5)
       .valueName("X")
       .showDefault();
-  number("--defocus", &first.defocus, 20, "Blur of the projector 100 mm behind its focus, a standard deviation in its pixels");
-  number("--shine", &first.shine, 100, "Gloss of a shiny patch, in shares of the light; 0: there is none");
-  number("--motion", &first.motion, 100, "Millimetres that a ball before the scene moves from picture to picture; 0: there is none");
+  number("--defocus", first.defocus, 20, "Blur of the projector 100 mm behind its focus, a standard deviation in its pixels");
+  number("--shine", first.shine, 100, "Gloss of a shiny patch, in shares of the light; 0: there is none");
+  number("--motion", first.motion, 100, "Millimetres that a ball before the scene moves from picture to picture; 0: there is none");
   program
       .option(
           "--seed", [&first](std::int64_t seed) { first.noiseSeed = static_cast<std::uint64_t>(seed); }, "Seed of all that is random")

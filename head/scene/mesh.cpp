@@ -42,7 +42,8 @@ double enters(const Ray& ray, const Box& box) {
   const Point high = (box.max() - ray.start).cwiseProduct(ray.inverse);
   const double first = low.cwiseMin(high).maxCoeff();
   const double last = low.cwiseMax(high).minCoeff();
-  return first > last || last < 0 ? infinity : first;
+  if (first > last || last < 0) return infinity;
+  return first;
 }
 
 // Where a ray meets a triangle, edges included; infinity when it passes by.
@@ -56,7 +57,8 @@ double meets(const Ray& ray, const Corners& corners) {
   const Vector turned = cross(offset, ab);
   const double c = dot(ray.direction, turned) / volume;
   const double distance = dot(ac, turned) / volume;
-  return b >= 0 && c >= 0 && b + c <= 1 && distance >= nearestSurface ? distance : infinity;
+  if (b >= 0 && c >= 0 && b + c <= 1 && distance >= nearestSurface) return distance;
+  return infinity;
 }
 
 }  // namespace

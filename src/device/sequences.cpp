@@ -6,7 +6,8 @@ namespace fringix {
 
 int CameraDevice::SeqAlloc(std::uint32_t imageCount, std::uint32_t* sequenceId) {
   auto exchange = command("11MSG_SLSeqAlloc");
-  if (exchange.require(sequenceId != nullptr).undecided()) *sequenceId = 0;
+  exchange.require(sequenceId != nullptr);
+  if (sequenceId != nullptr && exchange.undecided()) *sequenceId = 0;
   return exchange.send(imageCount).receive(sequenceId).status();  // the id stays written when the status is bad
 }
 

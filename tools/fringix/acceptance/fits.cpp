@@ -50,7 +50,7 @@ Spread spreadOf(std::span<const Place> points, std::size_t least, const char* sh
 
 // The spread of points that a sphere may go through, so far as its shape tells.
 Spread requireBent(std::span<const Place> points) {
-  const Spread spread = spreadOf(points, 4, "sphere");
+  Spread spread = spreadOf(points, 4, "sphere");
   constexpr double flat = 1e-10;
   require(spread.squares[0] > flat * spread.squares[2], "sphere", "all lie in a plane");
   return spread;

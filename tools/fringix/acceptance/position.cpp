@@ -60,7 +60,7 @@ DeviationMap mapOf(const PointGrid& grid, const Region& region, const std::vecto
 
 SphereFigures addBall(Position& position, const View& view, const Region& region, double diameter) {
   const std::vector<Place> places = placesOf(view.grid, region);
-  const SphereFigures figures = measureSphere(places, diameter / 2);
+  SphereFigures figures = measureSphere(places, diameter / 2);
   const auto normalAt = [&](const Place& place) { return (place - figures.sphere.centre) * (1 / figures.sphere.radius); };
   const Sigmas sigmas = sigmasOf(view, region, places, normalAt);
   position.points += region.size();

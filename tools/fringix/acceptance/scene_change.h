@@ -25,7 +25,7 @@ class SceneChange {
   std::vector<std::uint8_t> first_;
 };
 
-// What truth.json tells of the artefact: what a certificate would.
-Certified certifiedBy(const std::string& truth);
+// What the text of truth.json tells of the artefact: what a certificate would.
+Certified certifiedBy(const std::string& text);
 
 }  // namespace fringix::tool

@@ -95,6 +95,7 @@ std::string row(const std::string& name, const std::string& first, const std::st
 std::string comparisonOf(const Pair& pair) {
   const auto whatOf = [](const Measured* one) { return one == nullptr ? "not measured" : one->what; };
   const auto samplesOf = [](const Measured* one) { return one == nullptr ? "-" : fmt::format("{}", one->timing.samples); };
+  // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): one of the two is there
   const std::string& name = pair.first == nullptr ? pair.second->name : pair.first->name;
   std::string text =
       "\n" + row(name, whatOf(pair.first), whatOf(pair.second), "") + row("  samples", samplesOf(pair.first), samplesOf(pair.second), "");

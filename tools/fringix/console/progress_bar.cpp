@@ -34,8 +34,7 @@ void TransientLine::show(const std::string& text) {
 
 std::string progressText(std::size_t done, std::size_t total, std::chrono::duration<double> elapsed) {
   const std::size_t filled = total == 0 ? barWidth : std::min(done, total) * barWidth / total;
-  const std::string counted =
-      fmt::format("[{:<{}}] {:>{}}/{}", std::string(filled, '='), barWidth, done, std::to_string(total).size(), total);
+  std::string counted = fmt::format("[{:<{}}] {:>{}}/{}", std::string(filled, '='), barWidth, done, std::to_string(total).size(), total);
   if (done == 0 || elapsed.count() <= 0) return counted;
   return fmt::format("{}  {:.1f}/s", counted, static_cast<double>(done) / elapsed.count());
 }

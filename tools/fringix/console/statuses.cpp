@@ -33,7 +33,7 @@ StatusText parseSection(std::string_view section) {
 std::vector<StatusText> parsePage() {
   std::vector<StatusText> sections;
   std::string_view page = statusPage();
-  for (std::size_t mark = page.find(sectionMark); mark != page.npos; mark = page.find(sectionMark)) {
+  for (std::size_t mark = page.find(sectionMark); mark != std::string::npos; mark = page.find(sectionMark)) {
     page.remove_prefix(mark + sectionMark.size());
     sections.push_back(parseSection(page.substr(0, page.find(sectionMark))));
   }
@@ -53,7 +53,7 @@ std::string upperCase(std::string text) {
 
 // The names of scan.h stand in for those of fringix.h where both have a status.
 std::string libraryName(const std::string& word) {
-  const std::string name = upperCase(word);
+  std::string name = upperCase(word);
   if (name == "SLSCAN_OKAY") return "SLALL_OKAY";
   if (name == "SLSCAN_BAD_PARAMETER" || name == "SLSCAN_SYSTEM_ERROR") return "SL" + name.substr(7);
   return name;

@@ -11,7 +11,7 @@ namespace fringix::tool::diagnosis {
 // Begins a session, asks a hundred small questions, fetches live pictures and ends. Changes nothing on the head. Each step has `limit`.
 Head examineHead(const std::string& address, std::chrono::milliseconds limit);
 
-// Opens a session with the library as programs do, and listens for triggers for at least as long as told.
-Session trySession(const std::string& address, std::chrono::milliseconds listen);
+// Opens a session with the library as programs do, and listens for triggers for at least so long.
+Session trySession(const std::string& address, std::chrono::milliseconds time);
 
 }  // namespace fringix::tool::diagnosis

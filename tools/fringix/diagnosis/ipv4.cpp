@@ -43,9 +43,9 @@ std::string Network::text() const { return fmt::format("{}/{}", formatIpv4(addre
 Network parseNetwork(std::string_view text) {
   const std::size_t slash = text.find('/');
   const std::uint32_t address = parseIpv4(text.substr(0, slash));
-  if (slash == text.npos) return {address, address == 0 ? 0 : maskOf(32)};
+  if (slash == std::string::npos) return {address, address == 0 ? 0 : maskOf(32)};
   std::string_view mask = text.substr(slash + 1);
-  if (mask.find('.') != mask.npos) return {address, parseIpv4(mask)};
+  if (mask.find('.') != std::string::npos) return {address, parseIpv4(mask)};
   unsigned prefix = 0;
   return {address, takeNumber(mask, 32, prefix) && mask.empty() ? maskOf(prefix) : maskOf(32)};
 }

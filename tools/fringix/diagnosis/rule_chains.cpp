@@ -70,7 +70,7 @@ std::vector<std::string_view> wordsOf(std::string_view text, std::string_view se
   std::vector<std::string_view> words;
   while (!text.empty()) {
     const std::size_t begin = text.find_first_not_of(separators);
-    if (begin == text.npos) break;
+    if (begin == std::string::npos) break;
     const bool quoted = text[begin] == '"';
     const std::size_t end = std::min(quoted ? text.find('"', begin + 1) : text.find_first_of(separators, begin), text.size());
     words.push_back(text.substr(begin + (quoted ? 1 : 0), end - begin - (quoted ? 1 : 0)));
@@ -95,8 +95,13 @@ bool isPort(std::string_view text, std::uint16_t port) {
   unsigned low = 0;
   if (!takeNumber(text.substr(0, dash), low)) return false;
   unsigned high = low;
-  if (dash != text.npos && !takeNumber(text.substr(dash + 1), high)) return false;
+  if (dash != std::string::npos && !takeNumber(text.substr(dash + 1), high)) return false;
   return low <= port && port <= high;
+}
+
+bool hasPort(std::string_view list, std::uint16_t port) {
+  const std::vector<std::string_view> parts = wordsOf(list, ",");
+  return std::any_of(parts.begin(), parts.end(), [&](std::string_view part) { return isPort(part, port); });
 }
 
 }  // namespace fringix::tool::diagnosis

@@ -36,6 +36,7 @@ Judgement walk(const Chains& chains);
 
 std::vector<std::string_view> wordsOf(std::string_view text, std::string_view separators = " \t");
 std::vector<std::string_view> linesOf(std::string_view text);
-bool isPort(std::string_view text, std::uint16_t port);  // "44331", "44330-44332" or "44330:44332"
+bool isPort(std::string_view text, std::uint16_t port);   // "44331", "44330-44332" or "44330:44332"
+bool hasPort(std::string_view list, std::uint16_t port);  // "53,44330:44332"
 
 }  // namespace fringix::tool::diagnosis

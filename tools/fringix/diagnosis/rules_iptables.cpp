@@ -1,5 +1,7 @@
 #include "diagnosis/rule_chains.h"
 
+#include <algorithm>
+
 namespace fringix::tool::diagnosis {
 namespace {
 
@@ -8,17 +10,8 @@ using Words = std::vector<std::string_view>;
 Truth from(bool truth) { return truth ? Truth::yes : Truth::no; }
 
 bool isInList(std::string_view list, std::string_view wanted) {
-  for (const std::string_view part : wordsOf(list, ",")) {
-    if (part == wanted) return true;
-  }
-  return false;
-}
-
-bool hasPort(std::string_view list, std::uint16_t port) {
-  for (const std::string_view part : wordsOf(list, ",")) {
-    if (isPort(part, port)) return true;
-  }
-  return false;
+  const Words parts = wordsOf(list, ",");
+  return std::find(parts.begin(), parts.end(), wanted) != parts.end();
 }
 
 bool isInterface(std::string_view pattern, std::string_view name) {

@@ -9,7 +9,7 @@ namespace {
 
 using Words = std::vector<std::string_view>;
 
-bool has(std::string_view text, std::string_view part) { return text.find(part) != text.npos; }
+bool has(std::string_view text, std::string_view part) { return text.find(part) != std::string::npos; }
 
 std::string_view trimmed(std::string_view text) {
   text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
@@ -19,7 +19,7 @@ std::string_view trimmed(std::string_view text) {
 // What stands behind a word on its line.
 std::string_view behind(std::string_view text, std::string_view word) {
   const std::size_t found = text.find(word);
-  if (found == text.npos) return {};
+  if (found == std::string::npos) return {};
   text.remove_prefix(found + word.size());
   return trimmed(text.substr(0, text.find('\n')));
 }
@@ -27,11 +27,8 @@ std::string_view behind(std::string_view text, std::string_view word) {
 // "44331/udp", "44330:44332/udp", "53,44331/udp"; a port without a protocol is both.
 bool isPortOfUdp(std::string_view text, std::uint16_t port) {
   const std::size_t slash = text.find('/');
-  if (slash != text.npos && text.substr(slash + 1) != "udp") return false;
-  for (const std::string_view part : wordsOf(text.substr(0, slash), ",")) {
-    if (isPort(part, port)) return true;
-  }
-  return false;
+  if (slash != std::string::npos && text.substr(slash + 1) != "udp") return false;
+  return hasPort(text.substr(0, slash), port);
 }
 
 // The left column: "44331/udp on eth0", "Anywhere", "192.168.0.1 44331/udp". Names are of services that are not ours.
@@ -131,7 +128,7 @@ Judgement judgeByUfw(const std::string& status, const Packet& packet) {
   for (const std::string_view line : linesOf(status)) {
     for (const std::string_view action : {" ALLOW IN ", " LIMIT IN ", " DENY IN ", " REJECT IN "}) {
       const std::size_t column = line.find(action);
-      if (column == line.npos || !isToUs(trimmed(line.substr(0, column)), packet)) continue;
+      if (column == std::string::npos || !isToUs(trimmed(line.substr(0, column)), packet)) continue;
       if (!isFromThere(line.substr(column + action.size()), packet)) continue;
       return {action[1] == 'A' || action[1] == 'L' ? Fate::accepted : Fate::dropped, {}};
     }

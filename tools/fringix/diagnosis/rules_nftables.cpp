@@ -110,7 +110,7 @@ class RuleReader {
   }
   bool isFrom(std::string_view text) const {
     const Network network = parseNetwork(text);
-    return text.find('-') == text.npos && (network.address != 0 || text == "0.0.0.0/0") && network.contains(packet_.from);
+    return text.find('-') == std::string::npos && (network.address != 0 || text == "0.0.0.0/0") && network.contains(packet_.from);
   }
 
   Words words_;

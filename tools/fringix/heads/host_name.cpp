@@ -79,7 +79,7 @@ std::string whatIsWrongWithAddress(const std::string& text) {
 }
 
 std::string resolveAddress(const std::string& text, std::chrono::milliseconds limit, std::function<LookUp(const std::string&)> ask) {
-  const std::string host(split(text).host);
+  std::string host(split(text).host);
   if (isIpv4(host)) return host;
   LookUp found = within(limit, std::move(ask), host);
   if (!found.address.empty()) return std::move(found.address);

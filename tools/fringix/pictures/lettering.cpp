@@ -81,7 +81,7 @@ struct Lead {
                   : (byte & 0xF0) == 0xE0       ? 2
                   : byte >= 0xF0 && byte < 0xF5 ? 3
                                                 : -1),
-        bits(following == 0 ? byte : byte & (0x3Fu >> following)) {}
+        bits(following == 0 ? byte : byte & (0x3FU >> following)) {}
 
   int following;
   char32_t bits;

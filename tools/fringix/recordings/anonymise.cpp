@@ -110,7 +110,7 @@ bool isPicture(const FieldValue& value) {
 
 class Anonymiser {
  public:
-  Anonymiser(const std::string& file, const Anonymity& anonymity) : file_(file), anonymity_(anonymity) {}
+  Anonymiser(std::string file, const Anonymity& anonymity) : file_(std::move(file)), anonymity_(anonymity) {}
 
   void write(const std::string& output) {
     forEachCommand([this](const RecordedCommand& command) { collectSerial(command); });
@@ -142,7 +142,7 @@ class Anonymiser {
 
   void collectSerial(const std::string& announcement) {
     const std::size_t at = announcement.find(' ');
-    if (at != announcement.npos) serials_.add(std::strtoll(announcement.c_str() + at, nullptr, 10));
+    if (at != std::string::npos) serials_.add(std::strtoll(announcement.c_str() + at, nullptr, 10));
   }
 
   void collectEdits(const RecordedCommand& command) {

@@ -130,7 +130,7 @@ class Part {
 }  // namespace
 
 CutPlace toCutPlace(const std::string& text) {
-  const bool isNumber = !text.empty() && text.find_first_not_of("0123456789") == text.npos;
+  const bool isNumber = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
   if (isNumber) return {arguments::toNumber<std::uint64_t>(text, {1, 1e15}), {}};
   const std::chrono::nanoseconds time = arguments::toDuration(text);
   return {{}, static_cast<std::uint64_t>(time.count())};

@@ -81,7 +81,7 @@ void TriggerRelay::takeDatagram(TriggerExchange& exchange, platform::Socket& soc
   const std::ptrdiff_t size = socket.receiveFrom(bytes.data(), bytes.size(), &sender);
   exchange.resetArrival();
   const std::string_view text(bytes.data(), size < 0 ? 0 : static_cast<std::size_t>(size));
-  if (text.size() > longestTrigger || text.find(ports::triggerText) == text.npos) return;
+  if (text.size() > longestTrigger || text.find(ports::triggerText) == std::string::npos) return;
   exchange.writeSender(sender.address);
   exchange.announce();
   exchange.settle();
