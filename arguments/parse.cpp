@@ -100,7 +100,7 @@ const CLI::Option* optionOf(const CLI::App* app, const std::string& complaint) {
 // CLI11 counts what it got, but does not say what it wants.
 std::string countComplaint(const CLI::Option& option) {
   const std::string name = nameOf(option);
-  const std::string meaning = option.get_description();
+  const std::string& meaning = option.get_description();
   const auto given = static_cast<int>(option.results().size());
   const int needed = option.get_items_expected_min();
   if (option.get_items_expected_max() == 0) return name + " takes no value";

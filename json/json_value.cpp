@@ -58,8 +58,8 @@ class TreeBuilder {
   }
 
   JsonValue& place(JsonValue value) {
-    if (open_.empty()) return root_ = std::move(value);
-    return open_.back()->values.emplace_back(std::move(value));
+    JsonValue& room = open_.empty() ? root_ : open_.back()->values.emplace_back();
+    return room = std::move(value);
   }
   bool add(JsonValue value) {
     place(std::move(value));
@@ -159,8 +159,10 @@ JsonValue::JsonValue(std::vector<std::string> memberNames, std::vector<JsonValue
     : kind(Kind::object), names(std::move(memberNames)), values(std::move(members)) {}
 
 const JsonValue* JsonValue::find(std::string_view name) const noexcept {
-  const auto found = std::find(names.rbegin(), names.rend(), name);
-  return found == names.rend() ? nullptr : &values[static_cast<std::size_t>(names.rend() - found) - 1];
+  for (std::size_t i = names.size(); i > 0; --i) {
+    if (names[i - 1] == name) return &values[i - 1];
+  }
+  return nullptr;
 }
 
 JsonValue parseJson(std::string_view text) {

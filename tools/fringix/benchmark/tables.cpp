@@ -95,10 +95,10 @@ std::string row(const std::string& name, const std::string& first, const std::st
 std::string comparisonOf(const Pair& pair) {
   const auto whatOf = [](const Measured* one) { return one == nullptr ? "not measured" : one->what; };
   const auto samplesOf = [](const Measured* one) { return one == nullptr ? "-" : fmt::format("{}", one->timing.samples); };
-  // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): one of the two is there
   const std::string& name = pair.first == nullptr ? pair.second->name : pair.first->name;
-  std::string text =
-      "\n" + row(name, whatOf(pair.first), whatOf(pair.second), "") + row("  samples", samplesOf(pair.first), samplesOf(pair.second), "");
+  // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): one of the two is there
+  std::string text = "\n" + row(name, whatOf(pair.first), whatOf(pair.second), "");
+  text += row("  samples", samplesOf(pair.first), samplesOf(pair.second), "");
   for (const Quantity& quantity : quantities) {
     const auto first = valueOf(quantity, pair.first);
     const auto second = valueOf(quantity, pair.second);
